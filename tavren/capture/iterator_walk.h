@@ -1,0 +1,45 @@
+// Not installed: how the sources here walk iterators with C++ code.
+
+#ifndef TAVREN_CAPTURE_ITERATOR_WALK_H
+#define TAVREN_CAPTURE_ITERATOR_WALK_H
+
+#include <exception>
+#include <memory>
+
+#include <gst/gst.h>
+
+#include <tavren/handles/emancipator.h>
+
+namespace kel::tavren::capture {
+
+// An iterator with its only owner.
+using Iterator = std::unique_ptr<GstIterator, Emancipator<GstIterator>>;
+
+// Calls visit(GObject *) for each object of an iterator, until the end or until what is walked
+// changes; the rest is then left out. The object is borrowed.
+//
+// The framework's walk keeps a reference on its C stack, so an exception of visit may not cross it:
+// it is kept, what is left is passed over, and it goes on once the framework has returned.
+template <typename Visit>
+void for_each_object(GstIterator *iterator, Visit visit) {
+  struct Walk {
+    Visit &visit;
+    std::exception_ptr error;
+  } walk{visit, nullptr};
+
+  const GstIteratorForeachFunction trampoline = [](const GValue *item, gpointer data) {
+    Walk &current = *static_cast<Walk *>(data);
+    if (current.error) return;
+    try {
+      current.visit(static_cast<GObject *>(g_value_get_object(item)));
+    } catch (...) {
+      current.error = std::current_exception();
+    }
+  };
+  gst_iterator_foreach(iterator, trampoline, &walk);
+  if (walk.error) std::rethrow_exception(walk.error);
+}
+
+}  // namespace kel::tavren::capture
+
+#endif

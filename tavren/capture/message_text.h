@@ -1,0 +1,34 @@
+// Not installed: how the sources here name objects and fill messages.
+
+#ifndef TAVREN_CAPTURE_MESSAGE_TEXT_H
+#define TAVREN_CAPTURE_MESSAGE_TEXT_H
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include <gst/gst.h>
+
+#include <tavren/error/tavren_error.h>
+#include <tavren/handles/emancipator.h>
+
+namespace kel::tavren::capture {
+
+// What every throw site throws, but for the one logic error.
+using Error = Backend_Error<std::runtime_error>;
+
+// Text that GLib handed out as a copy; may be null.
+using Text = std::unique_ptr<char, Emancipator<char>>;
+
+Text object_name(gpointer object) noexcept;
+
+// The factory's metadata under the key "name", which is not the key of the long name: standard
+// factories have none. Null then, and for an element without a factory. Borrowed from the factory.
+const char *factory_name(GstElement *element) noexcept;
+
+// Fills the %s of a format; a null becomes empty text.
+std::string fill(const char *format, std::initializer_list<const char *> values);
+
+}  // namespace kel::tavren::capture
+
+#endif

@@ -1,0 +1,32 @@
+// How tests look at what the library throws: class, number, whole text.
+
+#ifndef TAVREN_TESTS_ERRORS_H
+#define TAVREN_TESTS_ERRORS_H
+
+#include <string>
+
+#include <gtest/gtest.h>
+#include <tavren/capture/media_helper.h>
+
+namespace kel::tavren::tests {
+
+// Runs what must throw a Backend_Error<std::runtime_error> and compares its number and whole text.
+template <typename Call>
+void expect_error(int code, const std::string &text, Call &&call) {
+  try {
+    call();
+  } catch (const Backend_Error<std::runtime_error> &error) {
+    const Tavren_Error<std::exception> &root = error;
+    EXPECT_EQ(static_cast<int>(root.code()), code);
+    EXPECT_EQ(std::string(error.what()), text);
+    return;
+  } catch (const std::exception &error) {
+    ADD_FAILURE() << "threw another class: " << error.what();
+    return;
+  }
+  ADD_FAILURE() << "threw nothing; expected: " << text;
+}
+
+}  // namespace kel::tavren::tests
+
+#endif

@@ -1,0 +1,48 @@
+// How tests look at reference counts and at the end of an object's life.
+
+#ifndef TAVREN_TESTS_REFERENCES_H
+#define TAVREN_TESTS_REFERENCES_H
+
+#include <gst/gst.h>
+#include <tavren/capture/media_helper.h>
+
+namespace kel::tavren::tests {
+
+using Element = boost::intrusive_ptr<GstElement>;
+using Pad = boost::intrusive_ptr<GstPad>;
+using Caps = boost::intrusive_ptr<GstCaps>;
+
+inline guint reference_count(gpointer object) { return G_OBJECT(object)->ref_count; }
+inline gint reference_count(GstCaps *caps) { return GST_MINI_OBJECT_REFCOUNT_VALUE(caps); }
+
+// An element of its own: the floating reference is made the handle's.
+inline Element make_element(const char *factory, const char *name = nullptr) {
+  GstElement *const element = gst_element_factory_make(factory, name);
+  return Element(element != nullptr ? GST_ELEMENT_CAST(gst_object_ref_sink(element)) : nullptr,
+                 false);
+}
+
+inline Caps make_caps(const char *text) { return Caps(gst_caps_from_string(text), false); }
+
+// Tells whether an object is gone, without keeping it alive.
+class Weak_Watch {
+public:
+  explicit Weak_Watch(gpointer object) : object_(G_OBJECT(object)) {
+    g_object_add_weak_pointer(object_, reinterpret_cast<gpointer *>(&object_));
+  }
+  ~Weak_Watch() {
+    if (object_ != nullptr)
+      g_object_remove_weak_pointer(object_, reinterpret_cast<gpointer *>(&object_));
+  }
+  Weak_Watch(const Weak_Watch &) = delete;
+  Weak_Watch &operator=(const Weak_Watch &) = delete;
+
+  bool gone() const { return object_ == nullptr; }
+
+private:
+  GObject *object_;
+};
+
+}  // namespace kel::tavren::tests
+
+#endif
