@@ -1,9 +1,7 @@
 #include "program.h"
 
-#include <iomanip>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
 #include <tavren/capture/media_helper.h>
 
@@ -12,6 +10,10 @@ namespace kel::tavren::examples {
 namespace {
 
 using Text = std::unique_ptr<char, Emancipator<char>>;
+
+std::string coded(GQuark domain, int code, const std::string &text) {
+  return std::string(g_quark_to_string(domain)) + ' ' + std::to_string(code) + ": " + text;
+}
 
 std::string text_of(GstMessage *message) {
   GError *error = nullptr;
@@ -23,27 +25,27 @@ std::string text_of(GstMessage *message) {
   const Text owned_details(details);
   const std::unique_ptr<GError, decltype(&g_error_free)> owned_error(error, g_error_free);
 
-  std::ostringstream text;
-  text << g_quark_to_string(error->domain) << ' ' << error->code << ": " << error->message
-       << " (from " << GST_MESSAGE_SRC_NAME(message) << ')';
-  return text.str();
-}
-
-void print_failure(const char *program, const std::exception &error) {
-  const std::unique_ptr<char, Emancipator<char>> name(g_path_get_basename(program));
-  std::cerr << name.get() << ": error ";
-  if (const auto *coded = dynamic_cast<const Tavren_Error<std::exception> *>(&error))
-    std::cerr << "0x" << std::hex << std::uppercase << coded->code() << std::dec << ": ";
-  std::cerr << error.what() << std::endl;
+  return coded(error->domain, error->code,
+               std::string(error->message) + " (from " + GST_MESSAGE_SRC_NAME(message) + ')');
 }
 
 }  // namespace
 
 Bus_Error::Bus_Error(GstMessage *message) : std::runtime_error(text_of(message)) {}
 
+Bus_Error::Bus_Error(GstResourceError error, const std::string &text)
+    : std::runtime_error(coded(GST_RESOURCE_ERROR, error, text)) {}
+
+void print_failure(const std::string &subject, const std::exception &error) {
+  std::cerr << subject << ": error ";
+  if (const auto *coded_error = dynamic_cast<const Tavren_Error<std::exception> *>(&error))
+    std::cerr << "0x" << std::hex << std::uppercase << coded_error->code() << std::dec << ": ";
+  std::cerr << error.what() << std::endl;
+}
+
 int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
                 const std::function<void(int argc, char **argv)> &body) {
-  const std::string program = argv[0];
+  const Text program(g_path_get_basename(argv[0]));
   try {
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
         g_option_context_new(nullptr), g_option_context_free);
@@ -58,7 +60,7 @@ int run_program(int argc, char **argv, const char *summary, const GOptionEntry *
     body(argc, argv);
     return 0;
   } catch (const std::exception &error) {
-    print_failure(program.c_str(), error);
+    print_failure(program.get(), error);
     return 1;
   }
 }

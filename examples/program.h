@@ -17,7 +17,30 @@ class Bus_Error : public std::runtime_error {
 public:
   // The message is borrowed; it must be an error or a warning.
   explicit Bus_Error(GstMessage *message);
+
+  // What no element reports and the program finds out by itself, told as an element would.
+  Bus_Error(GstResourceError error, const std::string &text);
 };
+
+// A text that GLib's option parser fills in and its owner frees.
+class Text_Option {
+public:
+  Text_Option() = default;
+  ~Text_Option() { g_free(text_); }
+  Text_Option(const Text_Option &) = delete;
+  Text_Option &operator=(const Text_Option &) = delete;
+
+  // Where the parser puts it.
+  char **target() noexcept { return &text_; }
+  // The text given, or another one when none was.
+  std::string value_or(const std::string &other) const { return text_ != nullptr ? text_ : other; }
+
+private:
+  char *text_ = nullptr;
+};
+
+// Tells a failure in one line on stderr, with the error's code where it has one.
+void print_failure(const std::string &subject, const std::exception &error);
 
 // Parses the options with GLib's parser (which brings --help) and the framework's own options,
 // initialises the framework, and runs the body with what is left of the command line. A failure

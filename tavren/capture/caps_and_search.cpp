@@ -137,8 +137,7 @@ GstElement *Media_Helper::find_element_with_caps_and_type(GstBin *bin,
                                                           unsigned long long element_type,
                                                           GstCaps *caps) {
   is_bin_or_throw(bin, "bin");
-  is_valid_element_type_or_throw(element_type,
-                                 "element_type in find_element_with_caps_and_type");
+  is_valid_element_type_or_throw(element_type, "element_type in find_element_with_caps_and_type");
   is_caps_or_throw(caps, "caps in find_element_with_caps_and_type");
   FindElementCapsTypeHelper wanted{element_type, caps};
   GValue result = G_VALUE_INIT;

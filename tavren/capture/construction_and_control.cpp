@@ -31,8 +31,8 @@ void add_to_bin(GstBin *bin, GstElement *element) {
 GstElementFactory *Media_Helper::gst_element_factory_find_or_throw(const std::string &name) {
   GstElementFactory *const factory = gst_element_factory_find(name.c_str());
   if (factory == nullptr)
-    throw Error(TEC::FACTORY_NOT_FOUND, "Could not find factory for \"" + name +
-                                            "\" in gst_element_factory_find_or_throw");
+    throw Error(TEC::FACTORY_NOT_FOUND,
+                "Could not find factory for \"" + name + "\" in gst_element_factory_find_or_throw");
   return factory;
 }
 

@@ -147,15 +147,15 @@ std::string Media_Helper::gst_segment_to_string(const GstSegment *segment) {
 
   Classic_Stream text;
   text << "Segment ::"
-       << " Flags = " << static_cast<int>(segment->flags)                          //
-       << ", Rate = " << segment->rate                                             //
-       << ", Applied_Rate = " << segment->applied_rate                             //
-       << ", Base = " << gst_time_to_string(segment->base)                         //
-       << ", Offset = " << gst_time_to_string(segment->offset)                     //
-       << ", Start = " << gst_time_to_string(segment->start)                       //
-       << ", Stop = " << gst_time_to_string(segment->stop)                         //
-       << ", Time = " << gst_time_to_string(segment->time)                         //
-       << ", Position = " << gst_time_to_string(segment->position)                 //
+       << " Flags = " << static_cast<int>(segment->flags)           //
+       << ", Rate = " << segment->rate                              //
+       << ", Applied_Rate = " << segment->applied_rate              //
+       << ", Base = " << gst_time_to_string(segment->base)          //
+       << ", Offset = " << gst_time_to_string(segment->offset)      //
+       << ", Start = " << gst_time_to_string(segment->start)        //
+       << ", Stop = " << gst_time_to_string(segment->stop)          //
+       << ", Time = " << gst_time_to_string(segment->time)          //
+       << ", Position = " << gst_time_to_string(segment->position)  //
        << ", Duration = " << gst_time_to_string(segment->duration) << ". ";
   return text.str();
 }

@@ -104,8 +104,8 @@ public:
   /// @param map the texts by key; not changed.
   /// @param message the whole message of the error.
   /// @return a copy of the text, which may be empty.
-  /// @throws Backend_Error<std::runtime_error> `KEY_NOT_FOUND` when the key has no text. Any thread,
-  /// while nobody changes the map.
+  /// @throws Backend_Error<std::runtime_error> `KEY_NOT_FOUND` when the key has no text. Any
+  /// thread, while nobody changes the map.
   template <typename K>
   static std::string string_from_map_or_throw_(K key, const std::map<K, std::string> &map,
                                                const std::string &message);
@@ -132,8 +132,8 @@ public:
 
   /// Makes a pipeline from its description.
   ///
-  /// An error from which the parser recovers counts as success: a description that names an unknown
-  /// element gives a pipeline without it.
+  /// An error from which the parser recovers counts as success: of a description that names an
+  /// unknown element, what is left without it is made.
   /// @param description the pipeline in the syntax of `gst-launch-1.0`.
   /// @return (transfer floating) (not nullable) what `gst_parse_launch` returns, with the reference
   /// it returns.
@@ -153,13 +153,13 @@ public:
   ///
   /// When the bin refuses, an element without a parent has lost exactly one reference: the floating
   /// one if it had one, else one that its owner held. So an element that nobody took over does not
-  /// leak, and an owner that wants to keep it holds a second reference. An element that has a parent
-  /// keeps its count, and so does every element when an argument is bad.
+  /// leak, and an owner that wants to keep it holds a second reference. An element that has a
+  /// parent keeps its count, and so does every element when an argument is bad.
   /// @param bin the bin.
   /// @param element (transfer floating) the element.
-  /// @throws Backend_Error<std::runtime_error> `NOT_A_BIN`, then `NOT_AN_ELEMENT` for bad arguments;
-  /// `BIN_ADD_FAILED` when the bin refuses: the name is taken, the element has a parent, or it is
-  /// the bin itself. Any thread.
+  /// @throws Backend_Error<std::runtime_error> `NOT_A_BIN`, then `NOT_AN_ELEMENT` for bad
+  /// arguments; `BIN_ADD_FAILED` when the bin refuses: the name is taken, the element has a parent,
+  /// or it is the bin itself. Any thread.
   static void gst_bin_add_or_throw(GstBin *bin, GstElement *element);
 
   /// Makes an element and adds it to a bin; on failure nothing is left of it.
@@ -272,8 +272,8 @@ public:
   /// Links a source pad to an element's "sink" pad, quietly.
   /// @param src_pad (nullable) the source pad; not checked for its type.
   /// @param element (nullable) the element downstream; not checked for its type.
-  /// @return true when linked; false when an argument is null, the element has no "sink" pad, or the
-  /// framework refuses. Does not throw. Any thread.
+  /// @return true when linked; false when an argument is null, the element has no "sink" pad, or
+  /// the framework refuses. Does not throw. Any thread.
   static bool link_pad_to_element(GstPad *src_pad, GstElement *element) noexcept;
 
   /// Unlinks a source pad from an element's "sink" pad, quietly.
@@ -293,9 +293,9 @@ public:
   /// Links a source pad to an element's "sink" pad.
   /// @param src_pad the source pad.
   /// @param element the element downstream.
-  /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT`, then `NOT_A_PAD` for bad arguments;
-  /// `STATIC_PAD_NOT_FOUND` when the element has no "sink" pad; `PAD_LINK_FAILED`, with the reason,
-  /// when the framework refuses. Any thread.
+  /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT`, then `NOT_A_PAD` for bad
+  /// arguments; `STATIC_PAD_NOT_FOUND` when the element has no "sink" pad; `PAD_LINK_FAILED`, with
+  /// the reason, when the framework refuses. Any thread.
   static void link_pad_to_element_or_throw(GstPad *src_pad, GstElement *element);
 
   /// Links a chain of elements, each to the next.
@@ -324,8 +324,8 @@ public:
   /// @param data (nullable) what the probe gets as its last argument.
   /// @param destroy_data (nullable) what frees the data when the probe goes.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
-  /// `STATIC_PAD_NOT_FOUND` when it has no "sink" pad, `PROBE_NOT_ADDED` when the framework gives no
-  /// identifier, also because an idle probe ran at once and asked to be removed. Any thread.
+  /// `STATIC_PAD_NOT_FOUND` when it has no "sink" pad, `PROBE_NOT_ADDED` when the framework gives
+  /// no identifier, also because an idle probe ran at once and asked to be removed. Any thread.
   static void add_probe_to_sink_pad_or_throw(GstElement *element, GstPadProbeType mask,
                                              GstPadProbeCallback callback, void *data,
                                              GDestroyNotify destroy_data);
@@ -347,8 +347,8 @@ public:
   /// No reference to the pad is kept: the tee holds it. When the link fails the pad is given back.
   /// @param tee the tee.
   /// @param element the first element of the branch.
-  /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element, the tee first; as
-  /// `get_tee_src_pad`; `TEE_LINK_FAILED` when the element has no "sink" pad or the framework
+  /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element, the tee first;
+  /// as `get_tee_src_pad`; `TEE_LINK_FAILED` when the element has no "sink" pad or the framework
   /// refuses the link. Any thread.
   static void link_tee_to_element(GstElement *tee, GstElement *element);
 
@@ -362,7 +362,7 @@ public:
   /// @throws Backend_Error<std::runtime_error> `NOT_A_PAD` for a bad pad,
   /// `MULTIQUEUE_PAD_HAS_NO_PARENT`, `NOT_A_MULTIQUEUE_PAD_NAME`, `STATIC_PAD_NOT_FOUND` when the
   /// partner is not there.
-  /// @throws std::out_of_range for a source pad named "src": there is no suffix to carry over.
+  /// @throws std::out_of_range for pads named "src" or "sink": there is no suffix to carry over.
   /// Any thread.
   static GstPad *get_corresponding_multiqueue_pad(GstPad *multiqueue_pad);
 
@@ -703,10 +703,10 @@ public:
 };
 
 // Made once, in the library.
-extern template std::string
+extern template TAVREN_CAPTURE_EXPORT std::string
 Media_Helper::string_from_map_or_throw_(MediaType, const std::map<MediaType, std::string> &,
                                         const std::string &);
-extern template std::string
+extern template TAVREN_CAPTURE_EXPORT std::string
 Media_Helper::string_from_map_or_throw_(std::string, const std::map<std::string, std::string> &,
                                         const std::string &);
 

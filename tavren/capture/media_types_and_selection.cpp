@@ -12,9 +12,9 @@ namespace {
 
 using Caps = boost::intrusive_ptr<GstCaps>;
 
-// The file name from its last dot on, dot included; a leading-dot name is all extension. Boost's own
-// extension() says otherwise for such names in newer versions, and in older ones ends the process
-// when memory runs out. The names "." and ".." give ".", which no table knows either.
+// The file name from its last dot on, dot included; a leading-dot name is all extension. Boost's
+// own extension() says otherwise for such names in newer versions, and in older ones ends the
+// process when memory runs out. The names "." and ".." give ".", which no table knows either.
 std::string extension_of(const std::string &filename) {
   const boost::filesystem::path path(filename);
   const boost::filesystem::path::string_type &whole = path.native();
@@ -23,9 +23,9 @@ std::string extension_of(const std::string &filename) {
 #else
   const std::size_t separator = whole.find_last_of('/');
 #endif
-  const auto name = whole.substr(separator == whole.npos ? 0 : separator + 1);
+  const auto name = whole.substr(separator == std::string::npos ? 0 : separator + 1);
   const std::size_t dot = name.find_last_of('.');
-  if (dot == name.npos) return {};
+  if (dot == std::string::npos) return {};
   return boost::filesystem::path(name.substr(dot)).string();
 }
 

@@ -6,7 +6,9 @@
 
 namespace kel::tavren::capture {
 
-Text object_name(gpointer object) noexcept { return Text(gst_object_get_name(GST_OBJECT_CAST(object))); }
+Text object_name(gpointer object) noexcept {
+  return Text(gst_object_get_name(GST_OBJECT_CAST(object)));
+}
 
 const char *factory_name(GstElement *element) noexcept {
   GstElementFactory *const factory = gst_element_get_factory(element);

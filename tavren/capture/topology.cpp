@@ -12,8 +12,12 @@ using Element = boost::intrusive_ptr<GstElement>;
 using Pad = boost::intrusive_ptr<GstPad>;
 
 // Takes over a reference that a call returned.
-Element adopt(GstElement *element) noexcept { return Element(element, false); }
-Pad adopt(GstPad *pad) noexcept { return Pad(pad, false); }
+Element adopt(GstElement *element) noexcept {
+  return Element(element, false);
+}
+Pad adopt(GstPad *pad) noexcept {
+  return Pad(pad, false);
+}
 
 GstPadTemplate *pad_template(GstElement *element, const char *name) {
   return gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(element), name);
@@ -176,8 +180,8 @@ std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstEleme
   GstPadTemplate *const sink_template = pad_template(multiqueue, "sink_%u");
   if (sink_template == nullptr)
     throw Error(TEC::MULTIQUEUE_HAS_NO_SINK_PAD_TEMPLATE, "Error getting pad_template");
-  GstPad *const sink_pad = gst_element_request_pad(
-      multiqueue, sink_template, name.empty() ? nullptr : name.c_str(), caps);
+  GstPad *const sink_pad = gst_element_request_pad(multiqueue, sink_template,
+                                                   name.empty() ? nullptr : name.c_str(), caps);
   if (sink_pad == nullptr)
     throw Error(TEC::MULTIQUEUE_SINK_PAD_REQUEST_FAILED, "Error getting requested sink pad");
   // From here on the stream is the caller's to clean up, also when its partner is not found.

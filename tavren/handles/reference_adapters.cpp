@@ -1,6 +1,7 @@
 #include <tavren/handles/reference_adapters.h>
 
-// clang-format off: a table, one row a line.
+// A table, one row a line.
+// clang-format off
 
 void intrusive_ptr_add_ref(GstSample *sample) noexcept { gst_mini_object_ref(GST_MINI_OBJECT_CAST(sample)); }
 void intrusive_ptr_release(GstSample *sample) noexcept { gst_mini_object_unref(GST_MINI_OBJECT_CAST(sample)); }

@@ -50,10 +50,9 @@ namespace {
 std::string field(const GLogField *fields, gsize size, const char *key) {
   for (gsize i = 0; i < size; ++i)
     if (g_strcmp0(fields[i].key, key) == 0)
-      return fields[i].length < 0
-                 ? std::string(static_cast<const char *>(fields[i].value))
-                 : std::string(static_cast<const char *>(fields[i].value),
-                               static_cast<std::size_t>(fields[i].length));
+      return fields[i].length < 0 ? std::string(static_cast<const char *>(fields[i].value))
+                                  : std::string(static_cast<const char *>(fields[i].value),
+                                                static_cast<std::size_t>(fields[i].length));
   return {};
 }
 
@@ -96,6 +95,8 @@ Expected_Log::~Expected_Log() {
   EXPECT_GT(count_, 0) << "expected a log with: " << text_;
 }
 
-int Expected_Log::count() const { return Log_Watch::instance().count(*this); }
+int Expected_Log::count() const {
+  return Log_Watch::instance().count(*this);
+}
 
 }  // namespace kel::tavren::tests

@@ -12,8 +12,12 @@ using Element = boost::intrusive_ptr<GstElement>;
 using Pad = boost::intrusive_ptr<GstPad>;
 using Caps = boost::intrusive_ptr<GstCaps>;
 
-inline guint reference_count(gpointer object) { return G_OBJECT(object)->ref_count; }
-inline gint reference_count(GstCaps *caps) { return GST_MINI_OBJECT_REFCOUNT_VALUE(caps); }
+inline guint reference_count(gpointer object) {
+  return G_OBJECT(object)->ref_count;
+}
+inline gint reference_count(GstCaps *caps) {
+  return GST_MINI_OBJECT_REFCOUNT_VALUE(caps);
+}
 
 // An element of its own: the floating reference is made the handle's.
 inline Element make_element(const char *factory, const char *name = nullptr) {
@@ -22,7 +26,9 @@ inline Element make_element(const char *factory, const char *name = nullptr) {
                  false);
 }
 
-inline Caps make_caps(const char *text) { return Caps(gst_caps_from_string(text), false); }
+inline Caps make_caps(const char *text) {
+  return Caps(gst_caps_from_string(text), false);
+}
 
 // Tells whether an object is gone, without keeping it alive.
 class Weak_Watch {

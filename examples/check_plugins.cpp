@@ -1,0 +1,285 @@
+// Tells whether every element that the library names can be made here, and what brings it.
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <set>
+
+#include <tavren/capture/media_helper.h>
+
+#include "program.h"
+#include "text_columns.h"
+
+namespace kel::tavren::examples {
+
+using capture::Media_Helper;
+using capture::MediaType;
+
+namespace {
+
+using Error = Backend_Error<std::runtime_error>;
+using Text = std::unique_ptr<char, Emancipator<char>>;
+template <typename Object>
+using Owned = std::unique_ptr<Object, decltype(&gst_object_unref)>;
+
+// The elements by name, each with what it is for.
+using Elements = std::map<std::string, std::vector<std::string>>;
+
+void add_purpose(Elements &elements, const std::string &name, const std::string &purpose) {
+  std::vector<std::string> &purposes = elements[name];
+  if (std::find(purposes.begin(), purposes.end(), purpose) == purposes.end())
+    purposes.push_back(purpose);
+}
+
+// What the library does not know has no element; everything else goes on.
+template <typename Select>
+void add_selected(Elements &elements, const std::string &purpose, Select &&select) {
+  try {
+    add_purpose(elements, select(), purpose);
+  } catch (const Tavren_Error<std::exception> &error) {
+    if (error.code() != TEC::KEY_NOT_FOUND) throw;
+  }
+}
+
+void add_elements_of_media_types(Elements &elements) {
+  const struct {
+    const char *purpose;
+    std::string (*select)(MediaType);
+  } selectors[] = {
+      {"parse ", Media_Helper::select_parser},
+      {"decode ", Media_Helper::select_decoder},
+      {"pay ", Media_Helper::select_payloader},
+      {"adapt rate of ", Media_Helper::select_video_rate},
+  };
+  for (const auto &[purpose, select] : selectors)
+    for (int type = capture::JPEG; type <= capture::UNKNOWN; ++type) {
+      const auto media_type = static_cast<MediaType>(type);
+      add_selected(elements, purpose + Media_Helper::get_media_type_string(media_type),
+                   [select = select, media_type] { return select(media_type); });
+    }
+}
+
+void add_elements_of_files(Elements &elements) {
+  for (const std::string extension : {".mkv", ".mp4", ".avi", ".mov"}) {
+    add_selected(elements, "mux " + extension,
+                 [&] { return Media_Helper::select_muxer(extension); });
+    add_selected(elements, "demux " + extension,
+                 [&] { return Media_Helper::select_demuxer(extension); });
+  }
+}
+
+// The name in double quotes in the message of a failed look-up.
+std::string missing_factory(const std::exception &error) {
+  const std::string message = error.what();
+  const std::size_t begin = message.find('"') + 1;
+  return message.substr(begin, message.rfind('"') - begin);
+}
+
+// Asks for the relay pair of some RTP caps. Caps that no pair takes have none; a depayloader that
+// is not there makes every question fail, and is what the answer is about.
+void add_relay_pair(Elements &elements, const GstCaps *caps) {
+  try {
+    const auto [depayloader, payloader] = Media_Helper::select_proxy_elements(caps);
+    add_purpose(elements, depayloader, "relay");
+    add_purpose(elements, payloader, "relay");
+  } catch (const Error &error) {
+    if (error.code() == TEC::FACTORY_NOT_FOUND)
+      add_purpose(elements, missing_factory(error), "relay");
+    else if (error.code() != TEC::NO_PROXY_ELEMENTS_FOR_CAPS)
+      throw;
+  }
+}
+
+void add_relay_pairs_of(Elements &elements, GstElementFactory *depayloader) {
+  const GList *templates = gst_element_factory_get_static_pad_templates(depayloader);
+  for (const GList *node = templates; node != nullptr; node = node->next) {
+    auto *const pad_template = static_cast<GstStaticPadTemplate *>(node->data);
+    if (pad_template->direction != GST_PAD_SINK) continue;
+    const boost::intrusive_ptr<GstCaps> caps(gst_static_pad_template_get_caps(pad_template), false);
+    for (guint i = 0; i < gst_caps_get_size(caps.get()); ++i) {
+      const boost::intrusive_ptr<GstCaps> one(gst_caps_copy_nth(caps.get(), i), false);
+      add_relay_pair(elements, one.get());
+    }
+  }
+}
+
+// Every kind of RTP stream for which this system has any depayloader, and one that there is not:
+// answering it takes a look at all the depayloaders that the library knows.
+void add_elements_of_relays(Elements &elements) {
+  const std::unique_ptr<GList, decltype(&gst_plugin_feature_list_free)> depayloaders(
+      gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DEPAYLOADER, GST_RANK_NONE),
+      gst_plugin_feature_list_free);
+  for (const GList *node = depayloaders.get(); node != nullptr; node = node->next)
+    add_relay_pairs_of(elements, GST_ELEMENT_FACTORY(node->data));
+  const boost::intrusive_ptr<GstCaps> unknown(gst_caps_new_empty_simple("application/x-rtp"),
+                                              false);
+  add_relay_pair(elements, unknown.get());
+}
+
+Elements elements_of_the_library() {
+  Elements elements;
+  add_elements_of_media_types(elements);
+  add_elements_of_files(elements);
+  add_elements_of_relays(elements);
+  add_purpose(elements, "tee", "search, branches");
+  add_purpose(elements, "appsink", "search");
+  add_purpose(elements, "multiqueue", "pad pairs");
+  add_purpose(elements, "queue", "fill report");
+  return elements;
+}
+
+// The Debian package of an element that is not here.
+std::string package_to_install(const std::string &element) {
+  // clang-format off
+  const std::map<std::string, std::string> packages = {
+      {"aacparse",        "gstreamer1.0-plugins-good"},
+      {"appsink",         "gstreamer1.0-plugins-base"},
+      {"avdec_h264",      "gstreamer1.0-libav"},
+      {"avdec_mpeg4",     "gstreamer1.0-libav"},
+      {"avimux",          "gstreamer1.0-plugins-good"},
+      {"h264parse",       "gstreamer1.0-plugins-bad"},
+      {"identity",        "libgstreamer1.0-0"},
+      {"jpegdec",         "gstreamer1.0-plugins-good"},
+      {"matroskademux",   "gstreamer1.0-plugins-good"},
+      {"matroskamux",     "gstreamer1.0-plugins-good"},
+      {"mp4mux",          "gstreamer1.0-plugins-good"},
+      {"mpeg4videoparse", "gstreamer1.0-plugins-bad"},
+      {"mulawdec",        "gstreamer1.0-plugins-good"},
+      {"multiqueue",      "libgstreamer1.0-0"},
+      {"qtmux",           "gstreamer1.0-plugins-good"},
+      {"queue",           "libgstreamer1.0-0"},
+      {"tee",             "libgstreamer1.0-0"},
+  };
+  // clang-format on
+  const auto row = packages.find(element);
+  if (row != packages.end()) return row->second;
+  return element.rfind("rtp", 0) == 0 ? "gstreamer1.0-plugins-good" : "-";
+}
+
+// The Debian package that owns a file, or "-".
+std::string package_of_file(const std::string &file) {
+  // The package manager knows a file by its real place, not by the links that lead there.
+  const std::unique_ptr<char, decltype(&std::free)> real(realpath(file.c_str(), nullptr),
+                                                         std::free);
+  if (!real) return "-";
+  const char *const command[] = {"dpkg-query", "--search", real.get(), nullptr};
+  char *answer = nullptr;
+  const gboolean ran =
+      g_spawn_sync(nullptr, const_cast<char **>(command), nullptr,
+                   static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL),
+                   nullptr, nullptr, &answer, nullptr, nullptr, nullptr);
+  const Text owned(answer);
+  const std::string text = ran ? answer : "";
+  return text.empty() ? "-" : text.substr(0, text.find(':'));
+}
+
+// Asks for the package of each file once: asking takes longer than all the rest.
+class Packages_Of_Files {
+public:
+  const std::string &operator[](const std::string &file) {
+    const auto known = packages_.find(file);
+    if (known != packages_.end()) return known->second;
+    return packages_[file] = package_of_file(file);
+  }
+
+private:
+  std::map<std::string, std::string> packages_;
+};
+
+// What is here of an element.
+struct Finding {
+  std::string state = "present";
+  std::string type = "-";
+  std::string plugin = "-";
+  std::string version = "-";
+  std::string package = "-";
+  std::optional<TEC::Tavren_Error_Code> failure = std::nullopt;  // why it cannot be made
+};
+
+void describe_plugin(Finding &finding, const std::string &name, Packages_Of_Files &packages) {
+  const Owned<GstElementFactory> factory(Media_Helper::gst_element_factory_find_or_throw(name),
+                                         gst_object_unref);
+  const Owned<GstPlugin> plugin(gst_plugin_feature_get_plugin(GST_PLUGIN_FEATURE(factory.get())),
+                                gst_object_unref);
+  if (!plugin) return;
+  finding.plugin = gst_plugin_get_name(plugin.get());
+  finding.version = gst_plugin_get_version(plugin.get());
+  // The framework's own built-in elements have no file.
+  if (const char *const file = gst_plugin_get_filename(plugin.get()))
+    finding.package = packages[file];
+}
+
+Finding examine(const std::string &name, Packages_Of_Files &packages) {
+  Finding finding;
+  try {
+    describe_plugin(finding, name, packages);
+    finding.type = g_type_name(Media_Helper::get_element_type(name));
+  } catch (const Error &error) {
+    finding.failure = error.code();
+    finding.state = error.code() == TEC::FACTORY_NOT_FOUND ? "missing" : "does not load";
+    if (finding.package == "-") finding.package = package_to_install(name);
+  }
+  return finding;
+}
+
+std::string join(const std::vector<std::string> &words) {
+  std::string text;
+  for (const std::string &word : words)
+    text += (text.empty() ? "" : ", ") + word;
+  return text;
+}
+
+// The required elements that cannot be made, and what would bring them.
+struct Shortage {
+  std::vector<std::string> elements;
+  std::set<std::string> packages;
+  std::optional<TEC::Tavren_Error_Code> code = std::nullopt;  // of the first of them
+
+  void add(const std::string &element, const Finding &finding) {
+    elements.push_back(element);
+    if (finding.package != "-") packages.insert(finding.package);
+    if (!code) code = finding.failure;
+  }
+
+  void throw_if_any() const {
+    if (!code) return;
+    const std::string advice =
+        packages.empty() ? "" : "; install " + join({packages.begin(), packages.end()});
+    throw Error(*code, "required elements cannot be made: " + join(elements) + advice);
+  }
+};
+
+void check() {
+  // This one comes with the wider system, which need not be installed.
+  const std::string wider = Media_Helper::select_video_rate(capture::H264);
+  Packages_Of_Files packages;
+  Shortage shortage;
+  std::vector<Text_Row> rows = {
+      {"ELEMENT", "STATE", "TYPE", "PLUG-IN", "VERSION", "PACKAGE", "FOR"}};
+  for (const auto &[name, purposes] : elements_of_the_library()) {
+    Finding finding = examine(name, packages);
+    if (finding.failure && name == wider)
+      finding.state = "of the wider system, not required";
+    else if (finding.failure)
+      shortage.add(name, finding);
+    rows.push_back({name, finding.state, finding.type, finding.plugin, finding.version,
+                    finding.package, join(purposes)});
+  }
+  print_columns(std::cout, rows);
+  std::cout << rows.size() - 1 << " elements, " << shortage.elements.size() << " required missing"
+            << std::endl;
+  shortage.throw_if_any();
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::examples
+
+int main(int argc, char **argv) {
+  using namespace kel::tavren::examples;
+  const GOptionEntry options[] = {{nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+  return run_program(argc, argv,
+                     "Lists the elements that the library names: what is here, and what brings it.",
+                     options, [](int, char **) { check(); });
+}

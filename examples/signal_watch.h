@@ -1,0 +1,44 @@
+// How the example programs end on Ctrl-C and SIGTERM.
+
+#ifndef TAVREN_EXAMPLES_SIGNAL_WATCH_H
+#define TAVREN_EXAMPLES_SIGNAL_WATCH_H
+
+#include <csignal>
+
+#include <functional>
+
+#include <glib-unix.h>
+
+namespace kel::tavren::examples {
+
+// Calls a function from the default main context when the process is asked to end; while a watch
+// lives, these signals do not kill the process.
+class Signal_Watch {
+public:
+  // The function must not throw.
+  explicit Signal_Watch(std::function<void()> on_end)
+      : on_end_(std::move(on_end)), interrupt_(g_unix_signal_add(SIGINT, call, this)),
+        terminate_(g_unix_signal_add(SIGTERM, call, this)) {}
+
+  ~Signal_Watch() {
+    g_source_remove(interrupt_);
+    g_source_remove(terminate_);
+  }
+
+  Signal_Watch(const Signal_Watch &) = delete;
+  Signal_Watch &operator=(const Signal_Watch &) = delete;
+
+private:
+  static gboolean call(gpointer watch) noexcept {
+    static_cast<Signal_Watch *>(watch)->on_end_();
+    return G_SOURCE_CONTINUE;
+  }
+
+  std::function<void()> on_end_;
+  guint interrupt_;
+  guint terminate_;
+};
+
+}  // namespace kel::tavren::examples
+
+#endif

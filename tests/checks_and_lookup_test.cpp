@@ -1,0 +1,344 @@
+#include <array>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "errors.h"
+#include "references.h"
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+using capture::MediaType;
+
+// Any object, held by the reference that it was made with.
+class Object {
+public:
+  explicit Object(gpointer object) : object_(object) {}
+  ~Object() { g_object_unref(object_); }
+  Object(const Object &) = delete;
+  Object &operator=(const Object &) = delete;
+
+  gpointer get() const { return object_; }
+
+private:
+  gpointer object_;
+};
+
+template <typename Call>
+bool passes(Call &&call) {
+  try {
+    call();
+  } catch (const Tavren_Error<std::exception> &) {
+    return false;
+  }
+  return true;
+}
+
+struct Check {
+  int code;
+  const char *literal;
+  void (*call)(gpointer, const std::string &);
+};
+
+// clang-format off
+const std::array<Check, 4> object_checks = {{
+    {0x15160, " is not a GstElement *.", [](gpointer object, const std::string &text) { Media_Helper::is_element_or_throw(static_cast<GstElement *>(object), text); }},
+    {0x15170, " is not a GstPad *.",     [](gpointer object, const std::string &text) { Media_Helper::is_pad_or_throw(static_cast<GstPad *>(object), text); }},
+    {0x15180, " is not a GstBin *.",     [](gpointer object, const std::string &text) { Media_Helper::is_bin_or_throw(static_cast<GstBin *>(object), text); }},
+    {0x15190, " is not a GstBus *.",     [](gpointer object, const std::string &text) { Media_Helper::is_bus_or_throw(static_cast<GstBus *>(object), text); }},
+}};
+
+struct Subject {
+  const char *name;
+  gpointer (*make)();
+  std::array<bool, 4> passes;  // as an element, a pad, a bin, a bus
+};
+
+const Subject subjects[] = {
+    {"element",        [] { return gst_object_ref_sink(gst_element_factory_make("identity", nullptr)); },   {true,  false, false, false}},
+    {"bin",            [] { return gst_object_ref_sink(gst_bin_new(nullptr)); },                            {true,  false, true,  false}},
+    {"pipeline",       [] { return gst_object_ref_sink(gst_pipeline_new(nullptr)); },                       {true,  false, true,  false}},
+    {"pad",            [] { return gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC)); },                 {false, true,  false, false}},
+    {"ghost pad",      [] { return gst_object_ref_sink(gst_ghost_pad_new_no_target("src", GST_PAD_SRC)); }, {false, true,  false, false}},
+    {"bus",            []() -> gpointer { return gst_bus_new(); },                                          {false, false, false, true}},
+    {"another object", []() -> gpointer { return gst_task_pool_new(); },                                    {false, false, false, false}},
+    {"foreign object", []() -> gpointer { return g_object_new(G_TYPE_OBJECT, nullptr); },                   {false, false, false, false}},
+};
+// clang-format on
+
+void expect_failure(const Check &check, gpointer object, const std::string &description) {
+  expect_error(check.code, description + check.literal, [&] { check.call(object, description); });
+}
+
+TEST(Object_Checks, TakeTheirTypeAndItsSubclasses) {
+  for (const Subject &subject : subjects) {
+    SCOPED_TRACE(subject.name);
+    const Object object(subject.make());
+    for (std::size_t i = 0; i < object_checks.size(); ++i) {
+      SCOPED_TRACE(object_checks[i].literal);
+      if (subject.passes[i])
+        EXPECT_NO_THROW(object_checks[i].call(object.get(), "argument"));
+      else
+        expect_failure(object_checks[i], object.get(), "argument");
+    }
+    EXPECT_EQ(reference_count(object.get()), 1U);
+  }
+}
+
+TEST(Object_Checks, RefuseNull) {
+  for (const Check &check : object_checks)
+    expect_failure(check, nullptr, "element in gst_element_get_bus_or_throw");
+}
+
+TEST(Object_Checks, RefuseAnInstanceWithoutAClass) {
+  GTypeInstance instance{nullptr};
+  for (const Check &check : object_checks)
+    expect_failure(check, &instance, "argument");
+}
+
+TEST(Object_Checks, KeepAFloatingReferenceFloating) {
+  GstElement *const made = gst_element_factory_make("identity", nullptr);
+  Media_Helper::is_element_or_throw(made, "argument");
+  EXPECT_TRUE(g_object_is_floating(made));
+  EXPECT_EQ(reference_count(made), 1U);
+  gst_object_unref(made);
+}
+
+TEST(Object_Checks, TakeTheDescriptionAsItIs) {
+  for (const char *description : {"", " ", "100% of %s %1%", "\"camera\" "})
+    for (const Check &check : object_checks)
+      expect_failure(check, nullptr, description);
+}
+
+TEST(Object_Checks, RunOnManyThreadsAtOnce) {
+  const Element element = make_element("identity");
+  std::array<int, 4> right{};
+  std::vector<std::thread> threads;
+  for (int &count : right)
+    threads.emplace_back([&element, &count] {
+      for (int i = 0; i < 200; ++i)
+        count += passes([&] { object_checks[0].call(element.get(), "argument"); }) &&
+                 !passes([&] { object_checks[2].call(element.get(), "argument"); });
+    });
+  for (std::thread &thread : threads)
+    thread.join();
+  EXPECT_EQ(right, (std::array<int, 4>{200, 200, 200, 200}));
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Caps_Check, TakesAllCaps) {
+  for (const char *text : {"video/x-raw", "video/x-raw; audio/x-raw", "ANY", "EMPTY"}) {
+    const Caps caps = make_caps(text);
+    EXPECT_NO_THROW(Media_Helper::is_caps_or_throw(caps.get(), "argument")) << text;
+    EXPECT_EQ(reference_count(caps.get()), 1) << text;
+  }
+}
+
+TEST(Caps_Check, RefusesNull) {
+  expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
+               [] { Media_Helper::is_caps_or_throw(nullptr, "caps in get_media_type"); });
+  expect_error(0x15210, " is not a GstCaps *.",
+               [] { Media_Helper::is_caps_or_throw(nullptr, ""); });
+}
+
+TEST(Caps_Check, RefusesOtherMiniObjects) {
+  GstMiniObject *const others[] = {
+      GST_MINI_OBJECT_CAST(gst_buffer_new()),
+      GST_MINI_OBJECT_CAST(gst_event_new_eos()),
+      GST_MINI_OBJECT_CAST(gst_message_new_eos(nullptr)),
+      GST_MINI_OBJECT_CAST(gst_sample_new(nullptr, nullptr, nullptr, nullptr)),
+  };
+  for (GstMiniObject *const other : others) {
+    expect_error(0x15210, "argument is not a GstCaps *.", [other] {
+      Media_Helper::is_caps_or_throw(static_cast<GstCaps *>(static_cast<gpointer>(other)),
+                                     "argument");
+    });
+    EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(other), 1);
+    gst_mini_object_unref(other);
+  }
+}
+
+TEST(Element_Type_Check, RefusesZeroOnly) {
+  expect_error(0x15200, "element_type in bin_has_element_type is not a valid GType.", [] {
+    Media_Helper::is_valid_element_type_or_throw(0, "element_type in bin_has_element_type");
+  });
+  expect_error(0x15200, " is not a valid GType.",
+               [] { Media_Helper::is_valid_element_type_or_throw(0, ""); });
+  for (const GType type : {GST_TYPE_BIN, G_TYPE_INT, GType{1}, GType{12345677}, ~GType{0}})
+    EXPECT_NO_THROW(Media_Helper::is_valid_element_type_or_throw(type, "argument")) << type;
+}
+
+TEST(Initialisation_Check, PassesOnceInitialised) {
+  EXPECT_NO_THROW(Media_Helper::gst_is_initialized_or_throw("call gst_init first"));
+}
+
+// Good arguments, for operations that are to find only one of theirs bad.
+struct Good {
+  Element element = make_element("identity");
+  Element bin = make_element("bin");
+  Element tee = make_element("tee");
+  Element sink = make_element("fakesink");
+  Caps caps = make_caps("video/x-raw");
+
+  GstBin *as_bin() const { return GST_BIN_CAST(bin.get()); }
+};
+
+struct Argument {
+  int code;
+  const char *text;
+  void (*call)(const Good &);
+};
+
+// The peer of the sink's pad belongs to nobody.
+void ask_for_parent_of_stray_peer(const Good &good) {
+  const Pad stray(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
+  const Pad sink_pad(gst_element_get_static_pad(good.sink.get(), "sink"), false);
+  ASSERT_EQ(gst_pad_link(stray.get(), sink_pad.get()), GST_PAD_LINK_OK);
+  Media_Helper::get_element_sink_peer_or_throw(good.sink.get());
+}
+
+// What each operation calls its arguments.
+// clang-format off
+const Argument arguments[] = {
+    {0x15160, "element is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_set_state_or_throw(nullptr, GST_STATE_READY, "context"); }},
+    {0x15160, "element is not a GstElement *.", [](const Good &) { Media_Helper::g_signal_connect_or_throw(nullptr, "pad-added", [] {}, nullptr); }},
+    {0x15160, "element in gst_element_get_bus_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_bus_or_throw(nullptr); }},
+    {0x15160, "element in call to gst_bin_add_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(good.as_bin(), nullptr); }},
+    {0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(nullptr, good.element.get()); }},
+    {0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.", [](const Good &) { Media_Helper::create_and_add_element_to_bin("identity", nullptr, "parser"); }},
+    {0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.", [](const Good &) { Media_Helper::create_and_add_element_to_pipeline("identity", nullptr, "parser"); }},
+    {0x15160, "element in gst_element_sync_state_with_parent_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_sync_state_with_parent_or_throw(nullptr); }},
+    {0x15160, "element in gst_element_get_parent_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_parent_or_throw(nullptr); }},
+    {0x15190, "bus in gst_bus_create_watch_or_throw is not a GstBus *.", [](const Good &) { Media_Helper::gst_bus_create_watch_or_throw(nullptr); }},
+    {0x15160, "element in gst_element_get_static_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_static_pad_or_throw(nullptr, "sink"); }},
+    {0x15160, "element in add_probe_to_sink_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::add_probe_to_sink_pad_or_throw(nullptr, GST_PAD_PROBE_TYPE_BUFFER, nullptr, nullptr, nullptr); }},
+    {0x15160, "element 1 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(nullptr, good.sink.get(), nullptr); }},
+    {0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.element.get(), nullptr); }},
+    {0x15160, "element 3 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.tee.get(), good.element.get(), good.sink->sinkpads->data, nullptr); }},
+    {0x15170, "src_pad in link_pad_to_element is not a GstPad *.", [](const Good &good) { Media_Helper::link_pad_to_element_or_throw(nullptr, good.sink.get()); }},
+    {0x15160, "sink element specified for linking to src_pad in link_pad_to_element_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::link_pad_to_element_or_throw(nullptr, nullptr); }},
+    {0x15160, "element in get_element_pads_with_iterator is not a GstElement *.", [](const Good &) { Media_Helper::get_element_pads(nullptr, gst_element_iterate_pads); }},
+    {0x15160, "tee element in get_tee_src_pad is not a GstElement *.", [](const Good &) { Media_Helper::get_tee_src_pad(nullptr); }},
+    {0x15160, "tee in link_tee_to_element is not a GstElement *.", [](const Good &good) { Media_Helper::link_tee_to_element(nullptr, good.sink.get()); }},
+    {0x15160, "element in link_tee_to_element is not a GstElement *.", [](const Good &good) { Media_Helper::link_tee_to_element(good.tee.get(), nullptr); }},
+    {0x15170, "multiqueue_pad in get_corresponding_multiqueue_pad is not a GstPad *.", [](const Good &) { Media_Helper::get_corresponding_multiqueue_pad(nullptr); }},
+    {0x15160, "multiqueue element in request_new_multiqueue_pads is not a GstElement *.", [](const Good &good) { Media_Helper::request_new_multiqueue_pads(nullptr, "", good.caps.get()); }},
+    {0x15160, "element in get_element_sink_peer_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::get_element_sink_peer_pad_or_throw(nullptr); }},
+    {0x15160, "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.", ask_for_parent_of_stray_peer},
+    {0x15160, "element in get_most_parent is not a GstElement *.", [](const Good &) { Media_Helper::get_most_parent(nullptr); }},
+    {0x15160, "element in verify_element_top_parent is not a GstElement *.", [](const Good &good) { Media_Helper::verify_element_top_parent(nullptr, good.bin.get()); }},
+    {0x15160, "expected_top_parent in verify_element_top_parent is not a GstElement *.", [](const Good &good) { Media_Helper::verify_element_top_parent(good.element.get(), nullptr); }},
+    {0x15210, "caps in get_media_type is not a GstCaps *.", [](const Good &) { Media_Helper::get_media_type(nullptr); }},
+    {0x15210, "caps in get_framerate_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_framerate_from_caps(nullptr); }},
+    {0x15210, "caps in get_resolution_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_resolution_from_caps(nullptr); }},
+    {0x15210, "caps in get_encoding_name_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_encoding_name_from_caps(nullptr); }},
+    {0x15180, "bin is not a GstBin *.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(nullptr, GST_TYPE_BIN, good.caps.get()); }},
+    {0x15210, "caps in find_element_with_caps_and_type is not a GstCaps *.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), GST_TYPE_BIN, nullptr); }},
+    {0x15200, "element_type in find_element_with_caps_and_type is not a valid GType.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), 0, good.caps.get()); }},
+    {0x15180, "bin in bin_has_element_type is not a GstBin *.", [](const Good &) { Media_Helper::bin_has_element_type(nullptr, GST_TYPE_BIN); }},
+    {0x15200, "element_type in bin_has_element_type is not a valid GType.", [](const Good &good) { Media_Helper::bin_has_element_type(good.as_bin(), 0); }},
+    {0x15180, "bin in find_all_appsinks is not a GstBin *.", [](const Good &) { Media_Helper::find_all_appsinks(nullptr); }},
+};
+// clang-format on
+
+TEST(Bad_Arguments, AreNamedByTheOperation) {
+  for (const Argument &argument : arguments) {
+    SCOPED_TRACE(argument.text);
+    const Good good;
+    expect_error(argument.code, argument.text, [&] { argument.call(good); });
+    EXPECT_EQ(reference_count(good.element.get()), 1U);
+    EXPECT_EQ(reference_count(good.bin.get()), 1U);
+    EXPECT_EQ(reference_count(good.tee.get()), 1U);
+    EXPECT_EQ(reference_count(good.sink.get()), 1U);
+    EXPECT_EQ(reference_count(good.caps.get()), 1);
+  }
+}
+
+std::string look_up(MediaType key, const std::map<MediaType, std::string> &map,
+                    const std::string &message) {
+  return Media_Helper::string_from_map_or_throw_(key, map, message);
+}
+
+std::string look_up(const std::string &key, const std::map<std::string, std::string> &map,
+                    const std::string &message) {
+  return Media_Helper::string_from_map_or_throw_(key, map, message);
+}
+
+TEST(Keyed_Lookup, FindsKinds) {
+  const std::map<MediaType, std::string> map = {
+      {capture::JPEG, "jpegdec"}, {capture::RTP, ""}, {capture::UNKNOWN, "identity"}};
+  EXPECT_EQ(look_up(capture::JPEG, map, "absent"), "jpegdec");
+  EXPECT_EQ(look_up(capture::RTP, map, "absent"), "");
+  EXPECT_EQ(look_up(capture::UNKNOWN, map, "absent"), "identity");
+}
+
+TEST(Keyed_Lookup, FindsTexts) {
+  const std::map<std::string, std::string> map = {
+      {"", "nothing"}, {".mkv", "matroskamux"}, {"a", ""}};
+  EXPECT_EQ(look_up("", map, "absent"), "nothing");
+  EXPECT_EQ(look_up(".mkv", map, "absent"), "matroskamux");
+  EXPECT_EQ(look_up("a", map, "absent"), "");
+}
+
+TEST(Keyed_Lookup, ThrowsTheMessageForAnAbsentKind) {
+  const std::map<MediaType, std::string> map = {{capture::JPEG, "jpegdec"},
+                                                {capture::MULAW, "mulawdec"}};
+  for (const MediaType key :
+       {capture::H264, capture::UNKNOWN, static_cast<MediaType>(10), static_cast<MediaType>(-1)})
+    expect_error(0x15000, "no decoder: 100% %s", [&] { look_up(key, map, "no decoder: 100% %s"); });
+}
+
+TEST(Keyed_Lookup, ComparesTextsByteByByte) {
+  using namespace std::string_literals;
+  const std::map<std::string, std::string> map = {{".mkv", "matroskamux"}, {"a\0b"s, "two"}};
+  EXPECT_EQ(look_up("a\0b"s, map, "absent"), "two");
+  for (const std::string &key :
+       {".MKV"s, ".Mkv"s, "mkv"s, ".mk"s, ".mkvv"s, ".mkv "s, ""s, "a"s, "a\0c"s})
+    expect_error(0x15000, "absent", [&] { look_up(key, map, "absent"); });
+}
+
+TEST(Keyed_Lookup, TakesAnEmptyMessage) {
+  expect_error(0x15000, "", [] { look_up("a", {{"b", "text"}}, ""); });
+  expect_error(0x15000, "", [] { look_up(capture::RTP, {{capture::JPEG, "text"}}, ""); });
+}
+
+TEST(Keyed_Lookup, FindsNothingInAnEmptyMap) {
+  expect_error(0x15000, "empty",
+               [] { look_up("", std::map<std::string, std::string>(), "empty"); });
+  expect_error(0x15000, "empty",
+               [] { look_up(capture::JPEG, std::map<MediaType, std::string>(), "empty"); });
+}
+
+TEST(Keyed_Lookup, ReturnsACopy) {
+  const std::map<std::string, std::string> map = {{"a", "text"}};
+  std::string found = look_up("a", map, "absent");
+  found += " changed";
+  EXPECT_EQ(map.at("a"), "text");
+}
+
+TEST(Keyed_Lookup, LeavesTheMapAlone) {
+  const std::map<std::string, std::string> before = {{"a", "first"}, {"b", ""}};
+  const std::map<std::string, std::string> map = before;
+  look_up("a", map, "absent");
+  expect_error(0x15000, "absent", [&map] { look_up("c", map, "absent"); });
+  EXPECT_EQ(map, before);
+}
+
+TEST(Keyed_Lookup, ReportsWhatASelectionCannotServe) {
+  const std::string no_parser = "Unknown video format : could not create video parser";
+  expect_error(0x15000, "Unknown file extension : could not create muxer",
+               [] { Media_Helper::select_muxer("record.ts"); });
+  expect_error(0x15000, "Unknown file extension : could not create demuxer",
+               [] { Media_Helper::select_demuxer("record.mp4"); });
+  expect_error(0x15000, no_parser, [] { Media_Helper::select_parser(capture::RTP); });
+  expect_error(0x15000, no_parser, [] { Media_Helper::select_decoder(capture::RTP); });
+  expect_error(0x15000, no_parser, [] { Media_Helper::select_video_rate(capture::RTP); });
+  expect_error(0x15000, "Unsupported format : could not select payloader",
+               [] { Media_Helper::select_payloader(capture::RTP); });
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

@@ -1,0 +1,446 @@
+#include <string>
+#include <utility>
+
+#include "errors.h"
+#include "log_watch.h"
+#include "references.h"
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+
+using Bus = boost::intrusive_ptr<GstBus>;
+using Source = boost::intrusive_ptr<GSource>;
+
+// An element whose state goes back to NULL before its last reference does, as the framework
+// demands.
+class Stopped {
+public:
+  explicit Stopped(const char *factory, const char *name = nullptr)
+      : element_(make_element(factory, name)) {}
+  ~Stopped() { gst_element_set_state(element_.get(), GST_STATE_NULL); }
+  Stopped(const Stopped &) = delete;
+  Stopped &operator=(const Stopped &) = delete;
+
+  GstElement *get() const { return element_.get(); }
+  GstBin *as_bin() const { return GST_BIN_CAST(element_.get()); }
+
+  // Drops the messages on a pipeline's bus: each holds a reference to the element that posted it.
+  void drop_messages() const {
+    const Bus bus(gst_element_get_bus(element_.get()), false);
+    gst_bus_set_flushing(bus.get(), TRUE);
+    gst_bus_set_flushing(bus.get(), FALSE);
+  }
+
+private:
+  Element element_;
+};
+
+GstElement *as_element(gpointer object) {
+  return static_cast<GstElement *>(object);
+}
+
+Pad make_pad() {
+  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
+}
+
+// Null, and a framework object of another type.
+void expect_element_checked(const std::string &description, void (*call)(GstElement *)) {
+  const Pad pad = make_pad();
+  const std::string text = description + " is not a GstElement *.";
+  expect_error(0x15160, text, [call] { call(nullptr); });
+  expect_error(0x15160, text, [call, &pad] { call(as_element(pad.get())); });
+  EXPECT_EQ(reference_count(pad.get()), 1U);
+}
+
+// An element that never gets to READY, with a factory that has what standard factories lack:
+// metadata under the key "name".
+GstElement *make_tap(const char *name) {
+  static const GType type = g_type_register_static_simple(
+      GST_TYPE_ELEMENT, "Capture_Tap", sizeof(GstElementClass),
+      [](gpointer klass, gpointer) {
+        auto *const element_class = static_cast<GstElementClass *>(klass);
+        gst_element_class_set_static_metadata(element_class, "Long name", "Generic", "Taps", "Us");
+        gst_element_class_add_static_metadata(element_class, "name", "camera tap 100%");
+        element_class->change_state = [](GstElement *, GstStateChange change) {
+          return change == GST_STATE_CHANGE_NULL_TO_READY ? GST_STATE_CHANGE_FAILURE
+                                                          : GST_STATE_CHANGE_SUCCESS;
+        };
+      },
+      sizeof(GstElement), nullptr, GTypeFlags{});
+  static const gboolean registered =
+      gst_element_register(nullptr, "capturetap", GST_RANK_NONE, type);
+  EXPECT_TRUE(registered);
+  return gst_element_factory_make("capturetap", name);
+}
+
+Element make_owned_tap(const char *name) {
+  return Element(as_element(gst_object_ref_sink(make_tap(name))), false);
+}
+
+TEST(Set_State, ReturnsSuccess) {
+  const Stopped element("identity");
+  EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_READY, "start"),
+            GST_STATE_CHANGE_SUCCESS);
+  EXPECT_EQ(GST_STATE(element.get()), GST_STATE_READY);
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Set_State, ReturnsNoPrerollOfALiveSource) {
+  const Stopped source("fakesrc");
+  g_object_set(source.get(), "is-live", TRUE, nullptr);
+  EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, ""),
+            GST_STATE_CHANGE_NO_PREROLL);
+}
+
+TEST(Set_State, ReturnsAsyncOfASinkThatPrerolls) {
+  const Stopped sink("fakesink");
+  EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(sink.get(), GST_STATE_PAUSED, ""),
+            GST_STATE_CHANGE_ASYNC);
+  EXPECT_EQ(GST_STATE_TARGET(sink.get()), GST_STATE_PAUSED);
+  EXPECT_EQ(reference_count(sink.get()), 1U);
+}
+
+TEST(Set_State, ThrowsWhenTheElementRefuses) {
+  const Stopped source("filesrc", "src0");
+  expect_error(0x152E0,
+               "Failed to set state GST_STATE_PLAYING on element src0 (), starting capture",
+               [&source] {
+                 Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PLAYING,
+                                                              "starting capture");
+               });
+  EXPECT_EQ(reference_count(source.get()), 1U);
+}
+
+TEST(Set_State, LeavesOutAnEmptyContext) {
+  const Stopped source("filesrc", "src0");
+  expect_error(0x152E0, "Failed to set state GST_STATE_PAUSED on element src0 ()", [&source] {
+    Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, "");
+  });
+}
+
+TEST(Set_State, TakesTheContextAsItIs) {
+  const Stopped source("filesrc", "100% %s");
+  expect_error(
+      0x152E0, "Failed to set state GST_STATE_PAUSED on element 100% %s (),  %1% \"a\"", [&source] {
+        Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, " %1% \"a\"");
+      });
+}
+
+TEST(Set_State, NamesTheState) {
+  const Element tap = make_owned_tap("tap");
+  const std::pair<GstState, std::string> states[] = {{GST_STATE_READY, "GST_STATE_READY"},
+                                                     {GST_STATE_PAUSED, "GST_STATE_PAUSED"},
+                                                     {GST_STATE_PLAYING, "GST_STATE_PLAYING"}};
+  for (const auto &[state, name] : states)
+    expect_error(
+        0x152E0, "Failed to set state " + name + " on element tap (camera tap 100%)",
+        [&tap, to = state] { Media_Helper::gst_element_set_state_or_throw(tap.get(), to, ""); });
+}
+
+// The file source reaches READY and fails on the way to PAUSED: there it stays.
+TEST(Set_State, LeavesTheElementWhereTheFrameworkDid) {
+  const Stopped source("filesrc", "src0");
+  const Stopped twin("filesrc", "twin");
+  expect_error(0x152E0, "Failed to set state GST_STATE_PLAYING on element src0 ()", [&source] {
+    Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PLAYING, "");
+  });
+  ASSERT_EQ(gst_element_set_state(twin.get(), GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
+  EXPECT_EQ(GST_STATE(source.get()), GST_STATE(twin.get()));
+  EXPECT_EQ(GST_STATE(source.get()), GST_STATE_READY);
+}
+
+TEST(Set_State, ChecksItsElement) {
+  expect_element_checked("element", [](GstElement *element) {
+    Media_Helper::gst_element_set_state_or_throw(element, GST_STATE_READY, "context");
+  });
+}
+
+TEST(Sync_State_With_Parent, BringsTheElementToItsParentsState) {
+  const Stopped pipeline("pipeline");
+  ASSERT_EQ(gst_element_set_state(pipeline.get(), GST_STATE_READY), GST_STATE_CHANGE_SUCCESS);
+  const Element element = make_element("identity");
+  gst_bin_add(pipeline.as_bin(), element.get());
+  ASSERT_EQ(GST_STATE(element.get()), GST_STATE_NULL);
+  Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get());
+  EXPECT_EQ(GST_STATE(element.get()), GST_STATE_READY);
+  pipeline.drop_messages();
+  EXPECT_EQ(reference_count(element.get()), 2U);
+  EXPECT_EQ(reference_count(pipeline.get()), 1U);
+}
+
+TEST(Sync_State_With_Parent, ThrowsWithoutAParent) {
+  const Element element = make_element("identity", "parser");
+  expect_error(0x150F0, "Failed to sync element parser () with parent.", [&element] {
+    Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get());
+  });
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Sync_State_With_Parent, ThrowsWhenTheElementCannotFollow) {
+  const Stopped pipeline("pipeline");
+  ASSERT_EQ(gst_element_set_state(pipeline.get(), GST_STATE_READY), GST_STATE_CHANGE_SUCCESS);
+  const Element tap = make_owned_tap("tap");
+  gst_bin_add(pipeline.as_bin(), tap.get());
+  expect_error(0x150F0, "Failed to sync element tap (camera tap 100%) with parent.",
+               [&tap] { Media_Helper::gst_element_sync_state_with_parent_or_throw(tap.get()); });
+  pipeline.drop_messages();
+  EXPECT_EQ(reference_count(tap.get()), 2U);
+  EXPECT_EQ(reference_count(pipeline.get()), 1U);
+}
+
+TEST(Sync_State_With_Parent, ChecksItsElement) {
+  expect_element_checked("element in gst_element_sync_state_with_parent_or_throw",
+                         [](GstElement *element) {
+                           Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
+                         });
+}
+
+TEST(Get_Bus, GivesANewReference) {
+  const Element pipeline = make_element("pipeline");
+  const Bus own(gst_pipeline_get_bus(GST_PIPELINE(pipeline.get())), false);
+  const guint before = reference_count(own.get());
+  GstBus *const bus = Media_Helper::gst_element_get_bus_or_throw(pipeline.get());
+  EXPECT_EQ(bus, own.get());
+  EXPECT_EQ(reference_count(bus), before + 1);
+  EXPECT_EQ(reference_count(pipeline.get()), 1U);
+  gst_object_unref(bus);
+}
+
+TEST(Get_Bus, GivesTheBusOfAnElementInAPipeline) {
+  const Element pipeline = make_element("pipeline");
+  const Element element = make_element("identity");
+  gst_bin_add(GST_BIN_CAST(pipeline.get()), element.get());
+  const Bus expected(gst_element_get_bus(element.get()), false);
+  ASSERT_TRUE(expected);
+  const Bus bus(Media_Helper::gst_element_get_bus_or_throw(element.get()), false);
+  EXPECT_EQ(bus, expected);
+}
+
+TEST(Get_Bus, ThrowsWithoutABus) {
+  const Element element = make_element("identity", "100% %s");
+  expect_error(0x151A0, "Could not retrieve pipeline bus for element \"100% %s\".",
+               [&element] { Media_Helper::gst_element_get_bus_or_throw(element.get()); });
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Get_Bus, ChecksItsElement) {
+  expect_element_checked("element in gst_element_get_bus_or_throw", [](GstElement *element) {
+    Media_Helper::gst_element_get_bus_or_throw(element);
+  });
+}
+
+TEST(Create_Watch, GivesAnUnattachedSource) {
+  const Bus bus(gst_bus_new(), false);
+  {
+    const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
+    EXPECT_EQ(watch->ref_count, 1U);
+    EXPECT_EQ(g_source_get_context(watch.get()), nullptr);
+    EXPECT_FALSE(g_source_is_destroyed(watch.get()));
+  }
+  // The watch may hold the bus while it lives, and no longer.
+  EXPECT_EQ(reference_count(bus.get()), 1U);
+}
+
+TEST(Create_Watch, WatchesTheBus) {
+  const Bus bus(gst_bus_new(), false);
+  const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
+  const boost::intrusive_ptr<GMainContext> context(g_main_context_new(), false);
+  int seen = 0;
+  const GstBusFunc count_eos = [](GstBus *, GstMessage *message, gpointer data) -> gboolean {
+    *static_cast<int *>(data) += GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS;
+    return G_SOURCE_CONTINUE;
+  };
+  g_source_set_callback(watch.get(), G_SOURCE_FUNC(count_eos), &seen, nullptr);
+  g_source_attach(watch.get(), context.get());
+  gst_bus_post(bus.get(), gst_message_new_eos(nullptr));
+  g_main_context_iteration(context.get(), FALSE);
+  EXPECT_EQ(seen, 1);
+  g_source_destroy(watch.get());
+}
+
+TEST(Create_Watch, ThrowsForASecondWatch) {
+  const Bus bus(gst_bus_new(), false);
+  {
+    const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
+    const guint before = reference_count(bus.get());
+    expect_error(0x151B0, "Could not create bus watch in gst_bus_create_watch_or_throw",
+                 [&bus] { Media_Helper::gst_bus_create_watch_or_throw(bus.get()); });
+    EXPECT_EQ(watch->ref_count, 1U);
+    EXPECT_EQ(reference_count(bus.get()), before);
+  }
+  // The first one is gone, so there is room again.
+  const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
+  EXPECT_EQ(watch->ref_count, 1U);
+}
+
+TEST(Create_Watch, ChecksItsBus) {
+  const std::string text = "bus in gst_bus_create_watch_or_throw is not a GstBus *.";
+  const Element element = make_element("identity");
+  expect_error(0x15190, text, [] { Media_Helper::gst_bus_create_watch_or_throw(nullptr); });
+  expect_error(0x15190, text, [&element] {
+    Media_Helper::gst_bus_create_watch_or_throw(
+        static_cast<GstBus *>(static_cast<gpointer>(element.get())));
+  });
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Get_Parent, GivesANewReference) {
+  const Element bin = make_element("bin");
+  const Element element = make_element("identity");
+  gst_bin_add(GST_BIN_CAST(bin.get()), element.get());
+  GstElement *const parent = Media_Helper::gst_element_get_parent_or_throw(element.get());
+  EXPECT_EQ(parent, bin.get());
+  EXPECT_EQ(reference_count(parent), 2U);
+  EXPECT_EQ(reference_count(element.get()), 2U);
+  gst_object_unref(parent);
+}
+
+TEST(Get_Parent, ThrowsForATopLevelPipeline) {
+  const Element pipeline = make_element("pipeline", "recording");
+  expect_error(0x15110, "Failed to get parent for element recording ().",
+               [&pipeline] { Media_Helper::gst_element_get_parent_or_throw(pipeline.get()); });
+  EXPECT_EQ(reference_count(pipeline.get()), 1U);
+}
+
+TEST(Get_Parent, GivesAParentThatIsNoElementWithAWarning) {
+  const Element element = make_element("identity");
+  const Bus parent(gst_bus_new(), false);
+  ASSERT_TRUE(gst_object_set_parent(GST_OBJECT_CAST(element.get()), GST_OBJECT_CAST(parent.get())));
+  const guint before = reference_count(parent.get());
+  {
+    const Expected_Log warning("invalid cast from 'GstBus' to 'GstElement'");
+    const Element given(Media_Helper::gst_element_get_parent_or_throw(element.get()), false);
+    EXPECT_EQ(static_cast<gpointer>(given.get()), static_cast<gpointer>(parent.get()));
+    EXPECT_EQ(reference_count(parent.get()), before + 1);
+    EXPECT_EQ(warning.count(), 1);
+  }
+  EXPECT_EQ(reference_count(parent.get()), before);
+  gst_object_unparent(GST_OBJECT_CAST(element.get()));
+}
+
+TEST(Get_Parent, ChecksItsElement) {
+  expect_element_checked("element in gst_element_get_parent_or_throw", [](GstElement *element) {
+    Media_Helper::gst_element_get_parent_or_throw(element);
+  });
+}
+
+void count_pad(GstElement *, GstPad *, gpointer count) {
+  ++*static_cast<int *>(count);
+}
+
+TEST(Signal_Connect, GivesTheHandlersId) {
+  const Element tee = make_element("tee");
+  int count = 0;
+  const gulong handler = Media_Helper::g_signal_connect_or_throw(tee.get(), "pad-added",
+                                                                 G_CALLBACK(count_pad), &count);
+  EXPECT_NE(handler, 0U);
+  EXPECT_TRUE(g_signal_handler_is_connected(tee.get(), handler));
+  EXPECT_EQ(reference_count(tee.get()), 1U);
+
+  const Pad first(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  EXPECT_EQ(count, 1);
+  g_signal_handler_disconnect(tee.get(), handler);
+  const Pad second(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  EXPECT_EQ(count, 1);
+
+  gst_element_release_request_pad(tee.get(), first.get());
+  gst_element_release_request_pad(tee.get(), second.get());
+}
+
+int changes = 0;
+void count_change(GstElement *, GParamSpec *, gpointer data) {
+  EXPECT_EQ(data, nullptr);
+  ++changes;
+}
+
+TEST(Signal_Connect, TakesADetailAndNoData) {
+  changes = 0;
+  const Element element = make_element("identity");
+  EXPECT_NE(Media_Helper::g_signal_connect_or_throw(element.get(), "notify::silent",
+                                                    G_CALLBACK(count_change), nullptr),
+            0U);
+  g_object_set(element.get(), "silent", FALSE, "dump", TRUE, nullptr);
+  EXPECT_EQ(changes, 1);
+}
+
+void expect_no_signal(const std::string &signal, const std::string &warning) {
+  const Element element = make_element("identity", "parser");
+  const Expected_Log log(warning);
+  int data = 0;
+  expect_error(0x152D0, "Failed to connect to signal \"" + signal + "\" on element \"parser\".",
+               [&] {
+                 Media_Helper::g_signal_connect_or_throw(element.get(), signal,
+                                                         G_CALLBACK(count_pad), &data);
+               });
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Signal_Connect, ThrowsForAMisspeltSignal) {
+  expect_no_signal("pad-adeddd", "is invalid for instance");
+  expect_no_signal("100%s", "is invalid for instance");
+  expect_no_signal("", "is invalid for instance");
+}
+
+TEST(Signal_Connect, ThrowsForASignalOfAnotherClass) {
+  expect_no_signal("new-sample", "is invalid for instance");
+}
+
+TEST(Signal_Connect, ThrowsForADetailThatTheSignalDoesNotTake) {
+  expect_no_signal("pad-added::src", "does not support detail");
+}
+
+TEST(Signal_Connect, ChecksItsElement) {
+  expect_element_checked("element", [](GstElement *element) {
+    Media_Helper::g_signal_connect_or_throw(element, "pad-added", G_CALLBACK(count_pad), nullptr);
+  });
+}
+
+// The parentheses of the messages hold the metadata under the key "name", and not the long name.
+
+TEST(Element_Text, HoldsTheFactorysNameMetadata) {
+  const Element tap = make_owned_tap("tap");
+  expect_error(0x15110, "Failed to get parent for element tap (camera tap 100%).",
+               [&tap] { Media_Helper::gst_element_get_parent_or_throw(tap.get()); });
+  expect_error(0x150F0, "Failed to sync element tap (camera tap 100%) with parent.",
+               [&tap] { Media_Helper::gst_element_sync_state_with_parent_or_throw(tap.get()); });
+  expect_error(
+      0x152E0, "Failed to set state GST_STATE_READY on element tap (camera tap 100%), starting",
+      [&tap] {
+        Media_Helper::gst_element_set_state_or_throw(tap.get(), GST_STATE_READY, "starting");
+      });
+  EXPECT_EQ(reference_count(tap.get()), 1U);
+}
+
+TEST(Element_Text, HoldsTheFactorysNameMetadataOfARefusedElement) {
+  const Element bin = make_element("bin");
+  gst_bin_add(GST_BIN_CAST(bin.get()), make_tap("tap"));
+  GstElement *const refused = make_tap("tap");
+  const Weak_Watch watch(refused);
+  expect_error(0x150E0, "Failed to add element tap (camera tap 100%) to bin.",
+               [&] { Media_Helper::gst_bin_add_or_throw(GST_BIN_CAST(bin.get()), refused); });
+  EXPECT_TRUE(watch.gone());
+}
+
+TEST(Element_Text, IsEmptyWhereThereIsNoNameAndNoFactory) {
+  static const GType type =
+      g_type_register_static_simple(GST_TYPE_BIN, "Nameless_Bin", sizeof(GstBinClass), nullptr,
+                                    sizeof(GstBin), nullptr, GTypeFlags{});
+  const Element bin(as_element(gst_object_ref_sink(g_object_new(type, "name", "own", nullptr))),
+                    false);
+  ASSERT_EQ(gst_element_get_factory(bin.get()), nullptr);
+  expect_error(0x15110, "Failed to get parent for element own ().",
+               [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });
+
+  g_free(GST_OBJECT_NAME(bin.get()));
+  GST_OBJECT_NAME(bin.get()) = nullptr;
+  expect_error(0x15110, "Failed to get parent for element  ().",
+               [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });
+  // A bin has no bus until it is in a pipeline.
+  expect_error(0x151A0, "Could not retrieve pipeline bus for element \"\".",
+               [&bin] { Media_Helper::gst_element_get_bus_or_throw(bin.get()); });
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

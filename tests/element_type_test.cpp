@@ -1,0 +1,148 @@
+// Element types: from the name of a factory to the type of what it makes.
+
+#include <string>
+#include <vector>
+
+#include <dlfcn.h>
+#include <gst/app/gstappsink.h>
+
+#include "errors.h"
+#include "log_watch.h"
+#include "references.h"
+
+namespace {
+
+// What stands in for a plug-in that is gone or broken, on this thread, while a test says so.
+struct Plugin_Fault {
+  bool not_loaded = false;
+  bool without_type = false;
+  GstPluginFeature *loaded_instead = nullptr;
+};
+thread_local Plugin_Fault plugin_fault;
+
+template <typename Function>
+Function *framework(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
+  static const auto load = framework<decltype(gst_plugin_feature_load)>("gst_plugin_feature_load");
+  if (plugin_fault.not_loaded) return nullptr;
+  if (plugin_fault.loaded_instead != nullptr)
+    return GST_PLUGIN_FEATURE(gst_object_ref(plugin_fault.loaded_instead));
+  return load(feature);
+}
+
+extern "C" GType gst_element_factory_get_element_type(GstElementFactory *factory) {
+  static const auto get_type = framework<decltype(gst_element_factory_get_element_type)>(
+      "gst_element_factory_get_element_type");
+  return plugin_fault.without_type ? G_TYPE_INVALID : get_type(factory);
+}
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+
+class Element_Type : public testing::Test {
+protected:
+  ~Element_Type() override {
+    plugin_fault = {};
+    for (GstElementFactory *const factory : found_)
+      gst_object_unref(factory);
+  }
+
+  GstElementFactory *find(const char *name) {
+    found_.push_back(gst_element_factory_find(name));
+    return found_.back();
+  }
+
+private:
+  std::vector<GstElementFactory *> found_;
+};
+
+TEST_F(Element_Type, IsThatOfWhatTheFactoryMakes) {
+  for (const char *const name : {"tee", "appsink", "queue", "fakesink", "pipeline"}) {
+    const Element element = make_element(name);
+    EXPECT_EQ(Media_Helper::get_element_type(name), G_OBJECT_TYPE(element.get())) << name;
+  }
+  EXPECT_STREQ(g_type_name(Media_Helper::get_element_type("tee")), "GstTee");
+  EXPECT_EQ(Media_Helper::get_element_type("appsink"), GST_TYPE_APP_SINK);
+  EXPECT_EQ(Media_Helper::get_element_type("pipeline"), GST_TYPE_PIPELINE);
+}
+
+TEST_F(Element_Type, IsRegisteredByLoadingThePlugin) {
+  ASSERT_EQ(g_type_from_name("GstNavSeek"), G_TYPE_INVALID);
+  const unsigned long long type = Media_Helper::get_element_type("navseek");
+  EXPECT_STREQ(g_type_name(type), "GstNavSeek");
+}
+
+TEST_F(Element_Type, IsTheSameEachTimeAndCostsNoReference) {
+  for (const char *const name : {"tee", "appsink"}) {
+    GstElementFactory *const factory = find(name);
+    const guint before = reference_count(factory);
+    const unsigned long long type = Media_Helper::get_element_type(name);
+    EXPECT_EQ(Media_Helper::get_element_type(name), type);
+    EXPECT_EQ(reference_count(factory), before);
+  }
+}
+
+TEST_F(Element_Type, NeedsAFactory) {
+  expect_error(0x151D0,
+               "Could not find factory for \"nonesuch\" in gst_element_factory_find_or_throw",
+               [] { Media_Helper::get_element_type("nonesuch"); });
+  expect_error(0x151D0, "Could not find factory for \"\" in gst_element_factory_find_or_throw",
+               [] { Media_Helper::get_element_type(""); });
+}
+
+TEST_F(Element_Type, NeedsAPluginThatLoads) {
+  GstElementFactory *const factory = find("tee");
+  const guint before = reference_count(factory);
+  plugin_fault.not_loaded = true;
+  expect_error(0x151E0, "Could not load factory for element \"tee\" in get_element_type.",
+               [] { Media_Helper::get_element_type("tee"); });
+  EXPECT_EQ(reference_count(factory), before);
+
+  plugin_fault = {};
+  EXPECT_STREQ(g_type_name(Media_Helper::get_element_type("tee")), "GstTee");
+  EXPECT_EQ(reference_count(factory), before);
+}
+
+TEST_F(Element_Type, NeedsAFactoryThatKnowsIt) {
+  GstElementFactory *const factory = find("tee");
+  const guint before = reference_count(factory);
+  plugin_fault.without_type = true;
+  expect_error(
+      0x151F0,
+      "Unable to get type information for factory for element \"tee\" in get_element_type.",
+      [] { Media_Helper::get_element_type("tee"); });
+  EXPECT_EQ(reference_count(factory), before);
+}
+
+// Loading may replace the factory: what was found and what was loaded are two then, and each is
+// given back once.
+TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
+  GstElementFactory *const found = find("tee");
+  GstElementFactory *const loaded = find("queue");
+  const unsigned long long queue_type = Media_Helper::get_element_type("queue");
+  const guint found_before = reference_count(found);
+  const guint loaded_before = reference_count(loaded);
+
+  plugin_fault.loaded_instead = GST_PLUGIN_FEATURE(loaded);
+  EXPECT_EQ(Media_Helper::get_element_type("tee"), queue_type);
+  EXPECT_EQ(reference_count(found), found_before);
+  EXPECT_EQ(reference_count(loaded), loaded_before);
+
+  plugin_fault.without_type = true;
+  expect_error(
+      0x151F0,
+      "Unable to get type information for factory for element \"tee\" in get_element_type.",
+      [] { Media_Helper::get_element_type("tee"); });
+  EXPECT_EQ(reference_count(found), found_before);
+  EXPECT_EQ(reference_count(loaded), loaded_before);
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

@@ -1,0 +1,154 @@
+// The program check_plugins, as its users run it: here, and where plug-ins are missing.
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <sstream>
+
+#include <gst/gst.h>
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+#include "media_files.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+// A system with chosen plug-ins only.
+class Plugin_Folder {
+public:
+  Plugin_Folder() {
+    for (const char *plugin : {"app", "audioparsers", "avi", "coreelements", "isomp4", "jpeg",
+                               "libav", "matroska", "mulaw", "rtp", "videoparsersbad"})
+      add(plugin);
+  }
+
+  void remove(const std::string &plugin) { std::filesystem::remove(link(plugin)); }
+
+  Child_Process::Environment environment() const {
+    return {{"GST_REGISTRY", folder_.path("registry.bin")},
+            {"GST_PLUGIN_SYSTEM_PATH", folder_.path(".")},
+            {"GST_PLUGIN_SYSTEM_PATH_1_0", folder_.path(".")},
+            {"GST_PLUGIN_PATH", ""},
+            {"GST_PLUGIN_PATH_1_0", ""}};
+  }
+
+private:
+  void add(const std::string &name) {
+    GstPlugin *const plugin = gst_registry_find_plugin(gst_registry_get(), name.c_str());
+    if (plugin == nullptr) throw std::runtime_error("no plug-in " + name);
+    std::filesystem::create_symlink(gst_plugin_get_filename(plugin), link(name));
+    gst_object_unref(plugin);
+  }
+  std::string link(const std::string &plugin) const {
+    return folder_.path("libgst" + plugin + ".so");
+  }
+
+  Media_Folder folder_;
+};
+
+// The table by element, each row as its words.
+std::map<std::string, std::vector<std::string>> rows_of(const std::string &table) {
+  std::map<std::string, std::vector<std::string>> rows;
+  std::istringstream lines(table);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string element;
+    words >> element;
+    for (std::string word; words >> word;)
+      rows[element].push_back(word);
+  }
+  return rows;
+}
+
+std::string last_line(const std::string &text) {
+  const std::size_t end = text.find_last_of('\n');
+  return end == text.npos ? "" : text.substr(text.find_last_of('\n', end - 1) + 1);
+}
+
+TEST(Check_Plugins, Finds_Every_Element_That_The_Library_Names) {
+  const Outcome outcome = run({CHECK_PLUGINS});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(last_line(outcome.out), "30 elements, 0 required missing\n");
+  const auto rows = rows_of(outcome.out);
+  for (const std::string element : {"aacparse",     "appsink",      "avdec_h264",
+                                    "avdec_mpeg4",  "avimux",       "h264parse",
+                                    "identity",     "jpegdec",      "matroskademux",
+                                    "matroskamux",  "mp4mux",       "mpeg4videoparse",
+                                    "mulawdec",     "multiqueue",   "qtmux",
+                                    "queue",        "rtph264depay", "rtph264pay",
+                                    "rtpjpegdepay", "rtpjpegpay",   "rtpmp4adepay",
+                                    "rtpmp4apay",   "rtpmp4gdepay", "rtpmp4gpay",
+                                    "rtpmp4vdepay", "rtpmp4vpay",   "rtppcmudepay",
+                                    "rtppcmupay",   "tee"}) {
+    ASSERT_EQ(rows.count(element), 1U) << element;
+    EXPECT_EQ(rows.at(element).front(), "present") << element;
+  }
+}
+
+TEST(Check_Plugins, Tells_What_Brings_An_Element_And_What_It_Is_For) {
+  const auto rows = rows_of(run({CHECK_PLUGINS}).out);
+  std::vector<std::string> row = rows.at("rtph264pay");
+  ASSERT_EQ(row.size(), 8U);
+  row.erase(row.begin() + 3);  // the version, which is the system's business
+  EXPECT_EQ(row, (std::vector<std::string>{"present", "GstRtpH264Pay", "rtp",
+                                           "gstreamer1.0-plugins-good", "pay", "H264,", "relay"}));
+  EXPECT_EQ(rows.at("tee")[1], "GstTee");
+  EXPECT_EQ(rows.at("appsink")[1], "GstAppSink");
+}
+
+TEST(Check_Plugins, Does_Not_Require_What_The_Wider_System_Brings) {
+  const Outcome outcome = run({CHECK_PLUGINS});
+  EXPECT_EQ(rows_of(outcome.out).at("tavrenvideorate"),
+            (std::vector<std::string>{"of", "the", "wider", "system,", "not", "required", "-", "-",
+                                      "-", "-", "adapt", "rate", "of", "H264"}));
+}
+
+TEST(Check_Plugins, Names_The_Missing_Elements_And_Their_Package) {
+  Plugin_Folder plugins;
+  plugins.remove("libav");
+  const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be made: "
+                         "avdec_h264, avdec_mpeg4; install gstreamer1.0-libav\n");
+  const auto rows = rows_of(outcome.out);
+  EXPECT_EQ(
+      rows.at("avdec_h264"),
+      (std::vector<std::string>{"missing", "-", "-", "-", "gstreamer1.0-libav", "decode", "H264"}));
+  EXPECT_EQ(rows.at("h264parse").front(), "present");
+  EXPECT_EQ(last_line(outcome.out), "30 elements, 2 required missing\n");
+}
+
+// Then no depayloader is registered whose caps could be asked about; one is still named.
+TEST(Check_Plugins, Names_The_Missing_Depayloader) {
+  Plugin_Folder plugins;
+  plugins.remove("rtp");
+  const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be made: "
+                         "rtph264depay, rtph264pay, rtpjpegpay, rtpmp4apay, rtpmp4vpay, "
+                         "rtppcmupay; install gstreamer1.0-plugins-good\n");
+}
+
+TEST(Check_Plugins, Tells_A_Plugin_That_Does_Not_Load_From_A_Missing_One) {
+  Plugin_Folder plugins;
+  Child_Process::Environment environment = plugins.environment();
+  ASSERT_EQ(run({CHECK_PLUGINS}, environment).status, 0);
+  plugins.remove("matroska");
+  environment["GST_REGISTRY_UPDATE"] = "no";
+  const Outcome outcome = run({CHECK_PLUGINS}, environment);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.err.find("check_plugins: error 0x151E0: required elements cannot be made: "
+                             "matroskademux, matroskamux; install gstreamer1.0-plugins-good\n"),
+            std::string::npos)
+      << outcome.err;
+  const auto rows = rows_of(outcome.out);
+  EXPECT_EQ(rows.at("matroskamux")[0] + rows.at("matroskamux")[1] + rows.at("matroskamux")[2],
+            "doesnotload");
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::tests

@@ -1,0 +1,152 @@
+// The program probe_media, as its users run it.
+
+#include <csignal>
+#include <ostream>
+
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+#include "media_files.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+const std::string failed_discovery =
+    ": error 0x152C0: Discoverer returned error: GST_DISCOVERER_ERROR\n";
+
+TEST(Probe_Media, Shows_What_A_File_Holds) {
+  const Media_Folder folder;
+  folder.record_video_and_audio("clip.mkv");
+  const Outcome outcome = run({PROBE_MEDIA, folder.path("clip.mkv")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out, folder.uri("clip.mkv") +
+                             "\n"
+                             "duration 0:00:02.000000000\n"
+                             "STREAM   KIND   FORMAT         RESOLUTION  FRAME RATE\n"
+                             "video 1  JPEG   image/jpeg     64x48       10/1\n"
+                             "audio 1  MULAW  audio/x-mulaw  -           -\n\n");
+}
+
+TEST(Probe_Media, Fits_Each_Picture_Into_A_Box) {
+  const Media_Folder folder;
+  folder.record("wide.mkv", "videotestsrc num-buffers=10 ! "
+                            "video/x-raw,width=320,height=180,framerate=10/1 ! x264enc ! "
+                            "matroskamux ! filesink name=file");
+  const Outcome outcome = run({PROBE_MEDIA, "--fit", "100x100", folder.uri("wide.mkv")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out, folder.uri("wide.mkv") +
+                             "\n"
+                             "duration 0:00:01.000000000\n"
+                             "STREAM   KIND  FORMAT        RESOLUTION  FRAME RATE  FITS 100x100\n"
+                             "video 1  H264  video/x-h264  320x180     10/1        100x56\n\n");
+}
+
+TEST(Probe_Media, Shows_A_Still_Picture_Without_A_Rate) {
+  const Media_Folder folder;
+  folder.record_image("still.png");
+  const Outcome outcome = run({PROBE_MEDIA, "--fit=32x32", folder.path("still.png")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(outcome.out.find("video 1  UNKNOWN  image/png  64x48       -           32x24\n"),
+            std::string::npos)
+      << outcome.out;
+}
+
+TEST(Probe_Media, Goes_On_After_A_File_That_Fails) {
+  const Media_Folder folder;
+  folder.record_audio("good.mkv");
+  folder.write("bad.mkv", "this is no film");
+  const Outcome outcome = run({PROBE_MEDIA, folder.path("missing.mkv"), folder.path("bad.mkv"),
+                               folder.path("good.mkv"), folder.path("good.mkv")});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "probe_media: " + folder.path("missing.mkv") + failed_discovery +
+                             "probe_media: " + folder.path("bad.mkv") + failed_discovery);
+  const std::string table = folder.uri("good.mkv") +
+                            "\n"
+                            "duration 0:00:02.000000000\n"
+                            "STREAM   KIND   FORMAT         RESOLUTION  FRAME RATE\n"
+                            "audio 1  MULAW  audio/x-mulaw  -           -\n\n";
+  EXPECT_EQ(outcome.out, table + table);
+}
+
+TEST(Probe_Media, Takes_A_File_Whose_Name_Looks_Like_A_Uri) {
+  const Media_Folder folder;
+  folder.record_audio("rtsp:a b%20ü.mkv");
+  const Outcome outcome =
+      run({"/usr/bin/env", "--chdir", folder.path("."), PROBE_MEDIA, "rtsp:a b%20ü.mkv"});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_NE(outcome.out.find("rtsp:a%20b%2520%C3%BC.mkv\n"), std::string::npos) << outcome.out;
+}
+
+TEST(Probe_Media, Shows_What_A_Camera_Sends) {
+  Child_Process camera({SIMULATED_CAMERA, "--video", "jpeg", "--audio", "mulaw"});
+  const std::string uri = camera.first_line();
+  ASSERT_NE(uri, "");
+  const Outcome outcome = run({PROBE_MEDIA, uri});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.out, uri + "\n"
+                               "duration -\n"
+                               "STREAM   KIND   FORMAT         RESOLUTION  FRAME RATE\n"
+                               "video 1  JPEG   image/jpeg     320x240     25/1\n"
+                               "audio 1  MULAW  audio/x-mulaw  -           -\n\n");
+}
+
+// A camera that takes the connection and then says nothing.
+TEST(Probe_Media, Waits_No_Longer_Than_Told) {
+  Child_Process camera({SIMULATED_CAMERA});
+  const std::string uri = camera.first_line();
+  ASSERT_NE(uri, "");
+  camera.send_signal(SIGSTOP);
+  const gint64 start = g_get_monotonic_time();
+  const Outcome outcome = run({PROBE_MEDIA, "--timeout", "1", uri});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "probe_media: " + uri +
+                             ": error 0x152C0: Discoverer returned error: "
+                             "GST_DISCOVERER_TIMEOUT\n");
+  EXPECT_LT(g_get_monotonic_time() - start, 8 * G_USEC_PER_SEC);
+}
+
+struct Refused {
+  std::vector<std::string> arguments;
+  std::string text;
+};
+
+void PrintTo(const Refused &refused, std::ostream *out) {
+  *out << refused.text;
+}
+
+class Probe_Media_Refuses : public testing::TestWithParam<Refused> {};
+
+TEST_P(Probe_Media_Refuses, With_One_Line) {
+  std::vector<std::string> command = {PROBE_MEDIA};
+  command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+  const Outcome outcome = run(command);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "probe_media: error " + GetParam().text + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Probe_Media_Refuses,
+    testing::Values(
+        Refused{{}, "nothing to probe: name a URI or a file"},
+        Refused{{"--fit", "0x480", "a.mkv"},
+                "0x15250: Invalid resolution provided in calculate_resolution"},
+        Refused{{"--fit", "640", "a.mkv"}, "--fit takes WIDTHxHEIGHT in pixels, not \"640\""},
+        Refused{{"--fit", "640x", "a.mkv"}, "--fit takes WIDTHxHEIGHT in pixels, not \"640x\""},
+        Refused{{"--fit", "-1x480", "a.mkv"}, "--fit takes WIDTHxHEIGHT in pixels, not \"-1x480\""},
+        Refused{{"--timeout", "0", "a.mkv"}, "--timeout takes 1 to 3600 seconds"},
+        Refused{{"--timeout", "nan", "a.mkv"}, "--timeout takes 1 to 3600 seconds"},
+        Refused{{"--no-such-option"}, "Unknown option --no-such-option"}));
+
+TEST(Probe_Media, Explains_Itself) {
+  const Outcome outcome = run({PROBE_MEDIA, "--help"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(outcome.out.find("--fit=WxH"), std::string::npos) << outcome.out;
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::tests

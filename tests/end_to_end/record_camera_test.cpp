@@ -1,0 +1,295 @@
+// Real recordings of the simulated camera, read back by an independent reader.
+
+#include <csignal>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <glib/gstdio.h>
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+
+namespace kel::tavren::tests {
+namespace {
+
+constexpr int duration = 2;  // s, of most recordings
+constexpr int frame_rate = 25;
+
+// A folder for one test's files, gone with the test.
+class Scratch_Folder {
+public:
+  Scratch_Folder() {
+    char *const path = g_dir_make_tmp("record_camera_XXXXXX", nullptr);
+    path_ = path;
+    g_free(path);
+  }
+  ~Scratch_Folder() {
+    for (const std::string &file : files_)
+      g_remove(file.c_str());
+    g_rmdir(path_.c_str());
+  }
+  Scratch_Folder(const Scratch_Folder &) = delete;
+  Scratch_Folder &operator=(const Scratch_Folder &) = delete;
+
+  std::string file(const std::string &name) {
+    files_.push_back(path_ + "/" + name);
+    return files_.back();
+  }
+
+private:
+  std::string path_;
+  std::vector<std::string> files_;
+};
+
+bool exists(const std::string &file) {
+  return g_file_test(file.c_str(), G_FILE_TEST_EXISTS);
+}
+
+// What the independent reader finds in a file.
+struct Contents {
+  std::vector<std::string> codecs;  // in alphabetic order
+  std::vector<gint64> frames;       // decoded, of each stream in the file's order
+  double duration = 0;              // s
+};
+
+Contents read_back(const std::string &file) {
+  const Outcome outcome =
+      run({"ffprobe", "-v", "error", "-count_frames", "-show_entries",
+           "stream=codec_name,nb_read_frames:format=duration", "-of", "default=nw=1", file});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  Contents contents;
+  std::istringstream lines(outcome.out);
+  for (std::string line; std::getline(lines, line);) {
+    const std::string key = line.substr(0, line.find('='));
+    const std::string value = line.substr(line.find('=') + 1);
+    if (key == "codec_name") contents.codecs.push_back(value);
+    if (key == "nb_read_frames")
+      contents.frames.push_back(g_ascii_strtoll(value.c_str(), nullptr, 10));
+    if (key == "duration") contents.duration = g_ascii_strtod(value.c_str(), nullptr);
+  }
+  std::sort(contents.codecs.begin(), contents.codecs.end());
+  return contents;
+}
+
+Outcome record(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), RECORD_CAMERA);
+  return run(arguments);
+}
+
+// One line on stderr, as every failure is told.
+void expect_one_line(const Outcome &outcome, const std::string &text) {
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  EXPECT_NE(outcome.err.find(text), std::string::npos) << outcome.err;
+}
+
+// Waits until a recording has brought a file to a size, so that it is well under way.
+void wait_for_bytes(const std::string &file, goffset size) {
+  for (int i = 0; i < 600; ++i) {
+    GStatBuf status;
+    if (g_stat(file.c_str(), &status) == 0 && status.st_size >= size) return;
+    g_usleep(50000);
+  }
+  FAIL() << "the recording does not get on";
+}
+
+struct Recording {
+  const char *container;
+  const char *video;
+  const char *audio;
+  std::vector<std::string> codecs;  // as the reader names them, in alphabetic order
+};
+
+void PrintTo(const Recording &recording, std::ostream *out) {
+  *out << recording.video << " and " << recording.audio << " in ." << recording.container;
+}
+
+class Recordings : public testing::TestWithParam<Recording> {};
+
+TEST_P(Recordings, AreReadBackWhole) {
+  const Recording &wanted = GetParam();
+  Scratch_Folder folder;
+  const std::string file = folder.file(std::string("camera.") + wanted.container);
+  const Outcome outcome = record({"--duration", std::to_string(duration), "--video", wanted.video,
+                                  "--audio", wanted.audio, "--output", file});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(outcome.out.find("wrote " + file), std::string::npos) << outcome.out;
+
+  const Contents contents = read_back(file);
+  EXPECT_EQ(contents.codecs, wanted.codecs);
+  EXPECT_NEAR(contents.duration, duration, 0.5);
+  ASSERT_EQ(contents.frames.size(), wanted.codecs.size());
+  for (const gint64 frames : contents.frames)
+    EXPECT_GE(frames, duration * frame_rate * 8 / 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(EachContainerAndCodec, Recordings,
+                         testing::Values(Recording{"mkv", "h264", "aac", {"aac", "h264"}},
+                                         Recording{"mkv", "jpeg", "mulaw", {"mjpeg", "pcm_mulaw"}},
+                                         Recording{"mkv", "mpeg4", "aac", {"aac", "mpeg4"}},
+                                         Recording{"mp4", "h264", "aac", {"aac", "h264"}},
+                                         Recording{"mp4", "mpeg4", "aac", {"aac", "mpeg4"}},
+                                         Recording{"avi", "h264", "aac", {"aac", "h264"}},
+                                         Recording{"avi", "jpeg", "mulaw", {"mjpeg", "pcm_mulaw"}},
+                                         Recording{"avi", "mpeg4", "aac", {"aac", "mpeg4"}},
+                                         Recording{"mov", "h264", "aac", {"aac", "h264"}},
+                                         Recording{"mov", "jpeg", "mulaw", {"mjpeg", "pcm_mulaw"}},
+                                         Recording{"mov", "mpeg4", "aac", {"aac", "mpeg4"}},
+                                         Recording{"mkv", "h264", "none", {"h264"}},
+                                         Recording{"mov", "none", "mulaw", {"pcm_mulaw"}}));
+
+// What a container or a table does not take: one line, and no file is left behind.
+struct Refusal {
+  const char *container;
+  const char *video;
+  const char *audio;
+  const char *text;
+};
+
+void PrintTo(const Refusal &refusal, std::ostream *out) {
+  *out << refusal.video << " and " << refusal.audio << " in ." << refusal.container;
+}
+
+class Refusals : public testing::TestWithParam<Refusal> {};
+
+TEST_P(Refusals, AreToldInOneLine) {
+  const Refusal &refused = GetParam();
+  Scratch_Folder folder;
+  const std::string file = folder.file(std::string("camera.") + refused.container);
+  expect_one_line(record({"--duration", "1", "--video", refused.video, "--audio", refused.audio,
+                          "--output", file}),
+                  refused.text);
+  EXPECT_FALSE(exists(file));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachReason, Refusals,
+    testing::Values(Refusal{"mp4", "h264", "mulaw",
+                            "record_camera: error 0x151C0: Failed to link "},
+                    Refusal{"mp4", "jpeg", "none", "record_camera: error 0x151C0: Failed to link "},
+                    Refusal{"mkv", "vp8", "aac",
+                            "record_camera: error 0x15010: Failed to select proxy elements: "
+                            "Unsupported caps.\n"},
+                    Refusal{"mkv", "h264", "opus",
+                            "record_camera: error 0x15010: Failed to select proxy elements: "
+                            "Unsupported caps.\n"},
+                    Refusal{"webm", "h264", "aac",
+                            "record_camera: error 0x15000: Unknown file extension : could not "
+                            "create muxer\n"}));
+
+TEST(RecordCamera, TellsThatItsFolderCannotBeWritten) {
+  expect_one_line(record({"--output", "/nonexistent/camera.mkv"}),
+                  "cannot write to the folder /nonexistent");
+}
+
+TEST(RecordCamera, TellsThatACameraCannotBeReached) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  // Port 9 of the loopback address: nobody listens there.
+  expect_one_line(record({"--uri", "rtsp://127.0.0.1:9/camera", "--output", file}),
+                  "record_camera: error gst-resource-error-quark ");
+  EXPECT_FALSE(exists(file));
+}
+
+TEST(RecordCamera, HasHelpAndRefusesUnknownOptions) {
+  const Outcome help = record({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("--duration"), std::string::npos);
+  expect_one_line(record({"--nonsense"}), "--nonsense");
+  expect_one_line(record({"--duration", "-1"}), "--duration");
+}
+
+TEST(RecordCamera, PassesOverMetadata) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  const Outcome outcome = record({"--duration", "1", "--metadata", "--output", file});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(outcome.out.find("the camera offers VND.ONVIF.METADATA: metadata, not recorded"),
+            std::string::npos)
+      << outcome.out;
+  EXPECT_EQ(read_back(file).codecs, (std::vector<std::string>{"aac", "h264"}));
+}
+
+TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  const std::string graph = folder.file("camera.svg");
+  const Outcome outcome =
+      record({"--duration", "4", "--verbose", "--graph", graph, "--output", file});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.out.find("the viewer saw 0 pictures"), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find(" Stats : Num Buffers = "), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("H264"), std::string::npos) << outcome.out;
+
+  char *drawn = nullptr;
+  ASSERT_TRUE(g_file_get_contents(graph.c_str(), &drawn, nullptr, nullptr));
+  const std::string picture = drawn;
+  g_free(drawn);
+  for (const char *const element : {"GstRTSPSrc", "GstTee", "GstMultiQueue", "GstMatroskaMux"})
+    EXPECT_NE(picture.find(element), std::string::npos) << element;
+}
+
+// However a recording ends before its time, what was recorded is finished and plays.
+class Interrupted : public testing::TestWithParam<const char *> {
+protected:
+  Interrupted()
+      : camera_({SIMULATED_CAMERA, "--lifetime", "60"}),
+        file_(folder_.file(std::string("camera.") + GetParam())),
+        recorder_(
+            {RECORD_CAMERA, "--uri", camera_.first_line(), "--duration", "0", "--output", file_}) {
+    wait_for_bytes(file_, 20000);
+  }
+
+  void expect_playable() {
+    const Contents contents = read_back(file_);
+    EXPECT_EQ(contents.codecs, (std::vector<std::string>{"aac", "h264"}));
+    EXPECT_GT(contents.duration, 0.3);
+    for (const gint64 frames : contents.frames)
+      EXPECT_GT(frames, 5);
+  }
+
+  Scratch_Folder folder_;
+  Child_Process camera_;
+  std::string file_;
+  Child_Process recorder_;
+};
+
+TEST_P(Interrupted, ByCtrlC) {
+  recorder_.send_signal(SIGINT);
+  const Outcome outcome = recorder_.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  expect_playable();
+}
+
+TEST_P(Interrupted, BySigterm) {
+  recorder_.send_signal(SIGTERM);
+  const Outcome outcome = recorder_.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  expect_playable();
+}
+
+TEST_P(Interrupted, ByACameraThatDies) {
+  camera_.send_signal(SIGKILL);
+  expect_one_line(recorder_.wait(), "record_camera: error gst-resource-error-quark ");
+  expect_playable();
+}
+
+TEST_P(Interrupted, ByACameraThatGoesSilent) {
+  camera_.send_signal(SIGSTOP);
+  const Outcome outcome = recorder_.wait();
+  camera_.send_signal(SIGCONT);
+  expect_one_line(outcome,
+                  "record_camera: error gst-resource-error-quark 9: the camera has gone silent");
+  expect_playable();
+}
+
+INSTANTIATE_TEST_SUITE_P(EachContainer, Interrupted, testing::Values("mkv", "mp4", "avi", "mov"));
+
+}  // namespace
+}  // namespace kel::tavren::tests

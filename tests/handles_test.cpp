@@ -1,0 +1,453 @@
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <dlfcn.h>
+
+#include "errors.h"
+#include "references.h"
+
+// Beside the library's own declarations of these types, which must not clash with them.
+#include <gst/app/gstappsink.h>
+#include <gst/rtsp-server/rtsp-server.h>
+
+namespace {
+
+// A call of a counting function as the adapter made it; those that the call makes in turn are left
+// out.
+struct Counting_Call {
+  std::string function;
+  gconstpointer argument;
+
+  bool operator==(const Counting_Call &other) const {
+    return function == other.function && argument == other.argument;
+  }
+};
+
+std::ostream &operator<<(std::ostream &out, const Counting_Call &call) {
+  return out << call.function << '(' << call.argument << ')';
+}
+
+thread_local std::vector<Counting_Call> *recorded = nullptr;
+thread_local int depth = 0;
+
+// Writes a call down while the test listens, and does it.
+template <typename Function, typename Argument>
+auto record(const char *name, Argument argument) {
+  const auto function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+  if (recorded == nullptr) return function(argument);
+  if (depth == 0) recorded->push_back({name, argument});
+  struct Level {
+    Level() { ++depth; }
+    ~Level() { --depth; }
+  } const level;
+  return function(argument);
+}
+
+}  // namespace
+
+// The counting functions themselves: the handles differ in which of them they call, and some of the
+// counts cannot be seen from outside. The parentheses keep macros of the same names away.
+
+extern "C" {
+
+GstMiniObject *(gst_mini_object_ref)(GstMiniObject *object) {
+  return record<decltype(gst_mini_object_ref)>(__func__, object);
+}
+void(gst_mini_object_unref)(GstMiniObject *object) {
+  record<decltype(gst_mini_object_unref)>(__func__, object);
+}
+gpointer(gst_object_ref)(gpointer object) {
+  return record<decltype(gst_object_ref)>(__func__, object);
+}
+void(gst_object_unref)(gpointer object) {
+  record<decltype(gst_object_unref)>(__func__, object);
+}
+gpointer(g_object_ref)(gpointer object) {
+  return record<gpointer(gpointer)>(__func__, object);
+}
+void(g_object_unref)(gpointer object) {
+  record<void(gpointer)>(__func__, object);
+}
+GSource *(g_source_ref)(GSource *source) {
+  return record<decltype(g_source_ref)>(__func__, source);
+}
+void(g_source_unref)(GSource *source) {
+  record<decltype(g_source_unref)>(__func__, source);
+}
+GMainLoop *(g_main_loop_ref)(GMainLoop *loop) {
+  return record<decltype(g_main_loop_ref)>(__func__, loop);
+}
+void(g_main_loop_unref)(GMainLoop *loop) {
+  record<decltype(g_main_loop_unref)>(__func__, loop);
+}
+GMainContext *(g_main_context_ref)(GMainContext *context) {
+  return record<decltype(g_main_context_ref)>(__func__, context);
+}
+void(g_main_context_unref)(GMainContext *context) {
+  record<decltype(g_main_context_unref)>(__func__, context);
+}
+void(g_free)(gpointer memory) {
+  record<void(gpointer)>(__func__, memory);
+}
+void(gst_iterator_free)(GstIterator *iterator) {
+  record<decltype(gst_iterator_free)>(__func__, iterator);
+}
+
+}  // extern "C"
+
+namespace kel::tavren::tests {
+namespace {
+
+using Calls = std::vector<Counting_Call>;
+
+template <typename Action>
+Calls calls_of(Action &&action) {
+  Calls calls;
+  recorded = &calls;
+  action();
+  recorded = nullptr;
+  return calls;
+}
+
+// One reference taken and given back by each way of making a handle, with the function that counts.
+// The object is held by the caller's own reference all along.
+template <typename T>
+void expect_counted_by(const std::string &ref, const std::string &unref, T *object) {
+  using Handle = boost::intrusive_ptr<T>;
+  const Counting_Call taken{ref, object};
+  const Counting_Call given{unref, object};
+
+  EXPECT_EQ(calls_of([object] { intrusive_ptr_add_ref(object); }), Calls{taken});
+  EXPECT_EQ(calls_of([object] { intrusive_ptr_release(object); }), Calls{given});
+
+  EXPECT_EQ(calls_of([object] { const Handle borrowed(object); }), (Calls{taken, given}));
+  EXPECT_EQ(calls_of([object] {
+              const Handle first(object);
+              const Handle copy(first);
+            }),
+            (Calls{taken, taken, given, given}));
+  EXPECT_EQ(calls_of([object] {
+              Handle first(object);
+              const Handle moved(std::move(first));
+            }),
+            (Calls{taken, given}));
+  EXPECT_EQ(calls_of([object] {
+              Handle adopting(object, false);
+              adopting.detach();
+            }),
+            Calls{});
+  EXPECT_EQ(calls_of([object] {
+              Handle handle(object);
+              handle = handle.get();
+              handle.reset();
+            }),
+            (Calls{taken, taken, given, given}));
+  EXPECT_EQ(calls_of([] {
+              Handle null;
+              const Handle copy(null);
+              null.reset();
+            }),
+            Calls{});
+}
+
+// An object of the framework, whose count can be seen: made with one reference, which goes last.
+template <typename T>
+void expect_object_counted_by(const std::string &ref, const std::string &unref, T *made) {
+  const Weak_Watch watch(made);
+  {
+    const boost::intrusive_ptr<T> owner(made, false);
+    expect_counted_by(ref, unref, made);
+    EXPECT_EQ(reference_count(made), 1U);
+    {
+      const boost::intrusive_ptr<T> copy(owner);
+      EXPECT_EQ(reference_count(made), 2U);
+    }
+    EXPECT_EQ(reference_count(made), 1U);
+    EXPECT_FALSE(watch.gone());
+  }
+  EXPECT_TRUE(watch.gone());
+}
+
+bool weak_notified = false;
+void notify_weak(gpointer, GstMiniObject *) {
+  weak_notified = true;
+}
+
+template <typename T>
+void expect_mini_object_counted(T *made) {
+  GstMiniObject *const object = GST_MINI_OBJECT_CAST(made);
+  weak_notified = false;
+  gst_mini_object_weak_ref(object, notify_weak, nullptr);
+  {
+    const boost::intrusive_ptr<T> owner(made, false);
+    expect_counted_by("gst_mini_object_ref", "gst_mini_object_unref", made);
+    EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(object), 1);
+    {
+      const boost::intrusive_ptr<T> copy(owner);
+      EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(object), 2);
+    }
+    EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(object), 1);
+    EXPECT_FALSE(weak_notified);
+  }
+  EXPECT_TRUE(weak_notified);
+}
+
+template <typename T>
+T *sink_as(gpointer object) {
+  return static_cast<T *>(gst_object_ref_sink(object));
+}
+
+TEST(Handles, CountSamples) {
+  expect_mini_object_counted(gst_sample_new(nullptr, nullptr, nullptr, nullptr));
+}
+
+TEST(Handles, CountCaps) {
+  expect_mini_object_counted(gst_caps_new_empty_simple("video/x-raw"));
+}
+
+TEST(Handles, CountMessages) {
+  expect_mini_object_counted(gst_message_new_eos(nullptr));
+}
+
+TEST(Handles, CountPads) {
+  expect_object_counted_by("gst_object_ref", "gst_object_unref",
+                           sink_as<GstPad>(gst_pad_new("src", GST_PAD_SRC)));
+}
+
+TEST(Handles, CountElements) {
+  expect_object_counted_by("gst_object_ref", "gst_object_unref",
+                           sink_as<GstElement>(gst_element_factory_make("identity", nullptr)));
+}
+
+TEST(Handles, CountAppSinks) {
+  expect_object_counted_by("gst_object_ref", "gst_object_unref",
+                           sink_as<GstAppSink>(gst_element_factory_make("appsink", nullptr)));
+}
+
+TEST(Handles, CountBuses) {
+  expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_bus_new());
+}
+
+TEST(Handles, CountRtspServers) {
+  expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_rtsp_server_new());
+}
+
+TEST(Handles, CountRtspMediaFactories) {
+  expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_media_factory_new());
+}
+
+TEST(Handles, CountRtspAuths) {
+  expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_auth_new());
+}
+
+TEST(Handles, CountRtspMountPoints) {
+  expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_mount_points_new());
+}
+
+// A source that tells when it is finalised, and so when its context goes that alone holds it.
+bool source_finalised = false;
+GSource *make_source() {
+  static GSourceFuncs functions = {
+      nullptr, nullptr, nullptr, [](GSource *) { source_finalised = true; }, nullptr, nullptr};
+  source_finalised = false;
+  return g_source_new(&functions, sizeof(GSource));
+}
+
+void leave_source_to(GMainContext *context) {
+  GSource *const source = make_source();
+  g_source_attach(source, context);
+  g_source_unref(source);
+}
+
+TEST(Handles, CountSources) {
+  {
+    const boost::intrusive_ptr<GSource> owner(make_source(), false);
+    expect_counted_by("g_source_ref", "g_source_unref", owner.get());
+    EXPECT_FALSE(source_finalised);
+  }
+  EXPECT_TRUE(source_finalised);
+}
+
+TEST(Handles, CountMainContexts) {
+  {
+    const boost::intrusive_ptr<GMainContext> owner(g_main_context_new(), false);
+    leave_source_to(owner.get());
+    expect_counted_by("g_main_context_ref", "g_main_context_unref", owner.get());
+    EXPECT_FALSE(source_finalised);
+  }
+  EXPECT_TRUE(source_finalised);
+}
+
+TEST(Handles, CountMainLoops) {
+  {
+    GMainContext *const context = g_main_context_new();
+    leave_source_to(context);
+    const boost::intrusive_ptr<GMainLoop> owner(g_main_loop_new(context, FALSE), false);
+    g_main_context_unref(context);
+    expect_counted_by("g_main_loop_ref", "g_main_loop_unref", owner.get());
+    EXPECT_FALSE(source_finalised);
+  }
+  EXPECT_TRUE(source_finalised);
+}
+
+TEST(Handles, TakeTheirReferenceToAnotherThread) {
+  Element element = make_element("identity");
+  const Weak_Watch watch(element.get());
+  std::thread([moved = std::move(element)]() mutable {
+    EXPECT_EQ(reference_count(moved.get()), 1U);
+    moved.reset();
+  }).join();
+  EXPECT_FALSE(element);
+  EXPECT_TRUE(watch.gone());
+}
+
+TEST(Handles, AreReleasedByAThrow) {
+  const Caps caps = make_caps("video/x-raw");
+  try {
+    const Caps copy(caps);
+    EXPECT_EQ(reference_count(caps.get()), 2);
+    throw std::runtime_error("failure");
+  } catch (const std::runtime_error &) {
+  }
+  EXPECT_EQ(reference_count(caps.get()), 1);
+}
+
+using Text = std::unique_ptr<char, Emancipator<char>>;
+using Iterator = std::unique_ptr<GstIterator, Emancipator<GstIterator>>;
+
+static_assert(std::is_empty_v<Emancipator<char>> && std::is_empty_v<Emancipator<GstIterator>>);
+static_assert(sizeof(Text) == sizeof(char *) && sizeof(Iterator) == sizeof(GstIterator *));
+
+TEST(Emancipator, FreesText) {
+  const Element element = make_element("identity", "parser");
+  char *const name = gst_object_get_name(GST_OBJECT_CAST(element.get()));
+  EXPECT_EQ(calls_of([name] { const Text text(name); }), (Calls{{"g_free", name}}));
+  char *const other = g_strdup("text");
+  EXPECT_EQ(calls_of([other] { Emancipator<char>()(other); }), (Calls{{"g_free", other}}));
+}
+
+TEST(Emancipator, FreesIterators) {
+  const Element element = make_element("identity");
+  GstIterator *const iterator = gst_element_iterate_pads(element.get());
+  EXPECT_EQ(reference_count(element.get()), 2U);
+  EXPECT_EQ(calls_of([iterator] { const Iterator owner(iterator); }),
+            (Calls{{"gst_iterator_free", iterator}}));
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+TEST(Emancipator, IsNotCalledByAnEmptyHolder) {
+  EXPECT_EQ(calls_of([] {
+              const Text text;
+              const Iterator iterator(nullptr);
+            }),
+            Calls{});
+}
+
+TEST(Emancipator, IsCalledByAThrow) {
+  char *const text = g_strdup("text");
+  EXPECT_EQ(calls_of([text] {
+              try {
+                const Text owner(text);
+                throw 1;
+              } catch (int) {
+              }
+            }),
+            (Calls{{"g_free", text}}));
+}
+
+TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
+  int runs = 0;
+  {
+    Scope_Exit_Guard guard;
+    arm(guard, [&runs] { ++runs; });
+    EXPECT_EQ(runs, 0);
+  }
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(Scope_Exit_Guard, RunsItsActionOnAThrow) {
+  int runs = 0;
+  try {
+    Scope_Exit_Guard guard;
+    arm(guard, [&runs] { ++runs; });
+    throw std::runtime_error("failure");
+  } catch (const std::runtime_error &) {
+    EXPECT_EQ(runs, 1);
+  }
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(Scope_Exit_Guard, RunsItsActionOnAnEarlyReturn) {
+  int runs = 0;
+  const auto leave = [&runs] {
+    Scope_Exit_Guard guard;
+    arm(guard, [&runs] { ++runs; });
+    return runs;
+  };
+  EXPECT_EQ(leave(), 0);
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(Scope_Exit_Guard, RunsInReverseOrder) {
+  std::string order;
+  {
+    Scope_Exit_Guard first;
+    arm(first, [&order] { order += "first"; });
+    Scope_Exit_Guard second;
+    arm(second, [&order] { order += "second "; });
+  }
+  EXPECT_EQ(order, "second first");
+}
+
+TEST(Scope_Exit_Guard, DoesNothingWhenNotArmed) {
+  bool left = false;
+  {
+    const Scope_Exit_Guard unarmed;
+    left = true;
+  }
+  EXPECT_TRUE(left);
+}
+
+TEST(Scope_Exit_Guard, RunsTheLastActionOnly) {
+  std::string ran;
+  {
+    Scope_Exit_Guard guard;
+    arm(guard, [&ran] { ran += "first"; });
+    arm(guard, [&ran] { ran += "second"; });
+  }
+  EXPECT_EQ(ran, "second");
+}
+
+TEST(Scope_Exit_Guard, GivesBackWhatTheScopeTook) {
+  const Element element = make_element("identity");
+  GstElement *const taken = GST_ELEMENT_CAST(gst_object_ref(element.get()));
+  {
+    Scope_Exit_Guard guard;
+    arm(guard, [&taken] { gst_object_unref(taken); });
+    EXPECT_EQ(reference_count(element.get()), 2U);
+  }
+  EXPECT_EQ(reference_count(element.get()), 1U);
+}
+
+// An exception that got out of the guard would be caught here, and the program go on.
+void leave_scope_by_throwing_action() {
+  try {
+    Scope_Exit_Guard guard;
+    arm(guard, [] { throw std::runtime_error("out of the action"); });
+  } catch (...) {
+  }
+}
+
+TEST(Scope_Exit_Guard_Death_Test, EndsTheProgramWhenItsActionThrows) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(leave_scope_by_throwing_action(), "out of the action");
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

@@ -1,0 +1,285 @@
+// Peers and ancestry: what feeds an element, and what it stands in.
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <dlfcn.h>
+
+#include "errors.h"
+#include "log_watch.h"
+#include "references.h"
+
+namespace {
+
+// While true, the link of any pad has gone away by the time its peer is asked for.
+thread_local bool links_go_away = false;
+
+}  // namespace
+
+extern "C" GstPad *gst_pad_get_peer(GstPad *pad) {
+  static const auto framework =
+      reinterpret_cast<GstPad *(*)(GstPad *)>(dlsym(RTLD_NEXT, "gst_pad_get_peer"));
+  return links_go_away ? nullptr : framework(pad);
+}
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+
+// The counts of several objects, to be compared before and after.
+std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
+  std::vector<guint> counts;
+  for (const gpointer object : objects)
+    counts.push_back(reference_count(object));
+  return counts;
+}
+
+Pad static_pad(const Element &element, const char *name) {
+  return Pad(gst_element_get_static_pad(element.get(), name), false);
+}
+
+Element make_bin(const char *name) {
+  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
+}
+
+Element make_pipeline(const char *name) {
+  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(name))), false);
+}
+
+void add_to_bin(const Element &bin, const Element &element) {
+  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
+}
+
+// --- Peers
+
+class Sink_Peer : public testing::Test {
+protected:
+  const Element source_ = make_element("fakesrc", "source");
+  const Element queue_ = make_element("queue", "queue");
+  const Element sink_ = make_element("fakesink", "sink");
+  const Pad queue_src_ = static_pad(queue_, "src");
+  const Pad sink_pad_ = static_pad(sink_, "sink");
+
+  void link() const { ASSERT_TRUE(gst_element_link(queue_.get(), sink_.get())); }
+
+  std::vector<guint> counts() const {
+    return reference_counts(
+        {source_.get(), queue_.get(), sink_.get(), queue_src_.get(), sink_pad_.get()});
+  }
+  const std::vector<guint> counts_before_ = counts();
+
+  // Expects the same error of both operations, and that they leave everything as it was.
+  void expect_both(int code, const std::string &text, GstElement *element) const {
+    const auto before = counts();
+    expect_error(code, text, [&] { Media_Helper::get_element_sink_peer_pad_or_throw(element); });
+    expect_error(code, text, [&] { Media_Helper::get_element_sink_peer_or_throw(element); });
+    EXPECT_EQ(counts(), before);
+  }
+};
+
+TEST_F(Sink_Peer, ReportsABadElement) {
+  for (GstElement *const bad :
+       {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad_.get())})
+    expect_both(0x15160, "element in get_element_sink_peer_pad_or_throw is not a GstElement *.",
+                bad);
+}
+
+TEST_F(Sink_Peer, ReportsAnElementWithoutASinkPad) {
+  expect_both(0x15100, "Failed to get static pad \"sink\" for element source ().", source_.get());
+}
+
+TEST_F(Sink_Peer, ReportsASinkPadThatIsNotLinked) {
+  expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
+  link();
+  gst_element_unlink(queue_.get(), sink_.get());
+  expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
+}
+
+TEST_F(Sink_Peer, ReportsALinkThatGoesAwayMeanwhile) {
+  link();
+  links_go_away = true;
+  expect_both(0x15230, "Unable to get peer pad in et_element_sink_peer_pad_or_throw", sink_.get());
+  links_go_away = false;
+}
+
+TEST_F(Sink_Peer, IsThePadWithOneNewReference) {
+  link();
+  {
+    const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
+    EXPECT_EQ(peer, queue_src_);
+    EXPECT_EQ(reference_count(queue_src_.get()), counts_before_[3] + 1);
+    EXPECT_EQ(reference_count(sink_pad_.get()), counts_before_[4]);
+  }
+  EXPECT_EQ(counts(), counts_before_);
+}
+
+TEST_F(Sink_Peer, IsTheElementWithOneNewReference) {
+  link();
+  {
+    const Element peer(Media_Helper::get_element_sink_peer_or_throw(sink_.get()), false);
+    EXPECT_EQ(peer, queue_);
+    EXPECT_EQ(reference_count(queue_.get()), counts_before_[1] + 1);
+    EXPECT_EQ(reference_count(queue_src_.get()), counts_before_[3]);
+    EXPECT_EQ(reference_count(sink_pad_.get()), counts_before_[4]);
+  }
+  EXPECT_EQ(counts(), counts_before_);
+}
+
+TEST_F(Sink_Peer, MayBeAPadOfNoElement) {
+  const Pad lone(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("lone", GST_PAD_SRC))), false);
+  ASSERT_EQ(gst_pad_link(lone.get(), sink_pad_.get()), GST_PAD_LINK_OK);
+  const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
+  EXPECT_EQ(peer, lone);
+  expect_error(0x15160,
+               "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.",
+               [&] { Media_Helper::get_element_sink_peer_or_throw(sink_.get()); });
+  EXPECT_EQ(reference_count(lone.get()), 2u);  // this one, and the handle above
+  EXPECT_EQ(counts(), counts_before_);
+}
+
+// What stands behind a bin's ghost pad is fed by the inner side of that pad.
+TEST_F(Sink_Peer, IsNoElementBehindAGhostPad) {
+  const Element bin = make_bin("bin");
+  add_to_bin(bin, sink_);
+  GstPad *const ghost = gst_ghost_pad_new("sink", sink_pad_.get());
+  ASSERT_TRUE(gst_element_add_pad(bin.get(), ghost));
+  ASSERT_TRUE(gst_element_link(queue_.get(), bin.get()));
+
+  const Element peer_of_bin(Media_Helper::get_element_sink_peer_or_throw(bin.get()), false);
+  EXPECT_EQ(peer_of_bin, queue_);
+
+  const Pad inner(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
+  EXPECT_EQ(GST_OBJECT_PARENT(inner.get()), GST_OBJECT(ghost));
+  const auto before = reference_counts({inner.get(), ghost, sink_.get(), sink_pad_.get()});
+  expect_error(0x15160,
+               "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.",
+               [&] { Media_Helper::get_element_sink_peer_or_throw(sink_.get()); });
+  EXPECT_EQ(reference_counts({inner.get(), ghost, sink_.get(), sink_pad_.get()}), before);
+}
+
+// --- Ancestry
+
+// An element in a bin in a pipeline, and another pipeline.
+class Ancestry : public testing::Test {
+protected:
+  Ancestry() {
+    add_to_bin(bin_, element_);
+    add_to_bin(pipeline_, bin_);
+  }
+
+  std::vector<guint> counts() const {
+    return reference_counts({element_.get(), bin_.get(), pipeline_.get(), other_.get()});
+  }
+
+  void expect_top_parent(const Element &element, const Element &top) const {
+    const auto before = counts();
+    Media_Helper::verify_element_top_parent(element.get(), top.get());
+    EXPECT_EQ(counts(), before);
+  }
+
+  void expect_mismatch(const std::string &kind, const Element &element, const Element &top) const {
+    const auto before = counts();
+    expect_error(0x15240,
+                 "Topmost parent mismatch of the " + kind + " kind in verify_element_top_parent",
+                 [&] { Media_Helper::verify_element_top_parent(element.get(), top.get()); });
+    EXPECT_EQ(counts(), before);
+  }
+
+  const Element element_ = make_element("identity");
+  const Element bin_ = make_bin("bin");
+  const Element pipeline_ = make_pipeline("pipeline");
+  const Element other_ = make_pipeline("other");
+  const Pad not_an_element_ = static_pad(element_, "src");
+};
+
+TEST_F(Ancestry, ReportsABadElement) {
+  for (GstElement *const bad : {static_cast<GstElement *>(nullptr),
+                                reinterpret_cast<GstElement *>(not_an_element_.get())}) {
+    expect_error(0x15160, "element in get_most_parent is not a GstElement *.",
+                 [&] { Media_Helper::get_most_parent(bad); });
+    expect_error(0x15160, "element in verify_element_top_parent is not a GstElement *.",
+                 [&] { Media_Helper::verify_element_top_parent(bad, pipeline_.get()); });
+    expect_error(0x15160, "element in verify_element_top_parent is not a GstElement *.",
+                 [&] { Media_Helper::verify_element_top_parent(bad, nullptr); });
+    expect_error(0x15160, "expected_top_parent in verify_element_top_parent is not a GstElement *.",
+                 [&] { Media_Helper::verify_element_top_parent(element_.get(), bad); });
+  }
+}
+
+TEST_F(Ancestry, GoesUpToThePipeline) {
+  const auto before = counts();
+  for (const Element &element : {element_, bin_}) {
+    const Element top(Media_Helper::get_most_parent(element.get()), false);
+    EXPECT_EQ(top, pipeline_);
+    EXPECT_EQ(reference_count(pipeline_.get()), before[2] + 1);
+  }
+  EXPECT_EQ(counts(), before);
+}
+
+TEST_F(Ancestry, GoesUpToTheOutermostBin) {
+  const Element outermost = make_bin("outermost");
+  const Element middle = make_bin("middle");
+  const Element innermost = make_element("identity");
+  add_to_bin(outermost, middle);
+  add_to_bin(middle, innermost);
+  const Element top(Media_Helper::get_most_parent(innermost.get()), false);
+  EXPECT_EQ(top, outermost);
+  EXPECT_EQ(reference_count(outermost.get()), 2u);
+  EXPECT_EQ(reference_count(middle.get()), 2u);  // its bin's, and the handle here
+}
+
+TEST_F(Ancestry, HasNoTopForWhatStandsAlone) {
+  const Element alone = make_element("identity");
+  EXPECT_EQ(Media_Helper::get_most_parent(pipeline_.get()), nullptr);
+  EXPECT_EQ(Media_Helper::get_most_parent(alone.get()), nullptr);
+  EXPECT_EQ(reference_count(alone.get()), 1u);
+  EXPECT_EQ(reference_count(pipeline_.get()), 1u);
+}
+
+TEST_F(Ancestry, KnowsItsOwnPipeline) {
+  expect_top_parent(element_, pipeline_);
+  expect_top_parent(bin_, pipeline_);
+}
+
+TEST_F(Ancestry, TakesWhatStandsAloneForItsOwnTop) {
+  expect_top_parent(pipeline_, pipeline_);
+  const Element alone = make_element("identity");
+  expect_top_parent(alone, alone);
+}
+
+TEST_F(Ancestry, TellsWhatStandsAloneFromAnother) {
+  expect_mismatch("first", pipeline_, other_);
+  expect_mismatch("first", pipeline_, element_);
+  expect_mismatch("first", make_element("identity"), pipeline_);
+}
+
+TEST_F(Ancestry, TellsAnotherTopFromItsOwn) {
+  expect_mismatch("second", element_, other_);
+  expect_mismatch("second", element_, bin_);
+  expect_mismatch("second", element_, element_);
+  expect_mismatch("second", bin_, bin_);
+}
+
+// A bin that leaves its pipeline during the walk stays valid: the walk holds it.
+TEST_F(Ancestry, MayChangeDuringTheWalk) {
+  const auto before = counts();
+  std::atomic<bool> done{false};
+  std::thread mover([&] {
+    while (!done) {
+      gst_bin_remove(GST_BIN(pipeline_.get()), bin_.get());
+      gst_bin_add(GST_BIN(pipeline_.get()), bin_.get());
+    }
+  });
+  for (int i = 0; i < 5000; ++i) {
+    const Element top(Media_Helper::get_most_parent(element_.get()), false);
+    EXPECT_TRUE(top == bin_ || top == pipeline_);
+  }
+  done = true;
+  mover.join();
+  EXPECT_EQ(counts(), before);
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

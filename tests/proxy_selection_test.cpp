@@ -1,0 +1,232 @@
+// Which depayloader and payloader relay which RTP stream.
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "errors.h"
+#include "references.h"
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+
+using Factory = std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)>;
+
+Factory find_factory(const std::string &name) {
+  return Factory(gst_element_factory_find(name.c_str()), gst_object_unref);
+}
+
+// In the order in which they are tried.
+const char *const depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
+                                    "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
+
+struct Stream_Row {
+  const char *caps;
+  std::size_t tried;  // how many depayloaders are looked at
+  const char *depayloader, *payloader;
+};
+
+// clang-format off
+const Stream_Row streams[] = {
+    {"application/x-rtp, media=video, payload=96, clock-rate=90000, encoding-name=H264, "
+     "packetization-mode=(string)1, profile-level-id=(string)42e01f",
+     1, "rtph264depay", "rtph264pay"},
+    {"application/x-rtp, media=video, payload=26, clock-rate=90000, encoding-name=JPEG",
+     2, "rtpjpegdepay", "rtpjpegpay"},
+    {"application/x-rtp, media=video, payload=97, clock-rate=90000, encoding-name=JPEG",
+     2, "rtpjpegdepay", "rtpjpegpay"},
+    {"application/x-rtp, media=audio, payload=97, clock-rate=8000, encoding-name=PCMU",
+     3, "rtppcmudepay", "rtppcmupay"},
+    {"application/x-rtp, media=audio, payload=0, clock-rate=8000, encoding-name=PCMU",
+     3, "rtppcmudepay", "rtppcmupay"},
+    {"application/x-rtp, media=audio, payload=96, clock-rate=48000, encoding-name=MP4A-LATM, "
+     "cpresent=(string)0, config=(string)40002320",
+     4, "rtpmp4adepay", "rtpmp4apay"},
+    {"application/x-rtp, media=video, payload=96, clock-rate=90000, encoding-name=MP4V-ES, "
+     "profile-level-id=(string)1",
+     5, "rtpmp4vdepay", "rtpmp4vpay"},
+    {"application/x-rtp, media=audio, payload=96, clock-rate=48000, encoding-name=MPEG4-GENERIC, "
+     "mode=AAC-hbr, streamtype=(string)5, sizelength=(string)13, indexlength=(string)3, "
+     "indexdeltalength=(string)3, config=(string)1190",
+     6, "rtpmp4gdepay", "rtpmp4gpay"},
+    // the number of the payload alone tells what these are
+    {"application/x-rtp, media=video, payload=26, clock-rate=90000",
+     2, "rtpjpegdepay", "rtpjpegpay"},
+    {"application/x-rtp, media=audio, payload=0, clock-rate=8000",
+     3, "rtppcmudepay", "rtppcmupay"},
+    // all structures must fit
+    {"application/x-rtp, media=video, clock-rate=90000, encoding-name=H264, payload=96; "
+     "application/x-rtp, media=video, clock-rate=90000, encoding-name=H264, payload=97",
+     1, "rtph264depay", "rtph264pay"},
+};
+
+const char *const refused[] = {
+    "application/x-rtp, media=video, payload=96, clock-rate=90000, encoding-name=H265",
+    "application/x-rtp, media=audio, payload=8, clock-rate=8000, encoding-name=PCMA",
+    "application/x-rtp, media=application, payload=107, clock-rate=90000, "
+    "encoding-name=VND.ONVIF.METADATA",
+    // a field is missing or wrong
+    "application/x-rtp",
+    "application/x-rtp, clock-rate=90000, encoding-name=H264",
+    "application/x-rtp, media=video, encoding-name=H264",
+    "application/x-rtp, media=video, clock-rate=90000",
+    "application/x-rtp, media=video, clock-rate=8000, encoding-name=H264",
+    "application/x-rtp, media=audio, clock-rate=90000, encoding-name=H264",
+    "application/x-rtp, media=video, clock-rate=90000, encoding-name=h264",
+    "application/x-rtp, media=audio, clock-rate=48000, encoding-name=MPEG4-GENERIC",
+    // two streams that no single depayloader takes
+    "application/x-rtp, media=video, clock-rate=90000, encoding-name=H264; "
+    "application/x-rtp, media=audio, clock-rate=8000, encoding-name=PCMU",
+    // not RTP
+    "video/x-h264, stream-format=byte-stream, alignment=au",
+    "audio/x-mulaw, rate=8000, channels=1",
+    "application/x-rtcp",
+    "ANY",
+};
+// clang-format on
+
+// Counts the references to the factories, and gives back in the end those that stayed taken.
+class Proxy_Selection : public testing::Test {
+protected:
+  void SetUp() override {
+    for (const char *const name : depayloaders) {
+      ASSERT_NE(find_factory(name), nullptr) << name;
+      before_[name] = count(name);
+    }
+  }
+
+  void TearDown() override {
+    for (const auto &[name, before] : before_)
+      for (guint taken = count(name); taken > before; --taken)
+        gst_object_unref(find_factory(name).get());
+  }
+
+  // The references to each depayloader's factory that came since the last look.
+  void expect_taken(const Stream_Row &row) { expect_taken(row.tried); }
+  void expect_taken(std::size_t tried) {
+    std::size_t position = 0;
+    for (const char *const name : depayloaders) {
+      EXPECT_EQ(count(name) - seen(name), ++position <= tried ? 1U : 0U) << name;
+      seen_[name] = count(name);
+    }
+  }
+
+private:
+  static guint count(const std::string &name) {
+    const Factory factory = find_factory(name);
+    return reference_count(factory.get()) - 1;
+  }
+
+  guint seen(const std::string &name) {
+    const auto found = seen_.find(name);
+    return found != seen_.end() ? found->second : before_[name];
+  }
+
+  std::map<std::string, guint> before_;
+  std::map<std::string, guint> seen_;
+};
+
+// Takes a factory out of the registry and puts it back in the end.
+class Missing_Factory {
+public:
+  explicit Missing_Factory(const std::string &name) : factory_(find_factory(name)) {
+    gst_registry_remove_feature(gst_registry_get(), GST_PLUGIN_FEATURE(factory_.get()));
+  }
+  ~Missing_Factory() {
+    gst_registry_add_feature(gst_registry_get(), GST_PLUGIN_FEATURE(factory_.get()));
+  }
+  Missing_Factory(const Missing_Factory &) = delete;
+  Missing_Factory &operator=(const Missing_Factory &) = delete;
+
+private:
+  Factory factory_;
+};
+
+TEST_F(Proxy_Selection, takes_the_first_depayloader_that_fits) {
+  for (const Stream_Row &row : streams) {
+    SCOPED_TRACE(row.caps);
+    const Caps caps = make_caps(row.caps);
+    const auto proxy = Media_Helper::select_proxy_elements(caps.get());
+    EXPECT_EQ(proxy.first, row.depayloader);
+    EXPECT_EQ(proxy.second, row.payloader);
+    EXPECT_EQ(reference_count(caps.get()), 1);
+    expect_taken(row);
+  }
+}
+
+TEST_F(Proxy_Selection, names_payloaders_that_are_registered) {
+  for (const Stream_Row &row : streams)
+    EXPECT_NE(find_factory(row.payloader), nullptr) << row.payloader;
+}
+
+TEST_F(Proxy_Selection, refuses_what_no_depayloader_takes) {
+  for (const char *const text : refused) {
+    SCOPED_TRACE(text);
+    const Caps caps = make_caps(text);
+    ASSERT_TRUE(caps);
+    expect_error(0x15010, "Failed to select proxy elements: Unsupported caps.",
+                 [&] { Media_Helper::select_proxy_elements(caps.get()); });
+    EXPECT_EQ(reference_count(caps.get()), 1);
+    expect_taken(6);
+  }
+}
+
+TEST_F(Proxy_Selection, takes_caps_for_granted) {
+  // Caps without a structure have none that does not fit.
+  const Caps caps(gst_caps_new_empty(), false);
+  const auto proxy = Media_Helper::select_proxy_elements(caps.get());
+  EXPECT_EQ(proxy.first, "rtph264depay");
+  EXPECT_EQ(proxy.second, "rtph264pay");
+  expect_taken(1);
+}
+
+TEST_F(Proxy_Selection, fails_without_the_first_depayloader_whatever_the_caps) {
+  const Missing_Factory missing("rtph264depay");
+  const auto expect_failure = [](const char *text) {
+    SCOPED_TRACE(text);
+    const Caps caps = make_caps(text);
+    expect_error(0x151D0,
+                 "Could not find factory for \"rtph264depay\" in gst_element_factory_find_or_throw",
+                 [&] { Media_Helper::select_proxy_elements(caps.get()); });
+    EXPECT_EQ(reference_count(caps.get()), 1);
+  };
+  for (const Stream_Row &row : streams)
+    expect_failure(row.caps);
+  for (const char *const text : refused)
+    expect_failure(text);
+}
+
+TEST_F(Proxy_Selection, fails_at_a_missing_depayloader_and_not_before) {
+  std::size_t position = 0;
+  for (const char *const name : depayloaders) {
+    SCOPED_TRACE(name);
+    ++position;
+    const Missing_Factory missing(name);
+    for (const Stream_Row &row : streams) {
+      SCOPED_TRACE(row.caps);
+      const Caps caps = make_caps(row.caps);
+      if (row.tried < position)
+        EXPECT_EQ(Media_Helper::select_proxy_elements(caps.get()).first, row.depayloader);
+      else
+        expect_error(0x151D0,
+                     std::string("Could not find factory for \"") + name +
+                         "\" in gst_element_factory_find_or_throw",
+                     [&] { Media_Helper::select_proxy_elements(caps.get()); });
+    }
+  }
+}
+
+TEST_F(Proxy_Selection, works_again_when_the_depayloader_is_back) {
+  const Caps caps = make_caps(streams[0].caps);
+  {
+    const Missing_Factory missing("rtph264depay");
+    EXPECT_THROW(Media_Helper::select_proxy_elements(caps.get()), std::runtime_error);
+  }
+  EXPECT_EQ(Media_Helper::select_proxy_elements(caps.get()).first, "rtph264depay");
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

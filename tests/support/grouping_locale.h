@@ -1,0 +1,33 @@
+// A global C++ locale under which numbers look unlike everywhere else.
+
+#ifndef TAVREN_TESTS_GROUPING_LOCALE_H
+#define TAVREN_TESTS_GROUPING_LOCALE_H
+
+#include <locale>
+#include <string>
+
+namespace kel::tavren::tests {
+
+// Groups digits by three and writes a decimal comma, until the end of its scope.
+class Grouping_Locale {
+public:
+  Grouping_Locale()
+      : previous_(std::locale::global(std::locale(std::locale::classic(), new Punctuation))) {}
+  ~Grouping_Locale() { std::locale::global(previous_); }
+
+  Grouping_Locale(const Grouping_Locale &) = delete;
+  Grouping_Locale &operator=(const Grouping_Locale &) = delete;
+
+private:
+  class Punctuation : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+
+  std::locale previous_;
+};
+
+}  // namespace kel::tavren::tests
+
+#endif

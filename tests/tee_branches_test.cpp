@@ -1,0 +1,328 @@
+// Tee branches: source pads asked of a tee, and branches hung on them.
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "errors.h"
+#include "log_watch.h"
+#include "references.h"
+
+namespace kel::tavren::tests {
+namespace {
+
+using capture::Media_Helper;
+
+// The counts of several objects, to be compared before and after.
+std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
+  std::vector<guint> counts;
+  for (const gpointer object : objects)
+    counts.push_back(reference_count(object));
+  return counts;
+}
+
+Pad static_pad(const Element &element, const char *name) {
+  return Pad(gst_element_get_static_pad(element.get(), name), false);
+}
+
+Pad peer_of(const Pad &pad) {
+  return Pad(gst_pad_get_peer(pad.get()), false);
+}
+
+Element make_bin(const char *name) {
+  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
+}
+
+void add_to_bin(const Element &bin, const Element &element) {
+  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
+}
+
+// Gives a requested pad back and lets go of it.
+void end_branch(const Element &tee, Pad &pad) {
+  gst_element_release_request_pad(tee.get(), pad.get());
+  pad.reset();
+}
+
+// An element that has a request template for source pads but grants none.
+void offer_source_pads(gpointer element_class, gpointer) {
+  const Caps any = make_caps("ANY");
+  gst_element_class_add_pad_template(
+      GST_ELEMENT_CLASS(element_class),
+      gst_pad_template_new("src_%u", GST_PAD_SRC, GST_PAD_REQUEST, any.get()));
+  GST_ELEMENT_CLASS(element_class)->request_new_pad =
+      [](GstElement *, GstPadTemplate *, const gchar *, const GstCaps *) -> GstPad * {
+    return nullptr;
+  };
+}
+
+Element make_stingy_element() {
+  static const GType type = g_type_register_static_simple(
+      GST_TYPE_ELEMENT, "TestStingyElement", sizeof(GstElementClass), offer_source_pads,
+      sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+  return Element(
+      GST_ELEMENT_CAST(gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
+      false);
+}
+
+class Get_Tee_Src_Pad : public testing::Test {
+protected:
+  const Element tee_ = make_element("tee");
+};
+
+TEST_F(Get_Tee_Src_Pad, ReportsABadElement) {
+  const Pad sink_pad = static_pad(tee_, "sink");
+  for (GstElement *const bad :
+       {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad.get())})
+    expect_error(0x15160, "tee element in get_tee_src_pad is not a GstElement *.",
+                 [&] { Media_Helper::get_tee_src_pad(bad); });
+  EXPECT_EQ(tee_->numsrcpads, 0);
+}
+
+TEST_F(Get_Tee_Src_Pad, GivesANewPadEachTime) {
+  const guint before = reference_count(tee_.get());
+  Pad first(Media_Helper::get_tee_src_pad(tee_.get()), false);
+  Pad second(Media_Helper::get_tee_src_pad(tee_.get()), false);
+  EXPECT_NE(first, second);
+  EXPECT_STREQ(GST_OBJECT_NAME(first.get()), "src_0");
+  EXPECT_STREQ(GST_OBJECT_NAME(second.get()), "src_1");
+  EXPECT_EQ(gst_pad_get_direction(first.get()), GST_PAD_SRC);
+  EXPECT_EQ(GST_OBJECT_PARENT(first.get()), GST_OBJECT(tee_.get()));
+  EXPECT_EQ(tee_->numsrcpads, 2);
+  EXPECT_EQ(reference_count(tee_.get()), before);
+  end_branch(tee_, first);
+  end_branch(tee_, second);
+}
+
+TEST_F(Get_Tee_Src_Pad, HandsOnTheReferenceOfTheRequest) {
+  Pad pad(Media_Helper::get_tee_src_pad(tee_.get()), false);
+  EXPECT_EQ(reference_count(pad.get()), 2u);  // the tee's, and this one
+  const Weak_Watch watch(pad.get());
+  end_branch(tee_, pad);
+  EXPECT_TRUE(watch.gone());
+  EXPECT_EQ(tee_->numsrcpads, 0);
+}
+
+TEST_F(Get_Tee_Src_Pad, ReportsAnElementWithoutTheTemplate) {
+  const Element queue = make_element("queue");
+  const guint before = reference_count(queue.get());
+  expect_error(0x15030, "NULL src pad template",
+               [&] { Media_Helper::get_tee_src_pad(queue.get()); });
+  EXPECT_EQ(reference_count(queue.get()), before);
+  EXPECT_EQ(queue->numpads, 2);
+}
+
+TEST_F(Get_Tee_Src_Pad, ServesAnyElementWithTheTemplate) {
+  const Element selector = make_element("output-selector");
+  Pad pad(Media_Helper::get_tee_src_pad(selector.get()), false);
+  EXPECT_EQ(GST_OBJECT_PARENT(pad.get()), GST_OBJECT(selector.get()));
+  EXPECT_EQ(selector->numsrcpads, 1);
+  end_branch(selector, pad);
+}
+
+TEST_F(Get_Tee_Src_Pad, ReportsAnElementThatGrantsNoPad) {
+  const Element stingy = make_stingy_element();
+  expect_error(0x15040, "Failed to get src pad from tee",
+               [&] { Media_Helper::get_tee_src_pad(stingy.get()); });
+  EXPECT_EQ(reference_count(stingy.get()), 1u);
+}
+
+// The source pads of a decoder are of that template too, but come by themselves only.
+TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
+  const Element decoder = make_element("decodebin");
+  const guint before = reference_count(decoder.get());
+  const Expected_Log log("gst_element_request_pad: assertion 'templ->presence");
+  expect_error(0x15040, "Failed to get src pad from tee",
+               [&] { Media_Helper::get_tee_src_pad(decoder.get()); });
+  EXPECT_EQ(reference_count(decoder.get()), before);
+  EXPECT_EQ(decoder->numsrcpads, 0);
+}
+
+// A tee and what may hang on it, in one bin; what the tee does with its pads is watched.
+class Link_Tee : public testing::Test {
+protected:
+  Link_Tee() {
+    add_to_bin(bin_, tee_);
+    add_to_bin(bin_, queue_);
+    add_to_bin(bin_, source_);
+    g_signal_connect(tee_.get(), "pad-added", G_CALLBACK(remember), &added_);
+  }
+
+  ~Link_Tee() override { g_signal_handlers_disconnect_by_data(tee_.get(), &added_); }
+
+  static void remember(GstElement *, GstPad *pad, std::vector<std::unique_ptr<Weak_Watch>> *added) {
+    added->push_back(std::make_unique<Weak_Watch>(pad));
+  }
+
+  std::vector<guint> counts() const {
+    return reference_counts({bin_.get(), tee_.get(), queue_.get(), source_.get(),
+                             static_pad(tee_, "sink").get(), static_pad(queue_, "sink").get(),
+                             static_pad(source_, "src").get()});
+  }
+
+  // Tries to link, which must fail and leave everything as it was.
+  void expect_no_link_to(const Element &element) {
+    const int branches = tee_->numsrcpads;
+    const auto counts_before = counts();
+    const guint count_before = reference_count(element.get());
+    expect_error(0x15020, "Failed to link tee to element",
+                 [&] { Media_Helper::link_tee_to_element(tee_.get(), element.get()); });
+    EXPECT_EQ(tee_->numsrcpads, branches);
+    ASSERT_FALSE(added_.empty());
+    EXPECT_TRUE(added_.back()->gone());
+    EXPECT_EQ(counts(), counts_before);
+    EXPECT_EQ(reference_count(element.get()), count_before);
+  }
+
+  const Element bin_ = make_bin("bin");
+  const Element tee_ = make_element("tee");
+  const Element queue_ = make_element("queue");
+  const Element source_ = make_element("fakesrc");
+  std::vector<std::unique_ptr<Weak_Watch>> added_;
+};
+
+TEST_F(Link_Tee, ReportsABadTeeFirst) {
+  const Pad pad = static_pad(tee_, "sink");
+  for (GstElement *const bad :
+       {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())}) {
+    expect_error(0x15160, "tee in link_tee_to_element is not a GstElement *.",
+                 [&] { Media_Helper::link_tee_to_element(bad, queue_.get()); });
+    expect_error(0x15160, "tee in link_tee_to_element is not a GstElement *.",
+                 [&] { Media_Helper::link_tee_to_element(bad, nullptr); });
+  }
+  EXPECT_FALSE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
+}
+
+TEST_F(Link_Tee, ReportsABadElement) {
+  const Pad pad = static_pad(tee_, "sink");
+  for (GstElement *const bad :
+       {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())})
+    expect_error(0x15160, "element in link_tee_to_element is not a GstElement *.",
+                 [&] { Media_Helper::link_tee_to_element(tee_.get(), bad); });
+  EXPECT_TRUE(added_.empty());
+}
+
+TEST_F(Link_Tee, LooksAtBothArgumentsBeforeTheTemplate) {
+  expect_error(0x15160, "element in link_tee_to_element is not a GstElement *.",
+               [&] { Media_Helper::link_tee_to_element(queue_.get(), nullptr); });
+}
+
+TEST_F(Link_Tee, ReportsATeeWithoutTheTemplate) {
+  const auto before = counts();
+  expect_error(0x15030, "NULL src pad template",
+               [&] { Media_Helper::link_tee_to_element(source_.get(), queue_.get()); });
+  EXPECT_FALSE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
+  EXPECT_EQ(counts(), before);
+}
+
+TEST_F(Link_Tee, ReportsATeeThatGrantsNoPad) {
+  const Element stingy = make_stingy_element();
+  const auto before = counts();
+  expect_error(0x15040, "Failed to get src pad from tee",
+               [&] { Media_Helper::link_tee_to_element(stingy.get(), queue_.get()); });
+  EXPECT_EQ(reference_count(stingy.get()), 1u);
+  EXPECT_EQ(counts(), before);
+}
+
+TEST_F(Link_Tee, LinksANewPadAndKeepsNoReferenceToIt) {
+  const auto before = counts();
+  Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
+  ASSERT_EQ(added_.size(), 1u);
+  ASSERT_FALSE(added_[0]->gone());
+  Pad branch = static_pad(tee_, "src_0");
+  EXPECT_EQ(reference_count(branch.get()), 2u);  // the tee's, and this one
+  EXPECT_EQ(peer_of(branch), static_pad(queue_, "sink"));
+  EXPECT_EQ(peer_of(static_pad(queue_, "sink")), branch);
+  EXPECT_EQ(counts(), before);
+
+  end_branch(tee_, branch);
+  EXPECT_TRUE(added_[0]->gone());
+}
+
+TEST_F(Link_Tee, HangsOneBranchBesideTheOther) {
+  const Element other = make_element("queue");
+  add_to_bin(bin_, other);
+  Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
+  Media_Helper::link_tee_to_element(tee_.get(), other.get());
+  EXPECT_EQ(tee_->numsrcpads, 2);
+  EXPECT_EQ(peer_of(static_pad(queue_, "sink")), static_pad(tee_, "src_0"));
+  EXPECT_EQ(peer_of(static_pad(other, "sink")), static_pad(tee_, "src_1"));
+}
+
+TEST_F(Link_Tee, GivesThePadBackForAnElementWithoutASinkPad) {
+  expect_no_link_to(source_);
+}
+
+TEST_F(Link_Tee, GivesThePadBackForASinkPadThatIsLinked) {
+  Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
+  expect_no_link_to(queue_);
+  EXPECT_EQ(peer_of(static_pad(queue_, "sink")), static_pad(tee_, "src_0"));
+  EXPECT_FALSE(added_[0]->gone());
+}
+
+TEST_F(Link_Tee, GivesThePadBackForAnElementOfAnotherBin) {
+  const Element other_bin = make_bin("other");
+  const Element element = make_element("queue");
+  add_to_bin(other_bin, element);
+  expect_no_link_to(element);
+  EXPECT_FALSE(gst_pad_is_linked(static_pad(element, "sink").get()));
+}
+
+TEST_F(Link_Tee, GivesThePadBackForFormatsThatDoNotFit) {
+  const Element video = make_element("videotestsrc");
+  const Element audio = make_element("audioconvert");
+  add_to_bin(bin_, video);
+  add_to_bin(bin_, audio);
+  ASSERT_TRUE(gst_element_link(video.get(), tee_.get()));
+  expect_no_link_to(audio);
+  EXPECT_FALSE(gst_pad_is_linked(static_pad(audio, "sink").get()));
+}
+
+TEST_F(Link_Tee, CanBeTriedAgain) {
+  expect_no_link_to(source_);
+  Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
+  EXPECT_EQ(tee_->numsrcpads, 1);
+  EXPECT_TRUE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
+}
+
+GstPadProbeReturn count_buffer(GstPad *, GstPadProbeInfo *, gpointer count) {
+  ++*static_cast<std::atomic<int> *>(count);
+  return GST_PAD_PROBE_OK;
+}
+
+TEST_F(Link_Tee, LetsEachBranchSeeTheWholeStream) {
+  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+  const Element source = make_element("fakesrc");
+  const Element tee = make_element("tee");
+  g_object_set(source.get(), "num-buffers", 7, nullptr);
+  add_to_bin(pipeline, source);
+  add_to_bin(pipeline, tee);
+  ASSERT_TRUE(gst_element_link(source.get(), tee.get()));
+
+  std::atomic<int> buffers[2] = {};
+  for (std::atomic<int> &count : buffers) {
+    const Element queue = make_element("queue");
+    const Element sink = make_element("fakesink");
+    add_to_bin(pipeline, queue);
+    add_to_bin(pipeline, sink);
+    ASSERT_TRUE(gst_element_link(queue.get(), sink.get()));
+    Media_Helper::link_tee_to_element(tee.get(), queue.get());
+    gst_pad_add_probe(static_pad(sink, "sink").get(), GST_PAD_PROBE_TYPE_BUFFER, count_buffer,
+                      &count, nullptr);
+  }
+
+  gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+  const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline.get()), false);
+  const boost::intrusive_ptr<GstMessage> message(
+      gst_bus_timed_pop_filtered(bus.get(), 10 * GST_SECOND,
+                                 static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+      false);
+  gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+  ASSERT_TRUE(message);
+  EXPECT_EQ(GST_MESSAGE_TYPE(message.get()), GST_MESSAGE_EOS);
+  EXPECT_EQ(buffers[0], 7);
+  EXPECT_EQ(buffers[1], 7);
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests
