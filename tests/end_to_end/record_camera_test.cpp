@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include <algorithm>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -50,9 +51,15 @@ bool exists(const std::string &file) {
 
 // What the independent reader finds in a file.
 struct Contents {
-  std::vector<std::string> codecs;  // in alphabetic order
-  std::vector<gint64> frames;       // decoded, of each stream in the file's order
-  double duration = 0;              // s
+  std::map<std::string, gint64> frames;  // decoded, of each codec
+  double duration = 0;                   // s
+
+  std::vector<std::string> codecs() const {
+    std::vector<std::string> names;
+    for (const auto &stream : frames)
+      names.push_back(stream.first);
+    return names;
+  }
 };
 
 Contents read_back(const std::string &file) {
@@ -61,16 +68,16 @@ Contents read_back(const std::string &file) {
            "stream=codec_name,nb_read_frames:format=duration", "-of", "default=nw=1", file});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   Contents contents;
+  std::string codec;
   std::istringstream lines(outcome.out);
   for (std::string line; std::getline(lines, line);) {
     const std::string key = line.substr(0, line.find('='));
     const std::string value = line.substr(line.find('=') + 1);
-    if (key == "codec_name") contents.codecs.push_back(value);
+    if (key == "codec_name") codec = value;
     if (key == "nb_read_frames")
-      contents.frames.push_back(g_ascii_strtoll(value.c_str(), nullptr, 10));
+      contents.frames[codec] = g_ascii_strtoll(value.c_str(), nullptr, 10);
     if (key == "duration") contents.duration = g_ascii_strtod(value.c_str(), nullptr);
   }
-  std::sort(contents.codecs.begin(), contents.codecs.end());
   return contents;
 }
 
@@ -107,6 +114,12 @@ void PrintTo(const Recording &recording, std::ostream *out) {
   *out << recording.video << " and " << recording.audio << " in ." << recording.container;
 }
 
+// Nine frames in ten of the video; the reader cuts mu-law into pieces as it likes.
+gint64 least_frames(const std::string &codec) {
+  if (codec == "pcm_mulaw") return 5;
+  return gint64{duration} * frame_rate * 9 / 10;
+}
+
 class Recordings : public testing::TestWithParam<Recording> {};
 
 TEST_P(Recordings, AreReadBackWhole) {
@@ -120,11 +133,10 @@ TEST_P(Recordings, AreReadBackWhole) {
   EXPECT_NE(outcome.out.find("wrote " + file), std::string::npos) << outcome.out;
 
   const Contents contents = read_back(file);
-  EXPECT_EQ(contents.codecs, wanted.codecs);
+  EXPECT_EQ(contents.codecs(), wanted.codecs);
   EXPECT_NEAR(contents.duration, duration, 0.5);
-  ASSERT_EQ(contents.frames.size(), wanted.codecs.size());
-  for (const gint64 frames : contents.frames)
-    EXPECT_GE(frames, duration * frame_rate * 8 / 10);
+  for (const auto &[codec, frames] : contents.frames)
+    EXPECT_GE(frames, least_frames(codec)) << codec;
 }
 
 INSTANTIATE_TEST_SUITE_P(EachContainerAndCodec, Recordings,
@@ -211,7 +223,7 @@ TEST(RecordCamera, PassesOverMetadata) {
   EXPECT_NE(outcome.out.find("the camera offers VND.ONVIF.METADATA: metadata, not recorded"),
             std::string::npos)
       << outcome.out;
-  EXPECT_EQ(read_back(file).codecs, (std::vector<std::string>{"aac", "h264"}));
+  EXPECT_EQ(read_back(file).codecs(), (std::vector<std::string>{"aac", "h264"}));
 }
 
 TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
@@ -246,10 +258,10 @@ protected:
 
   void expect_playable() {
     const Contents contents = read_back(file_);
-    EXPECT_EQ(contents.codecs, (std::vector<std::string>{"aac", "h264"}));
+    EXPECT_EQ(contents.codecs(), (std::vector<std::string>{"aac", "h264"}));
     EXPECT_GT(contents.duration, 0.3);
-    for (const gint64 frames : contents.frames)
-      EXPECT_GT(frames, 5);
+    for (const auto &[codec, frames] : contents.frames)
+      EXPECT_GT(frames, 5) << codec;
   }
 
   Scratch_Folder folder_;
