@@ -13,6 +13,7 @@
 
 #include <dlfcn.h>
 
+#include "depayloader_references.h"
 #include "errors.h"
 #include "log_watch.h"
 #include "references.h"
@@ -195,6 +196,11 @@ void discover_without_timeout() {
   Media_Helper::get_media_info("file:///nowhere", GST_CLOCK_TIME_NONE);
 }
 
+void select_proxies_of_raw_video() {
+  const Depayloader_References references;
+  Media_Helper::select_proxy_elements(make_caps("video/x-raw").get());
+}
+
 void discover_without_answer() {
   const Failing discovery("gst_discoverer_discover_uri");
   Media_Helper::get_media_info("file:///nowhere", GST_SECOND);
@@ -235,7 +241,7 @@ struct Row {
 const Row rows[] = {
     {0x15000, "string_from_map_or_throw_, media kind", "no such kind: 100%", look_up_kind},
     {0x15000, "string_from_map_or_throw_, text", "no such text: 100%", look_up_text},
-    {0x15010, "select_proxy_elements", "Failed to select proxy elements: Unsupported caps.", [] { Media_Helper::select_proxy_elements(make_caps("video/x-raw").get()); }},
+    {0x15010, "select_proxy_elements", "Failed to select proxy elements: Unsupported caps.", select_proxies_of_raw_video},
     {0x15020, "link_tee_to_element", "Failed to link tee to element", link_tee_to_source},
     {0x15030, "get_tee_src_pad", "NULL src pad template", [] { Media_Helper::get_tee_src_pad(make_element("fakesink").get()); }},
     {0x15040, "get_tee_src_pad", "Failed to get src pad from tee", request_src_pad_of_decodebin},

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <optional>
 
+#include "depayloader_references.h"
 #include "errors.h"
 #include "references.h"
 
@@ -12,16 +12,6 @@ namespace kel::tavren::tests {
 namespace {
 
 using capture::Media_Helper;
-
-using Factory = std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)>;
-
-Factory find_factory(const std::string &name) {
-  return Factory(gst_element_factory_find(name.c_str()), gst_object_unref);
-}
-
-// In the order in which they are tried.
-const char *const depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
-                                    "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
 
 struct Stream_Row {
   const char *caps;
@@ -88,44 +78,27 @@ const char *const refused[] = {
 };
 // clang-format on
 
-// Counts the references to the factories, and gives back in the end those that stayed taken.
+// Counts the references to the factories.
 class Proxy_Selection : public testing::Test {
 protected:
-  void SetUp() override {
-    for (const char *const name : depayloaders) {
-      ASSERT_NE(find_factory(name), nullptr) << name;
-      before_[name] = count(name);
-    }
-  }
-
-  void TearDown() override {
-    for (const auto &[name, before] : before_)
-      for (guint taken = count(name); taken > before; --taken)
-        gst_object_unref(find_factory(name).get());
-  }
-
   // The references to each depayloader's factory that came since the last look.
   void expect_taken(const Stream_Row &row) { expect_taken(row.tried); }
   void expect_taken(std::size_t tried) {
     std::size_t position = 0;
     for (const char *const name : depayloaders) {
-      EXPECT_EQ(count(name) - seen(name), ++position <= tried ? 1U : 0U) << name;
-      seen_[name] = count(name);
+      EXPECT_EQ(Depayloader_References::count(name) - seen(name), ++position <= tried ? 1U : 0U)
+          << name;
+      seen_[name] = Depayloader_References::count(name);
     }
   }
 
 private:
-  static guint count(const std::string &name) {
-    const Factory factory = find_factory(name);
-    return reference_count(factory.get()) - 1;
-  }
-
   guint seen(const std::string &name) {
     const auto found = seen_.find(name);
-    return found != seen_.end() ? found->second : before_[name];
+    return found != seen_.end() ? found->second : references_.before(name);
   }
 
-  std::map<std::string, guint> before_;
+  Depayloader_References references_;
   std::map<std::string, guint> seen_;
 };
 

@@ -1,0 +1,52 @@
+// The references to factories that the choice of an RTP proxy keeps taken.
+
+#ifndef TAVREN_TESTS_DEPAYLOADER_REFERENCES_H
+#define TAVREN_TESTS_DEPAYLOADER_REFERENCES_H
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "references.h"
+
+namespace kel::tavren::tests {
+
+using Factory = std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)>;
+
+inline Factory find_factory(const std::string &name) {
+  return Factory(gst_element_factory_find(name.c_str()), gst_object_unref);
+}
+
+// In the order in which they are tried.
+inline constexpr const char *depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
+                                               "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
+
+// Counts the references to the depayloaders' factories, and gives back in the end those that stayed
+// taken: a look for leaks would find them.
+class Depayloader_References {
+public:
+  Depayloader_References() {
+    for (const char *const name : depayloaders)
+      before_[name] = count(name);
+  }
+  ~Depayloader_References() {
+    for (const auto &[name, before] : before_)
+      for (guint taken = count(name); taken > before; --taken)
+        gst_object_unref(find_factory(name).get());
+  }
+  Depayloader_References(const Depayloader_References &) = delete;
+  Depayloader_References &operator=(const Depayloader_References &) = delete;
+
+  static guint count(const std::string &name) {
+    const Factory factory = find_factory(name);
+    return reference_count(factory.get()) - 1;
+  }
+  guint before(const std::string &name) const { return before_.at(name); }
+
+private:
+  std::map<std::string, guint> before_;
+};
+
+}  // namespace kel::tavren::tests
+
+#endif
