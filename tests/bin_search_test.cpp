@@ -63,22 +63,6 @@ namespace {
 using capture::Media_Helper;
 using Elements = std::vector<Element>;
 
-// The counts of several objects, to be compared before and after.
-std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
-  std::vector<guint> counts;
-  for (const gpointer object : objects)
-    counts.push_back(reference_count(object));
-  return counts;
-}
-
-Pad static_pad(const Element &element, const char *name) {
-  return Pad(gst_element_get_static_pad(element.get(), name), false);
-}
-
-Element make_bin(const char *name) {
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
-}
-
 Element add_to_bin(const Element &bin, const Element &element) {
   EXPECT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
   return element;

@@ -81,10 +81,6 @@ Pad make_pad(const char *name, GstPadDirection direction) {
   return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
 }
 
-Pad static_pad(const Element &element, const char *name) {
-  return Pad(gst_element_get_static_pad(element.get(), name), false);
-}
-
 GstBin *as_bin(const Element &element) {
   return GST_BIN_CAST(element.get());
 }

@@ -18,14 +18,6 @@ using Pad_List = Media_Helper::Pad_List;
 
 constexpr GstElement *END = nullptr;
 
-// The counts of several objects, to be compared before and after.
-std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
-  std::vector<guint> counts;
-  for (const gpointer object : objects)
-    counts.push_back(reference_count(object));
-  return counts;
-}
-
 // An element without a factory and without pads: a test adds those that it needs.
 Element make_bare_element(const char *name) {
   static const GType type =
@@ -54,16 +46,8 @@ Pad add_pad(const Element &element, const Pad &pad) {
   return pad;
 }
 
-Pad static_pad(const Element &element, const char *name) {
-  return Pad(gst_element_get_static_pad(element.get(), name), false);
-}
-
 Pad request_pad(const Element &element, const char *template_name) {
   return Pad(gst_element_request_pad_simple(element.get(), template_name), false);
-}
-
-Element make_bin(const char *name) {
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
 }
 
 void add_to_bin(const Element &bin, const Element &element) {

@@ -14,24 +14,8 @@ namespace {
 
 using capture::Media_Helper;
 
-// The counts of several objects, to be compared before and after.
-std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
-  std::vector<guint> counts;
-  for (const gpointer object : objects)
-    counts.push_back(reference_count(object));
-  return counts;
-}
-
-Pad static_pad(const Element &element, const char *name) {
-  return Pad(gst_element_get_static_pad(element.get(), name), false);
-}
-
 Pad peer_of(const Pad &pad) {
   return Pad(gst_pad_get_peer(pad.get()), false);
-}
-
-Element make_bin(const char *name) {
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
 }
 
 void add_to_bin(const Element &bin, const Element &element) {

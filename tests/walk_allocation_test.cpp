@@ -68,14 +68,6 @@ namespace {
 
 using capture::Media_Helper;
 
-// The counts of several objects, to be compared before and after.
-std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
-  std::vector<guint> counts;
-  for (const gpointer object : objects)
-    counts.push_back(reference_count(object));
-  return counts;
-}
-
 // Whether a call ends in std::bad_alloc when one of its allocations fails.
 template <typename Call>
 bool runs_out_of_memory(Call call, int failing_allocation) {

@@ -3,6 +3,8 @@
 #ifndef TAVREN_TESTS_REFERENCES_H
 #define TAVREN_TESTS_REFERENCES_H
 
+#include <vector>
+
 #include <gst/gst.h>
 #include <tavren/capture/media_helper.h>
 
@@ -19,11 +21,27 @@ inline gint reference_count(GstCaps *caps) {
   return GST_MINI_OBJECT_REFCOUNT_VALUE(caps);
 }
 
+// The counts of several objects, to be compared before and after.
+inline std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
+  std::vector<guint> counts;
+  for (const gpointer object : objects)
+    counts.push_back(reference_count(object));
+  return counts;
+}
+
 // An element of its own: the floating reference is made the handle's.
 inline Element make_element(const char *factory, const char *name = nullptr) {
   GstElement *const element = gst_element_factory_make(factory, name);
   return Element(element != nullptr ? GST_ELEMENT_CAST(gst_object_ref_sink(element)) : nullptr,
                  false);
+}
+
+inline Element make_bin(const char *name) {
+  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new(name))), false);
+}
+
+inline Pad static_pad(const Element &element, const char *name) {
+  return Pad(gst_element_get_static_pad(element.get(), name), false);
 }
 
 inline Caps make_caps(const char *text) {
