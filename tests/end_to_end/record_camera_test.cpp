@@ -226,6 +226,29 @@ TEST(RecordCamera, PassesOverMetadata) {
   EXPECT_EQ(read_back(file).codecs(), (std::vector<std::string>{"aac", "h264"}));
 }
 
+// The whole way: a camera that sends metadata beside its video, relayed, recorded, read back.
+TEST(RecordCamera, RecordsARelayedCamera) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mp4");
+  Child_Process camera({SIMULATED_CAMERA, "--metadata", "--lifetime", "60"});
+  Child_Process relay({RELAY_STREAM, "--uri", camera.first_line()});
+  const Outcome outcome = record(
+      {"--uri", relay.first_line(), "--duration", std::to_string(duration), "--output", file});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(outcome.err, "");
+
+  const Contents contents = read_back(file);
+  EXPECT_EQ(contents.codecs(), (std::vector<std::string>{"aac", "h264"}));
+  EXPECT_NEAR(contents.duration, duration, 0.5);
+  for (const auto &[codec, frames] : contents.frames)
+    EXPECT_GE(frames, least_frames(codec)) << codec;
+
+  relay.send_signal(SIGTERM);
+  const Outcome relayed = relay.wait();
+  EXPECT_EQ(relayed.status, 0) << relayed.err;
+  EXPECT_NE(relayed.out.find("VND.ONVIF.METADATA"), std::string::npos) << relayed.out;
+}
+
 TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
