@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <initializer_list>
 #include <locale>
 #include <sstream>
 
@@ -12,10 +13,13 @@ namespace kel::tavren::capture {
 
 namespace {
 
-// A stream whose numbers look the same wherever the process runs.
+// A stream whose numbers look the same wherever the process runs, and that loses no text.
 class Classic_Stream : public std::ostringstream {
 public:
-  Classic_Stream() { imbue(std::locale::classic()); }
+  Classic_Stream() {
+    imbue(std::locale::classic());
+    rethrow_failures(*this);
+  }
 };
 
 }  // namespace
@@ -136,7 +140,8 @@ std::string Media_Helper::gst_time_to_string(GstClockTime time) {
     nanoseconds = static_cast<std::uint32_t>(time % GST_SECOND);
   }
   boost::format text("%u:%02u:%02u.%09u", std::locale::classic());
-  text % hours % minutes % seconds % nanoseconds;
+  for (const std::uint32_t value : {hours, minutes, seconds, nanoseconds})
+    text % boost::io::group(rethrow_failures, value);
   return text.str();
 }
 

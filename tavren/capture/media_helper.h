@@ -31,7 +31,8 @@ namespace kel::tavren::capture {
 /// what failed. A bad argument is reported by the code of its check (`NOT_AN_ELEMENT` and so on),
 /// never by the operation's own. Whatever an operation fetches for its own use is given back before
 /// it returns or throws; objects handed in keep the reference counts they had, except where an
-/// operation says otherwise. Every function may also throw `std::bad_alloc`.
+/// operation says otherwise. Every function may also throw `std::bad_alloc`,
+/// unless it says that it does not throw.
 ///
 /// There is no state: every function runs to completion on the caller's thread and takes no lock of
 /// its own. "Any thread" below means that a function may run on any number of threads at once, on
@@ -164,7 +165,7 @@ public:
 
   /// Makes an element and adds it to a bin; on failure nothing is left of it.
   /// @param factory_name the name of the element's factory.
-  /// @param bin the bin, as an element.
+  /// @param bin the bin, as an element. One that is no bin draws GLib's warning about the cast too.
   /// @param element_name the element's name; empty lets the framework choose one.
   /// @return (transfer none) (not nullable) the element, valid while the bin holds it.
   /// @throws Backend_Error<std::runtime_error> `NOT_A_BIN` for a bad bin, `ELEMENT_CREATION_FAILED`
@@ -174,7 +175,8 @@ public:
 
   /// `create_and_add_element_to_bin` under a second name, messages included.
   /// @param factory_name the name of the element's factory.
-  /// @param pipeline the pipeline, as an element.
+  /// @param pipeline the pipeline, as an element. One that is no bin draws GLib's warning about the
+  /// cast too.
   /// @param element_name the element's name; empty lets the framework choose one.
   /// @return (transfer none) (not nullable) the element, valid while the pipeline holds it.
   /// @throws Backend_Error<std::runtime_error> as `create_and_add_element_to_bin`. Any thread.
@@ -230,8 +232,8 @@ public:
   /// Connects a handler to a signal of an element.
   /// @param element the element.
   /// @param signal the signal's name, with its detail if it has one.
-  /// @param callback the handler, cast with `G_CALLBACK` from a function of the signal's own type;
-  /// it must not let an exception out.
+  /// @param callback (not nullable) the handler, cast with `G_CALLBACK` from a function of the
+  /// signal's own type; it must not let an exception out.
   /// @param data (nullable) what the handler gets as its last argument; stays the caller's.
   /// @return the handler's id, never 0.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
@@ -246,7 +248,8 @@ public:
   /// Pads, each held by a reference of its own.
   using Pad_List = std::vector<boost::intrusive_ptr<GstPad>>;
 
-  /// A function of the framework that makes an iterator over pads of an element: (transfer full).
+  /// A function of the framework that makes an iterator over pads of an element:
+  /// (transfer full) (not nullable).
   using Pad_Iterator_Source = GstIterator *(*)(GstElement *);
 
   /// Lists pads of an element.
@@ -320,8 +323,10 @@ public:
   /// goes.
   /// @param element the element.
   /// @param mask what the probe is called for.
-  /// @param callback the probe; it must not let an exception out.
-  /// @param data (nullable) what the probe gets as its last argument.
+  /// @param callback (nullable) the probe; it must not let an exception out. Null only for a probe
+  /// that blocks.
+  /// @param data (nullable) what the probe gets as its last argument; stays the caller's when no
+  /// probe could be made, and has been freed when an idle probe asked to be removed.
   /// @param destroy_data (nullable) what frees the data when the probe goes.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
   /// `STATIC_PAD_NOT_FOUND` when it has no "sink" pad, `PROBE_NOT_ADDED` when the framework gives
@@ -695,8 +700,9 @@ public:
 
   /// Writes how full a queue is on one line: buffers, bytes, whole seconds.
   /// @param queue (nullable) the queue; not checked for its type.
-  /// @return the text; a fixed text for null, 0 for a level that the element does not have, empty
-  /// when the element has no name. Any thread.
+  /// @return the text; a fixed text for null, 0 for the first level that the element does not
+  /// have and for those after it, with GLib's warning; empty when the element has no name. Any
+  /// thread.
   static std::string generate_queue_stats_report(GstElement *queue);
 
   /// @}

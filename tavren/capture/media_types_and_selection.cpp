@@ -1,5 +1,3 @@
-#include <string_view>
-
 #include <boost/filesystem/path.hpp>
 
 #include <tavren/capture/media_helper.h>

@@ -15,10 +15,15 @@ const char *factory_name(GstElement *element) noexcept {
   return factory != nullptr ? gst_element_factory_get_metadata(factory, "name") : nullptr;
 }
 
+std::ios &rethrow_failures(std::ios &stream) {
+  stream.exceptions(std::ios::badbit);
+  return stream;
+}
+
 std::string fill(const char *format, std::initializer_list<const char *> values) {
   boost::format text(format, std::locale::classic());
   for (const char *const value : values)
-    text % (value != nullptr ? value : "");
+    text % boost::io::group(rethrow_failures, value != nullptr ? value : "");
   return text.str();
 }
 

@@ -4,6 +4,7 @@
 #define TAVREN_CAPTURE_MESSAGE_TEXT_H
 
 #include <initializer_list>
+#include <ios>
 #include <memory>
 #include <string>
 
@@ -25,6 +26,10 @@ Text object_name(gpointer object) noexcept;
 // The factory's metadata under the key "name", which is not the key of the long name: standard
 // factories have none. Null then, and for an element without a factory. Borrowed from the factory.
 const char *factory_name(GstElement *element) noexcept;
+
+// A manipulator that lets a failed allocation out of a stream, which would keep it for itself and
+// go on with part of the text missing.
+std::ios &rethrow_failures(std::ios &stream);
 
 // Fills the %s of a format; a null becomes empty text.
 std::string fill(const char *format, std::initializer_list<const char *> values);

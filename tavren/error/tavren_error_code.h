@@ -9,15 +9,15 @@
 /// Error codes of the library.
 namespace kel::tavren::TEC {
 
-/// One code for each place where the library throws.
+/// One code for each kind of failure.
 ///
 /// A number, once given, keeps its meaning for good: logs, alarms and callers' branches depend on
 /// it. The numbers go up in steps of 0x10; 0x15060, 0x15090, 0x150A0 and 0x150D0 are free, and
 /// 0x15055 stands between two steps.
 ///
 /// Reading one in a log: 0x15160 to 0x15190, 0x15200 and 0x15210 mean that the caller handed in a
-/// bad argument, and the message names the argument and the operation. Every other code means that
-/// the framework refused what it was asked, and the message names the object that refused.
+/// bad argument, and the message names the argument and the operation. The other codes mean that an
+/// operation could not do what it was asked; many of their messages name the object.
 enum Tavren_Error_Code : std::int32_t {
   /// `string_from_map_or_throw_` and the element selection tables: the key has no row.
   /// Look at the file name's extension (case counts) or at the media kind that was asked for.
@@ -98,15 +98,15 @@ enum Tavren_Error_Code : std::int32_t {
   /// Look at the mask, and at whether an idle probe ran at once and asked to be removed.
   PROBE_NOT_ADDED = 0x15150,
 
-  /// `is_element_or_throw`, and every operation that takes an element: null, or not an element.
+  /// `is_element_or_throw`, and every operation that checks an element: null, or not an element.
   /// Look at the argument that the message names.
   NOT_AN_ELEMENT = 0x15160,
 
-  /// `is_pad_or_throw`, and every operation that takes a pad: null, or not a pad.
+  /// `is_pad_or_throw`, and every operation that checks a pad: null, or not a pad.
   /// Look at the argument that the message names.
   NOT_A_PAD = 0x15170,
 
-  /// `is_bin_or_throw`, and every operation that takes a bin: null, or not a bin.
+  /// `is_bin_or_throw`, and every operation that checks a bin: null, or not a bin.
   /// Look at the argument that the message names.
   NOT_A_BIN = 0x15180,
 
@@ -115,7 +115,7 @@ enum Tavren_Error_Code : std::int32_t {
   NOT_A_BUS = 0x15190,
 
   /// `gst_element_get_bus_or_throw`: the element has no bus.
-  /// Look at whether the element is a pipeline or inside one: others have no bus.
+  /// Look at whether the element is a pipeline or inside a bin: others have no bus.
   ELEMENT_HAS_NO_BUS = 0x151A0,
 
   /// `gst_bus_create_watch_or_throw`: the bus gave no watch.
@@ -142,7 +142,7 @@ enum Tavren_Error_Code : std::int32_t {
   /// Look at where the caller got its type from: `get_element_type` never gives 0.
   INVALID_ELEMENT_TYPE = 0x15200,
 
-  /// `is_caps_or_throw`, and every operation that takes caps: null, or not caps.
+  /// `is_caps_or_throw`, and every operation that checks caps: null, or not caps.
   /// Look at the argument that the message names.
   NOT_CAPS = 0x15210,
 
@@ -181,8 +181,7 @@ enum Tavren_Error_Code : std::int32_t {
   INVALID_CAPS_RESOLUTION = 0x15290,
 
   /// `get_media_info`: no discoverer could be made.
-  /// Look at the time-out: the framework takes neither `GST_CLOCK_TIME_NONE` nor what is out of
-  /// its range.
+  /// Look at the time-out: the framework does not take `GST_CLOCK_TIME_NONE`.
   DISCOVERER_CREATION_FAILED = 0x152A0,
 
   /// `get_media_info`: the discoverer gave no answer at all.
