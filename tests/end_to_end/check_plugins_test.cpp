@@ -64,7 +64,7 @@ std::map<std::string, std::vector<std::string>> rows_of(const std::string &table
 
 std::string last_line(const std::string &text) {
   const std::size_t end = text.find_last_of('\n');
-  return end == text.npos ? "" : text.substr(text.find_last_of('\n', end - 1) + 1);
+  return end == std::string::npos ? "" : text.substr(text.find_last_of('\n', end - 1) + 1);
 }
 
 TEST(Check_Plugins, Finds_Every_Element_That_The_Library_Names) {

@@ -61,7 +61,7 @@ std::string Child_Process::first_line() {
   return out_.text.substr(0, out_.text.find('\n'));
 }
 
-void Child_Process::send_signal(int number) {
+void Child_Process::send_signal(int number) const {
   kill(pid_, number);
 }
 

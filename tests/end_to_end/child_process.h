@@ -35,7 +35,7 @@ public:
 
   // Waits for a whole line on its stdout, without the line's end; empty when none comes.
   std::string first_line();
-  void send_signal(int number);
+  void send_signal(int number) const;
   // Waits for its end, and kills it when that takes too long.
   Outcome wait();
 

@@ -1,4 +1,5 @@
-// Walks that run out of memory: each of their allocations fails in turn, and nothing is lost.
+// Walks and texts that run out of memory: each of their allocations fails in turn, and nothing is
+// lost, of the objects as little as of the texts.
 
 #include <cstdlib>
 #include <new>
@@ -146,6 +147,45 @@ TEST(Walk_Without_Memory, LosesNoAppsinks) {
                       [&] { listed = Media_Helper::find_all_appsinks(GST_BIN(bin.get())).size(); });
   EXPECT_EQ(listed, 6u);
   gst_object_unref(factory);
+}
+
+// A text is made whole or not at all.
+template <typename Make>
+void expect_whole_or_none(Make make) {
+  constexpr int LIMIT = 200;
+  const std::string whole = make();
+  std::string text;
+  int failing = 1;
+  while (failing < LIMIT && runs_out_of_memory([&] { text = make(); }, failing)) {
+    EXPECT_EQ(text, "") << "allocation " << failing << " failed";
+    ++failing;
+  }
+  EXPECT_GT(failing, 1);
+  EXPECT_LT(failing, LIMIT);
+  EXPECT_EQ(text, whole);
+}
+
+TEST(Text_Without_Memory, IsWholeOrNotAtAll) {
+  const Element queue = make_element("queue", "a_queue_with_a_name_of_some_length");
+  GstSegment segment;
+  gst_segment_init(&segment, GST_FORMAT_TIME);
+  expect_whole_or_none([] { return Media_Helper::gst_time_to_string(3723000000001); });
+  expect_whole_or_none([&] { return Media_Helper::gst_segment_to_string(&segment); });
+  expect_whole_or_none([&] { return Media_Helper::generate_queue_stats_report(queue.get()); });
+}
+
+TEST(Text_Without_Memory, IsWholeInAnErrorOrTheErrorIsAnother) {
+  const Element queue = make_element("queue", "a_queue_with_a_name_of_some_length");
+  const guint before = reference_count(queue.get());
+  expect_whole_or_none([&]() -> std::string {
+    try {
+      Media_Helper::gst_element_get_static_pad_or_throw(queue.get(), "no_pad_has_such_a_long_name");
+    } catch (const Backend_Error<std::runtime_error> &error) {
+      return error.what();
+    }
+    return {};
+  });
+  EXPECT_EQ(reference_count(queue.get()), before);
 }
 
 }  // namespace
