@@ -35,6 +35,7 @@ constexpr guint tick_interval = 500;                             // ms
 constexpr gint64 start_limit = gint64{10} * G_TIME_SPAN_SECOND;  // for the camera's first stream
 constexpr gint64 late_limit = gint64{5} * G_TIME_SPAN_SECOND;    // for its other streams after that
 constexpr gint64 silence_limit = gint64{5} * G_TIME_SPAN_SECOND;  // of a camera that was sending
+constexpr gint64 patience = gint64{2} * G_TIME_SPAN_SECOND;       // with one who stops it twice
 constexpr gint64 finish_limit = gint64{10} * G_TIME_SPAN_SECOND;  // for the file's end
 
 // One of the camera's streams on its way into the file.
@@ -137,12 +138,14 @@ void ghost_sink_pad(GstElement *bin, GstElement *inner) {
   gst_element_add_pad(bin, gst_ghost_pad_new("sink", pad.get()));
 }
 
-// Tells that a file cannot be written while that is still the only thing to tell.
-void check_folder(const std::string &file) {
+// Tells that a file cannot be written while that is still the only thing to tell. Only plain files
+// are written: others could hold the recording up.
+void check_output(const std::string &file) {
   const std::unique_ptr<char, Emancipator<char>> folder(g_path_get_dirname(file.c_str()));
-  if (g_access(folder.get(), W_OK) != 0)
-    throw Bus_Error(GST_RESOURCE_ERROR_OPEN_WRITE,
-                    std::string("cannot write to the folder ") + folder.get());
+  const bool exists = g_file_test(file.c_str(), G_FILE_TEST_EXISTS) != FALSE;
+  const bool is_plain = g_file_test(file.c_str(), G_FILE_TEST_IS_REGULAR) != FALSE;
+  if (exists ? !is_plain || g_access(file.c_str(), W_OK) != 0 : g_access(folder.get(), W_OK) != 0)
+    throw Bus_Error(GST_RESOURCE_ERROR_OPEN_WRITE, "cannot write " + file);
 }
 
 }  // namespace
@@ -155,7 +158,7 @@ public:
         pipeline_(GST_ELEMENT_CAST(gst_object_ref_sink(
                       Media_Helper::gst_element_factory_make_or_throw("pipeline", "recorder"))),
                   false) {
-    check_folder(options.output);
+    check_output(options.output);
     GstElement *const camera = add_camera_source(pipeline_.get(), options_.uri);
     Media_Helper::g_signal_connect_or_throw(camera, "select-stream", G_CALLBACK(on_select_stream),
                                             this);
@@ -191,16 +194,23 @@ public:
     if (file_ != nullptr) print_progress("\n");
     gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
     settle_file();
+    if (!graph_.empty())
+      guarded([](Session &self) {
+        draw_graph(self.graph_, self.options_.graph);
+        return true;
+      });
   }
 
   void stop() {
     if (phase_ == Phase::connecting)
       fail(std::make_exception_ptr(
           Bus_Error(GST_RESOURCE_ERROR_READ, "stopped before the camera had sent anything")));
-    if (phase_ == Phase::recording)
-      finish();
-    else
-      g_main_loop_quit(loop_.get());
+    if (phase_ != Phase::finishing) return finish();
+    // Asked again: the file is worth a moment, which is nearly always all it takes.
+    if (now() - finishing_since_ < patience) return;
+    fail(std::make_exception_ptr(
+        Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished")));
+    g_main_loop_quit(loop_.get());
   }
 
   void rethrow_failure() const {
@@ -299,11 +309,11 @@ private:
     const bool is_metadata = Media_Helper::get_media_type(caps.get()) == capture::RTP_METADATA;
     std::cout << "the camera offers " << Media_Helper::get_encoding_name_from_caps(caps.get())
               << (is_metadata ? ": metadata, not recorded" : "") << std::endl;
-    if (is_metadata) return false;
-    Media_Helper::select_proxy_elements(caps.get());  // throws for what nothing here can take
+    if (!is_metadata)
+      Media_Helper::select_proxy_elements(caps.get());  // throws for what nothing here can take
     const std::lock_guard lock(mutex_);
-    ++expected_streams_;
-    return true;
+    (is_metadata ? passed_over_streams_ : expected_streams_) += 1;
+    return !is_metadata;
   }
 
   // Takes up one of the camera's streams and holds it back until all are there. The camera's
@@ -343,7 +353,7 @@ private:
   void handle(GstMessage *message) {
     switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_ERROR:
-      return fail(std::make_exception_ptr(Bus_Error(message)));
+      return handle_error(message);
     case GST_MESSAGE_WARNING:
       last_warning_ = std::make_exception_ptr(Bus_Error(message));
       if (options_.verbose) std::cerr << Bus_Error(message).what() << std::endl;
@@ -355,6 +365,21 @@ private:
     default:
       return;
     }
+  }
+
+  void handle_error(GstMessage *message) {
+    fail(std::make_exception_ptr(
+        offers_metadata_only()
+            ? Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "the camera offers neither video nor audio")
+            : Bus_Error(message)));
+    // A file that cannot be written cannot be finished either.
+    if (file_ != nullptr && GST_MESSAGE_SRC(message) == GST_OBJECT_CAST(file_))
+      g_main_loop_quit(loop_.get());
+  }
+
+  bool offers_metadata_only() const {
+    const std::lock_guard lock(mutex_);
+    return expected_streams_ == 0 && passed_over_streams_ > 0;
   }
 
   // A camera has no end of its own: when its stream ends unasked, it has gone. What it or the
@@ -392,14 +417,27 @@ private:
     const std::lock_guard lock(mutex_);
     for (Stream &stream : streams_)
       build_recording_branch(stream, multiqueue, muxer, elements);
-    for (GstElement *const element : elements)
-      Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
-
+    start(elements);
     file_ = file;
     phase_ = Phase::recording;
     last_recorded_ = now();
     for (const Stream &stream : streams_)
       gst_pad_remove_probe(stream.source.get(), stream.block);
+  }
+
+  // An element that cannot start has told why on the bus, better than anyone else could.
+  void start(const std::vector<GstElement *> &elements) {
+    try {
+      for (GstElement *const element : elements)
+        Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
+    } catch (const Backend_Error<std::runtime_error> &) {
+      const boost::intrusive_ptr<GstBus> bus(
+          Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false);
+      const boost::intrusive_ptr<GstMessage> reason(
+          gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR), false);
+      if (reason) throw Bus_Error(reason.get());
+      throw;
+    }
   }
 
   // Leads a stream into the muxer. Adds what it makes to the elements, those downstream first.
@@ -429,7 +467,7 @@ private:
     stream.multiqueue_sink.reset(sink_pad, false);
     const Pad multiqueue_src(src_pad, false);
     if (!Media_Helper::link_element_to_pad(last, sink_pad))
-      throw std::runtime_error("cannot lead a stream into the multiqueue");
+      throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "cannot lead a stream into the multiqueue");
     Media_Helper::link_pad_to_element_or_throw(src_pad, stream.queue);
     Media_Helper::gst_element_link_many_or_throw(stream.queue, muxer, nullptr);
     Media_Helper::add_probe_to_sink_pad_or_throw(stream.queue, GST_PAD_PROBE_TYPE_BUFFER,
@@ -502,6 +540,7 @@ private:
   void finish() {
     if (phase_ == Phase::connecting) return g_main_loop_quit(loop_.get());
     if (phase_ == Phase::finishing) return;
+    take_graph();
     phase_ = Phase::finishing;
     finishing_since_ = now();
     for (const Stream &stream : streams_)
@@ -549,8 +588,13 @@ private:
     for (Stream &stream : streams_)
       if (!stream.viewed && stream.recorded > 0 && Media_Helper::is_video(stream.kind, false))
         show(stream);
-    if (!options_.graph.empty() && viewed_pictures_ > 0)
-      draw_graph(GST_BIN(pipeline_.get()), std::exchange(options_.graph, ""));
+    if (viewed_pictures_ > 0) take_graph();
+  }
+
+  // Takes the picture that was asked for, to be drawn when the recording is over.
+  void take_graph() {
+    if (!options_.graph.empty() && graph_.empty())
+      graph_ = describe_graph(GST_BIN(pipeline_.get()));
   }
 
   // The longest of the streams in the file, in ns.
@@ -589,17 +633,19 @@ private:
   Element pipeline_;
   boost::intrusive_ptr<GSource> bus_watch_;
 
-  Phase phase_ = Phase::connecting;
+  std::atomic<Phase> phase_{Phase::connecting};
   gint64 started_ = 0;
   gint64 finishing_since_ = 0;
   GstElement *file_ = nullptr;  // borrowed from the pipeline
   guint64 written_ = 0;
   std::exception_ptr last_warning_;
+  std::string graph_;  // of the running pipeline; empty until it has been taken
 
   // Guards the failure, and until the recording begins the streams and the step into that phase.
   mutable std::mutex mutex_;
   std::list<Stream> streams_;
   unsigned int expected_streams_ = 0;
+  unsigned int passed_over_streams_ = 0;
   std::exception_ptr failure_;
   std::atomic<gint64> first_stream_{0};
   std::atomic<gint64> last_recorded_{0};

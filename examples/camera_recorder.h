@@ -45,7 +45,8 @@ public:
   // camera: see failure().
   void record();
 
-  // Ends the recording properly; when called again, at once. From the main context only.
+  // Ends the recording properly; when called again and the file is still not finished after a
+  // moment, at once. From the main context only.
   void stop();
 
   // Throws what ended the recording before its time, if anything did.

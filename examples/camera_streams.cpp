@@ -17,11 +17,13 @@ using capture::Media_Helper;
 namespace {
 
 constexpr gint64 longest_wait = gint64{10} * G_USEC_PER_SEC;
+constexpr gint64 shortest_wait = gint64{3} * G_USEC_PER_SEC;  // while others wait too
 
 void check(GstRTSPResult result) {
   if (result == GST_RTSP_OK) return;
   const std::unique_ptr<char, Emancipator<char>> reason(gst_rtsp_strresult(result));
-  throw std::runtime_error("the camera does not answer: " + std::string(reason.get()));
+  throw Bus_Error(GST_RESOURCE_ERROR_READ,
+                  "the camera does not answer: " + std::string(reason.get()));
 }
 
 // A connection to the camera beside the sessions.
@@ -31,6 +33,8 @@ public:
     GstRTSPUrl *url = nullptr;
     check(gst_rtsp_url_parse(uri.c_str(), &url));
     const std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)> owned(url, gst_rtsp_url_free);
+    // Without the user's name and password, which have no place in a request.
+    request_uri_.reset(gst_rtsp_url_get_request_uri(url));
     check(gst_rtsp_connection_create(url, &connection_));
   }
   ~Connection() { gst_rtsp_connection_free(connection_); }
@@ -38,13 +42,13 @@ public:
   Connection &operator=(const Connection &) = delete;
 
   // Any answer will do, a refusal too.
-  void ask_for_options(const std::string &uri) {
-    check(gst_rtsp_connection_connect_usec(connection_, longest_wait));
+  void ask_for_options() {
+    check(gst_rtsp_connection_connect_usec(connection_, shortest_wait));
     Message request;
     Message response;
-    check(gst_rtsp_message_init_request(request.get(), GST_RTSP_OPTIONS, uri.c_str()));
-    check(gst_rtsp_connection_send_usec(connection_, request.get(), longest_wait));
-    check(gst_rtsp_connection_receive_usec(connection_, response.get(), longest_wait));
+    check(gst_rtsp_message_init_request(request.get(), GST_RTSP_OPTIONS, request_uri_.get()));
+    check(gst_rtsp_connection_send_usec(connection_, request.get(), shortest_wait));
+    check(gst_rtsp_connection_receive_usec(connection_, response.get(), shortest_wait));
   }
 
 private:
@@ -60,6 +64,7 @@ private:
     GstRTSPMessage message_ = {};
   };
 
+  std::unique_ptr<char, Emancipator<char>> request_uri_;
   GstRTSPConnection *connection_ = nullptr;
 };
 
@@ -120,7 +125,7 @@ boost::intrusive_ptr<GstMessage> wait_until_open(GstBus *bus) {
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) return message;
     if (says_opened(message.get())) return nullptr;
   }
-  throw std::runtime_error("the camera did not describe its streams in time");
+  throw Bus_Error(GST_RESOURCE_ERROR_READ, "the camera did not describe its streams in time");
 }
 
 }  // namespace
@@ -132,6 +137,11 @@ boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered) {
 }
 
 GstElement *add_camera_source(GstElement *bin, const std::string &uri) {
+  GstRTSPUrl *url = nullptr;
+  if (gst_rtsp_url_parse(uri.c_str(), &url) != GST_RTSP_OK)
+    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "not the address of a camera: \"" + uri + '"');
+  gst_rtsp_url_free(url);
+
   GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, "camera");
   gst_util_set_object_arg(G_OBJECT(source), "protocols", "tcp");
   g_object_set(source, "location", uri.c_str(), "tcp-timeout", static_cast<guint64>(longest_wait),
@@ -167,7 +177,7 @@ std::vector<Camera_Stream> ask_for_streams(const std::string &uri) {
 }
 
 void check_camera_answers(const std::string &uri) {
-  Connection(uri).ask_for_options(uri);
+  Connection(uri).ask_for_options();
 }
 
 }  // namespace kel::tavren::examples

@@ -281,5 +281,5 @@ int main(int argc, char **argv) {
   const GOptionEntry options[] = {{nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
   return run_program(argc, argv,
                      "Lists the elements that the library names: what is here, and what brings it.",
-                     options, [](int, char **) { check(); });
+                     options, check);
 }

@@ -9,9 +9,12 @@
 
 namespace kel::tavren::examples {
 
-// Draws a bin with its elements, links and caps as an SVG file, through Graphviz' dot. Throws
-// std::runtime_error when dot is missing or fails.
-void draw_graph(GstBin *bin, const std::string &file);
+// Describes a bin as it is now, with its elements, links and caps, in Graphviz' language.
+std::string describe_graph(GstBin *bin);
+
+// Draws a description as an SVG file through Graphviz' dot. Throws std::runtime_error, which tells
+// the domain and number of the cause, when dot is missing or fails or the file cannot be written.
+void draw_graph(const std::string &description, const std::string &file);
 
 }  // namespace kel::tavren::examples
 

@@ -104,8 +104,8 @@ int main(int argc, char **argv) {
                                   {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY,
                                    sources.target(), nullptr, "URI|FILE..."},
                                   {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
-  const int status = run_program(
-      argc, argv, "Shows what media files and streams hold.", options, [&](int, char **) {
+  const int status =
+      run_program(argc, argv, "Shows what media files and streams hold.", options, [&] {
         if (sources.values().empty())
           throw std::invalid_argument("nothing to probe: name a URI or a file");
         const std::string box = fit.value_or("");

@@ -44,7 +44,7 @@ void print_failure(const std::string &subject, const std::exception &error) {
 }
 
 int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
-                const std::function<void(int argc, char **argv)> &body) {
+                const std::function<void()> &body) {
   const Text program(g_path_get_basename(argv[0]));
   try {
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
@@ -57,7 +57,8 @@ int run_program(int argc, char **argv, const char *summary, const GOptionEntry *
       const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
       throw std::runtime_error(error->message);
     }
-    body(argc, argv);
+    if (argc > 1) throw std::runtime_error(std::string("unexpected argument ") + argv[1]);
+    body();
     return 0;
   } catch (const std::exception &error) {
     print_failure(program.get(), error);

@@ -32,6 +32,7 @@ public:
 
   // Where the parser puts it.
   char **target() noexcept { return &text_; }
+  bool given() const noexcept { return text_ != nullptr; }
   // The text given, or another one when none was.
   std::string value_or(const std::string &other) const { return text_ != nullptr ? text_ : other; }
 
@@ -43,12 +44,12 @@ private:
 void print_failure(const std::string &subject, const std::exception &error);
 
 // Parses the options with GLib's parser (which brings --help) and the framework's own options,
-// initialises the framework, and runs the body with what is left of the command line. A failure
-// becomes one line on stderr, with the error's code where it has one.
+// initialises the framework, and runs the body. An argument that no option takes is refused. A
+// failure becomes one line on stderr, with the error's code where it has one.
 //
 // Returns the exit status: 0, or 1 after a failure.
 int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
-                const std::function<void(int argc, char **argv)> &body);
+                const std::function<void()> &body);
 
 }  // namespace kel::tavren::examples
 

@@ -1,5 +1,6 @@
 // Records a camera into a file: a real one, or without --uri the simulated one.
 
+#include <cmath>
 #include <iostream>
 #include <optional>
 
@@ -71,18 +72,18 @@ int main(int argc, char **argv) {
        "the simulated camera sends ONVIF metadata too", nullptr},
       {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
 
-  return run_program(argc, argv, "Records a camera into a file.", entries, [&](int, char **) {
+  return run_program(argc, argv, "Records a camera into a file.", entries, [&] {
     if (!(duration >= 0 && duration <= 1e9))
       throw std::invalid_argument("--duration must be from 0 to 1000000000 seconds");
     Recording_Options options;
     options.uri = uri.value_or("");
     options.output = output.value_or("recording.mkv");
-    options.duration = static_cast<GstClockTime>(duration * GST_SECOND);
+    options.duration = static_cast<GstClockTime>(std::ceil(duration * GST_SECOND));
     options.verbose = verbose != 0;
     options.graph = graph.value_or("");
 
     std::optional<Simulated_Camera> camera;
-    if (options.uri.empty()) {
+    if (!uri.given()) {
       camera.emplace(Camera_Streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0});
       options.uri = camera->uri();
     }

@@ -51,7 +51,7 @@ int main(int argc, char **argv) {
        "end after this long (default 0: when asked to by a signal)", "SECONDS"},
       {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
   return run_program(argc, argv, "Serves a camera's RTSP streams again on 127.0.0.1.", options,
-                     [&](int, char **) {
+                     [&] {
                        if (uri.value_or("").empty())
                          throw std::invalid_argument("--uri is missing");
                        if (port < 0 || port > 65535)

@@ -49,10 +49,9 @@ int main(int argc, char **argv) {
       {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata, "send ONVIF metadata too", nullptr},
       {"lifetime", 0, 0, G_OPTION_ARG_INT, &lifetime, "serve this long (default 3600)", "SECONDS"},
       {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
-  return run_program(
-      argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", options, [&](int, char **) {
-        const Camera_Streams streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0};
-        if (lifetime <= 0) throw std::invalid_argument("--lifetime must be positive");
-        serve(streams, lifetime);
-      });
+  return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", options, [&] {
+    const Camera_Streams streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0};
+    if (lifetime <= 0) throw std::invalid_argument("--lifetime must be positive");
+    serve(streams, lifetime);
+  });
 }

@@ -98,7 +98,7 @@ guint stream_number(GstPad *pad) {
   const std::string text = name.get();
   const std::string prefix = "recv_rtp_src_";
   if (text.compare(0, prefix.size(), prefix) != 0)
-    throw std::runtime_error("no stream of the camera is named " + text);
+    throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "no stream of the camera is named " + text);
   return static_cast<guint>(std::stoul(text.substr(prefix.size())));
 }
 
@@ -118,7 +118,7 @@ void link_stream(GstElement *source, GstPad *pad, gpointer state) noexcept {
 GstPadProbeReturn watch_for_end(GstPad *, GstPadProbeInfo *info, gpointer state) noexcept {
   guarded(state, [&](Relay_State &) {
     if (GST_EVENT_TYPE(gst_pad_probe_info_get_event(info)) == GST_EVENT_EOS)
-      throw std::runtime_error("the camera ended its stream");
+      throw Bus_Error(GST_RESOURCE_ERROR_READ, "the camera ended its stream");
   });
   return GST_PAD_PROBE_OK;
 }
@@ -272,8 +272,9 @@ private:
     listener_ = {gst_rtsp_server_create_source(server_.get(), nullptr, &error), false};
     const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
     if (!listener_)
-      throw std::runtime_error("cannot listen on 127.0.0.1 port " + std::to_string(port) + ": " +
-                               (error != nullptr ? error->message : "unknown reason"));
+      throw Bus_Error(GST_RESOURCE_ERROR_OPEN_READ_WRITE,
+                      "cannot listen on 127.0.0.1 port " + std::to_string(port) + ": " +
+                          (error != nullptr ? error->message : "unknown reason"));
     g_source_attach(listener_.get(), nullptr);
     uri_ = "rtsp://127.0.0.1:" + std::to_string(gst_rtsp_server_get_bound_port(server_.get())) +
            "/relay";
@@ -289,7 +290,7 @@ Stream_Relay::Stream_Relay(const std::string &camera_uri, std::vector<Camera_Str
                            int port) {
   if (std::none_of(streams.begin(), streams.end(),
                    [](const Camera_Stream &stream) { return stream.relayed(); }))
-    throw std::runtime_error("none of the camera's streams can be relayed");
+    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "none of the camera's streams can be relayed");
   server_ = std::make_unique<Server>(camera_uri, std::move(streams), port);
 }
 

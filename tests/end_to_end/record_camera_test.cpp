@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <map>
 #include <sstream>
@@ -193,9 +195,37 @@ INSTANTIATE_TEST_SUITE_P(
                             "record_camera: error 0x15000: Unknown file extension : could not "
                             "create muxer\n"}));
 
-TEST(RecordCamera, TellsThatItsFolderCannotBeWritten) {
-  expect_one_line(record({"--output", "/nonexistent/camera.mkv"}),
-                  "cannot write to the folder /nonexistent");
+TEST(RecordCamera, TellsThatItsFileCannotBeWritten) {
+  for (const char *const file : {"/nonexistent/camera.mkv", "/proc/camera.mkv"})
+    expect_one_line(record({"--output", file}),
+                    "record_camera: error gst-resource-error-quark 6: ");
+}
+
+TEST(RecordCamera, WritesPlainFilesOnly) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  ASSERT_EQ(symlink("/dev/full", file.c_str()), 0);
+  expect_one_line(record({"--output", file}), "cannot write " + file);
+}
+
+TEST(RecordCamera, RefusesWhatIsNoAddress) {
+  for (const char *const uri : {"", "garbage", "http://127.0.0.1/"})
+    expect_one_line(record({"--uri", uri}),
+                    std::string("not the address of a camera: \"") + uri + '"');
+}
+
+TEST(RecordCamera, TellsThatACameraHasMetadataOnly) {
+  expect_one_line(record({"--video", "none", "--audio", "none", "--metadata"}),
+                  "the camera offers neither video nor audio");
+}
+
+TEST(RecordCamera, KeepsTheFileWhenThePipelineCannotBeDrawn) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  expect_one_line(
+      record({"--duration", "1", "--graph", "/nonexistent/camera.svg", "--output", file}),
+      "cannot draw the pipeline");
+  EXPECT_NEAR(read_back(file).duration, 1, 0.5);
 }
 
 TEST(RecordCamera, TellsThatACameraCannotBeReached) {
@@ -212,6 +242,7 @@ TEST(RecordCamera, HasHelpAndRefusesUnknownOptions) {
   EXPECT_EQ(help.status, 0);
   EXPECT_NE(help.out.find("--duration"), std::string::npos);
   expect_one_line(record({"--nonsense"}), "--nonsense");
+  expect_one_line(record({"camera.mkv"}), "unexpected argument camera.mkv");
   expect_one_line(record({"--duration", "-1"}), "--duration");
 }
 
@@ -302,6 +333,15 @@ TEST_P(Interrupted, ByCtrlC) {
 }
 
 TEST_P(Interrupted, BySigterm) {
+  recorder_.send_signal(SIGTERM);
+  const Outcome outcome = recorder_.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  expect_playable();
+}
+
+TEST_P(Interrupted, ByTwoSignalsAtOnce) {
+  recorder_.send_signal(SIGINT);
   recorder_.send_signal(SIGTERM);
   const Outcome outcome = recorder_.wait();
   EXPECT_EQ(outcome.status, 0);

@@ -214,7 +214,8 @@ TEST(Relay_Stream, Ends_When_The_Watched_Camera_Goes_Away) {
   camera.send_signal(SIGKILL);
   const Outcome outcome = relay.wait();
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "relay_stream: error the camera ended its stream\n");
+  EXPECT_EQ(outcome.err,
+            "relay_stream: error gst-resource-error-quark 9: the camera ended its stream\n");
   EXPECT_TRUE(viewer.sees_end());
 }
 
@@ -226,7 +227,9 @@ TEST(Relay_Stream, Ends_When_The_Unwatched_Camera_Goes_Away) {
   const Outcome outcome = relay.wait();
   EXPECT_EQ(outcome.status, 1);
   EXPECT_TRUE(std::regex_match(
-      outcome.err, std::regex("relay_stream: error the camera does not answer: [^\n]+\n")))
+      outcome.err,
+      std::regex(
+          "relay_stream: error gst-resource-error-quark 9: the camera does not answer: [^\n]+\n")))
       << outcome.err;
 }
 
@@ -248,7 +251,8 @@ void expect_refusal(const std::vector<std::string> &command, const std::string &
 
 TEST(Relay_Stream, Refuses_A_Camera_With_Nothing_To_Relay) {
   const Camera camera({"--video", "vp8", "--audio", "opus"});
-  expect_refusal(Relay::command(camera.uri, {}), "none of the camera's streams can be relayed");
+  expect_refusal(Relay::command(camera.uri, {}),
+                 "gst-resource-error-quark 3: none of the camera's streams can be relayed");
 }
 
 TEST(Relay_Stream, Refuses_A_Camera_That_Is_Not_There) {
@@ -269,7 +273,9 @@ TEST(Relay_Stream, Refuses_A_Port_That_Is_Taken) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.err.rfind(
-                "relay_stream: error cannot listen on 127.0.0.1 port " + port[1].str() + ": ", 0),
+                "relay_stream: error gst-resource-error-quark 7: cannot listen on 127.0.0.1 port " +
+                    port[1].str() + ": ",
+                0),
             0U)
       << outcome.err;
 }
