@@ -201,16 +201,11 @@ public:
       });
   }
 
-  void stop() {
-    if (phase_ == Phase::connecting)
-      fail(std::make_exception_ptr(
-          Bus_Error(GST_RESOURCE_ERROR_READ, "stopped before the camera had sent anything")));
-    if (phase_ != Phase::finishing) return finish();
-    // Asked again: the file is worth a moment, which is nearly always all it takes.
-    if (now() - finishing_since_ < patience) return;
-    fail(std::make_exception_ptr(
-        Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished")));
-    g_main_loop_quit(loop_.get());
+  void stop() noexcept {
+    guarded([](Session &self) {
+      self.end_as_asked();
+      return true;
+    });
   }
 
   void rethrow_failure() const {
@@ -535,6 +530,16 @@ private:
     ghost_sink_pad(viewer, queue);
   }
 
+  void end_as_asked() {
+    if (phase_ == Phase::connecting)
+      throw Bus_Error(GST_RESOURCE_ERROR_READ, "stopped before the camera had sent anything");
+    if (phase_ == Phase::recording) return finish();
+    // Asked again: the file is worth a moment, which is nearly always all it takes.
+    if (now() - finishing_since_ < patience) return;
+    g_main_loop_quit(loop_.get());
+    throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished");
+  }
+
   // Ends each stream where it comes in, each from a thread of its own: one that is held up must not
   // keep the others from ending.
   void finish() {
@@ -662,7 +667,7 @@ void Camera_Recorder::record() {
   session_->record();
 }
 
-void Camera_Recorder::stop() {
+void Camera_Recorder::stop() noexcept {
   session_->stop();
 }
 

@@ -47,7 +47,7 @@ public:
 
   // Ends the recording properly; when called again and the file is still not finished after a
   // moment, at once. From the main context only.
-  void stop();
+  void stop() noexcept;
 
   // Throws what ended the recording before its time, if anything did.
   void rethrow_failure() const;
