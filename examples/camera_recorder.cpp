@@ -103,8 +103,10 @@ GstClockTime aac_frame_duration(const GstCaps *caps) noexcept {
 GstBuffer *with_duration(GstBuffer *frame, GstPad *pad) noexcept {
   if (GST_BUFFER_DURATION_IS_VALID(frame)) return frame;
   const Caps caps(gst_pad_get_current_caps(pad), false);
+  const GstClockTime duration = aac_frame_duration(caps.get());
+  if (!GST_CLOCK_TIME_IS_VALID(duration)) return frame;
   frame = gst_buffer_make_writable(frame);
-  GST_BUFFER_DURATION(frame) = aac_frame_duration(caps.get());
+  GST_BUFFER_DURATION(frame) = duration;
   return frame;
 }
 
@@ -195,17 +197,11 @@ public:
     gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
     settle_file();
     if (!graph_.empty())
-      guarded([](Session &self) {
-        draw_graph(self.graph_, self.options_.graph);
-        return true;
-      });
+      guarded([](Session &self) { draw_graph(self.graph_, self.options_.graph); });
   }
 
   void stop() noexcept {
-    guarded([](Session &self) {
-      self.end_as_asked();
-      return true;
-    });
+    guarded([](Session &self) { self.end_as_asked(); });
   }
 
   void rethrow_failure() const {
@@ -230,15 +226,14 @@ private:
   // Callbacks: no exception may leave them.
 
   static gboolean on_select_stream(GstElement *, guint, GstCaps *caps, gpointer session) noexcept {
-    return static_cast<Session *>(session)->guarded(
-        [&](Session &self) { return self.select_stream(caps); });
+    bool is_wanted = false;
+    static_cast<Session *>(session)->guarded(
+        [&](Session &self) { is_wanted = self.select_stream(caps); });
+    return is_wanted;
   }
 
   static void on_pad_added(GstElement *, GstPad *pad, gpointer session) noexcept {
-    static_cast<Session *>(session)->guarded([&](Session &self) {
-      self.add_stream(pad);
-      return true;
-    });
+    static_cast<Session *>(session)->guarded([&](Session &self) { self.add_stream(pad); });
   }
 
   static GstPadProbeReturn on_blocked(GstPad *, GstPadProbeInfo *, gpointer) noexcept {
@@ -258,28 +253,21 @@ private:
   }
 
   static gboolean on_message(GstBus *, GstMessage *message, gpointer session) noexcept {
-    static_cast<Session *>(session)->guarded([&](Session &self) {
-      self.handle(message);
-      return true;
-    });
+    static_cast<Session *>(session)->guarded([&](Session &self) { self.handle(message); });
     return G_SOURCE_CONTINUE;
   }
 
   static gboolean on_tick(gpointer session) noexcept {
-    static_cast<Session *>(session)->guarded([](Session &self) {
-      self.tick();
-      return true;
-    });
+    static_cast<Session *>(session)->guarded([](Session &self) { self.tick(); });
     return G_SOURCE_CONTINUE;
   }
 
   template <typename Step>
-  bool guarded(Step step) noexcept {
+  void guarded(Step step) noexcept {
     try {
-      return step(*this);
+      step(*this);
     } catch (...) {
       fail(std::current_exception());
-      return false;
     }
   }
 

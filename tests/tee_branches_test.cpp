@@ -295,15 +295,7 @@ TEST_F(Link_Tee, LetsEachBranchSeeTheWholeStream) {
                       &count, nullptr);
   }
 
-  gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
-  const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline.get()), false);
-  const boost::intrusive_ptr<GstMessage> message(
-      gst_bus_timed_pop_filtered(bus.get(), 10 * GST_SECOND,
-                                 static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-      false);
-  gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-  ASSERT_TRUE(message);
-  EXPECT_EQ(GST_MESSAGE_TYPE(message.get()), GST_MESSAGE_EOS);
+  ASSERT_EQ(play_to_the_end(pipeline), GST_MESSAGE_EOS);
   EXPECT_EQ(buffers[0], 7);
   EXPECT_EQ(buffers[1], 7);
 }

@@ -48,6 +48,19 @@ inline Caps make_caps(const char *text) {
   return Caps(gst_caps_from_string(text), false);
 }
 
+// Plays a pipeline until its end or its first error, ten seconds at most. Returns which of the two
+// came, or GST_MESSAGE_UNKNOWN for neither.
+inline GstMessageType play_to_the_end(const Element &pipeline) {
+  gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+  const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline.get()), false);
+  const boost::intrusive_ptr<GstMessage> message(
+      gst_bus_timed_pop_filtered(bus.get(), 10 * GST_SECOND,
+                                 static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
+      false);
+  gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+  return message ? GST_MESSAGE_TYPE(message.get()) : GST_MESSAGE_UNKNOWN;
+}
+
 // Tells whether an object is gone, without keeping it alive.
 class Weak_Watch {
 public:
