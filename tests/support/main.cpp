@@ -1,15 +1,17 @@
-// The one main of all test programs: the framework is initialised and taken down once a process.
+// The one main of all test programs: the framework is initialised and taken down once a process,
+// which fails when objects of the framework are left then.
 
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
+#include "leak_watch.h"
 #include "log_watch.h"
 
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
+  kel::tavren::tests::watch_leaks();
   gst_init(&argc, &argv);
   kel::tavren::tests::watch_logs();
   const int result = RUN_ALL_TESTS();
-  gst_deinit();
-  return result;
+  return kel::tavren::tests::deinit_without_leaks() ? result : 1;
 }
