@@ -42,7 +42,7 @@ bool find_in_bin(GstBin *bin, Wanted &wanted, GValue &result) {
                    static_cast<Wanted *>(const_cast<gpointer>(data)));
   };
   const Iterator iterator(gst_bin_iterate_recurse(bin));
-  return gst_iterator_find_custom(iterator.get(), trampoline, &result, &wanted) != FALSE;
+  return iterator && gst_iterator_find_custom(iterator.get(), trampoline, &result, &wanted);
 }
 
 }  // namespace

@@ -16,12 +16,13 @@ namespace kel::tavren::capture {
 using Iterator = std::unique_ptr<GstIterator, Emancipator<GstIterator>>;
 
 // Calls visit(GObject *) for each object of an iterator, until the end or until what is walked
-// changes; the rest is then left out. The object is borrowed.
+// changes; the rest is then left out. The object is borrowed. A null iterator shows nothing.
 //
 // The framework's walk keeps a reference on its C stack, so an exception of visit may not cross it:
 // it is kept, what is left is passed over, and it goes on once the framework has returned.
 template <typename Visit>
 void for_each_object(GstIterator *iterator, Visit visit) {
+  if (iterator == nullptr) return;
   struct Walk {
     Visit &visit;
     std::exception_ptr error;

@@ -22,17 +22,27 @@ void watch_leaks() {
   g_setenv("GST_TRACERS", "leaks", TRUE);
 }
 
-guint live_objects() {
-  guint count = 0;
+Object_Balance::Object_Balance() {
   GList *const tracers = gst_tracing_get_active_tracers();
-  for (const GList *node = tracers; node != nullptr; node = node->next) {
-    GstStructure *objects = nullptr;
-    g_signal_emit_by_name(node->data, "get-live-objects", &objects);
-    count += gst_value_list_get_size(gst_structure_get_value(objects, "live-objects-list"));
-    gst_structure_free(objects);
-  }
-  g_list_free_full(tracers, gst_object_unref);
-  return count;
+  tracer_ = G_OBJECT(tracers->data);
+  g_list_free(tracers);
+  g_signal_emit_by_name(tracer_, "activity-start-tracking");
+}
+
+Object_Balance::~Object_Balance() {
+  g_signal_emit_by_name(tracer_, "activity-stop-tracking");
+  g_object_unref(tracer_);
+}
+
+int Object_Balance::now() {
+  GstStructure *changes = nullptr;
+  g_signal_emit_by_name(tracer_, "activity-get-checkpoint", &changes);
+  const auto count = [changes](const char *list) {
+    return static_cast<int>(gst_value_list_get_size(gst_structure_get_value(changes, list)));
+  };
+  balance_ += count("objects-created-list") - count("objects-removed-list");
+  gst_structure_free(changes);
+  return balance_;
 }
 
 bool deinit_without_leaks() {

@@ -3,16 +3,28 @@
 #ifndef TAVREN_TESTS_LEAK_WATCH_H
 #define TAVREN_TESTS_LEAK_WATCH_H
 
-#include <glib.h>
+#include <glib-object.h>
 
 namespace kel::tavren::tests {
 
-// Has the framework keep a list of its objects. To be called before gst_init.
+// Has the framework watch over its objects. To be called before gst_init.
 void watch_leaks();
 
-// How many elements, pads, caps and other objects of the framework live now. Those of the registry
-// do not count.
-guint live_objects();
+// How many elements, pads, caps and other objects of the framework have been made since it began,
+// less those that are gone.
+class Object_Balance {
+public:
+  Object_Balance();
+  ~Object_Balance();
+  Object_Balance(const Object_Balance &) = delete;
+  Object_Balance &operator=(const Object_Balance &) = delete;
+
+  int now();
+
+private:
+  GObject *tracer_ = nullptr;
+  int balance_ = 0;
+};
 
 // Takes the framework down. Returns whether none of its objects was left; those that were are named
 // on standard error.

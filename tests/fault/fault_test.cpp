@@ -1,0 +1,309 @@
+// Everything that can fail in a call of the library is made to fail, one thing at a time, and every
+// time nothing may be lost: no crash, no reference, no block of memory, and the next call works.
+//
+// What fails in the framework, and what then comes of the call, stands line by line in
+// outcomes.txt. On top of each of its lines every allocation fails, alone and with all that follow
+// it.
+
+#include <charconv>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "leak_watch.h"
+#include "log_watch.h"
+#include "scenario.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+std::string text_of(const Scenario &scenario) {
+  return std::string(scenario.operation) + ", " + scenario.path;
+}
+
+// Empty for none.
+std::string text_of(const Disturbance &disturbance) {
+  std::ostringstream text;
+  if (disturbance.call == EVERY_CALL)
+    text << disturbance.function << ", every call";
+  else if (disturbance.call != 0)
+    text << disturbance.function << " " << disturbance.call;
+  if (disturbance.call != 0 && disturbance.allocation != 0) text << ", ";
+  if (disturbance.allocation != 0)
+    text << "allocation " << disturbance.allocation << (disturbance.persistent ? " onwards" : "");
+  return text.str();
+}
+
+const std::string OUT_OF_MEMORY = "throws std::bad_alloc";
+
+std::vector<Scenario> all_scenarios() {
+  std::vector<Scenario> all;
+  for (const auto &family :
+       {check_and_lookup_scenarios(), construction_scenarios(), control_scenarios(),
+        pad_and_link_scenarios(), branch_scenarios(), ancestry_scenarios(), media_type_scenarios(),
+        discovery_scenarios(), caps_scenarios(), search_scenarios(), text_scenarios()})
+    all.insert(all.end(), family.begin(), family.end());
+  return all;
+}
+
+// Puts what came of a call into a text that has room for it: nothing is allocated that outlives the
+// call.
+void tell_outcome(const Call &call, std::string &outcome) {
+  const auto tell = [&outcome](const char *class_name, const auto &error) {
+    char number[16] = {};
+    std::to_chars(std::begin(number), std::end(number) - 1, static_cast<int>(error.code()), 16);
+    outcome.append("throws ").append(class_name).append("0x").append(number);
+    outcome.append(" \"").append(error.what()).append("\"");
+  };
+  try {
+    outcome.append("returns ").append(call.run());
+    return;
+  } catch (const Backend_Error<std::runtime_error> &error) {
+    outcome.clear();
+    tell("", error);
+  } catch (const Tavren_Error<std::logic_error> &error) {
+    outcome.clear();
+    tell("a logic error, ", error);
+  } catch (const std::out_of_range &) {
+    outcome = "throws std::out_of_range";
+  } catch (const std::bad_alloc &) {
+    outcome = OUT_OF_MEMORY;
+  }
+}
+
+// What came of one call.
+struct Round {
+  std::string outcome;
+  // The objects whose count has changed, and by how much.
+  std::string changes;
+  int allocations = 0;
+  std::vector<std::pair<std::string, int>> framework_calls;
+};
+
+std::vector<int> counts_of(const std::vector<Involved> &involved) {
+  std::vector<int> counts;
+  for (const Involved &object : involved)
+    counts.push_back(object.count());
+  return counts;
+}
+
+std::string changes_of(const std::vector<Involved> &involved, const std::vector<int> &before) {
+  std::ostringstream changes;
+  for (std::size_t i = 0; i < involved.size(); ++i)
+    if (const int change = involved[i].count() - before[i]; change != 0)
+      changes << " [" << involved[i].name << " " << std::showpos << change << std::noshowpos << "]";
+  return changes.str();
+}
+
+Round call_once(const Call &call, const Disturbance &disturbance) {
+  constexpr std::size_t LONGEST_TEXT = 2000;
+  Round round;
+  round.outcome.reserve(LONGEST_TEXT);
+  const std::vector<int> before = counts_of(call.involved);
+  disturb_with(disturbance);
+
+  const long blocks_before = live_blocks();
+  tell_outcome(call, round.outcome);
+  EXPECT_EQ(live_blocks(), blocks_before) << "memory was lost";
+
+  round.changes = changes_of(call.involved, before);
+  round.allocations = observed().allocations;
+  for (const auto &[function, calls] : observed().calls)
+    round.framework_calls.emplace_back(function, calls);
+  return round;
+}
+
+// Threads of the framework may need a moment to drop what they hold.
+void expect_nothing_left(Object_Balance &objects) {
+  constexpr gint64 PATIENCE = 5 * G_TIME_SPAN_SECOND;
+  const gint64 deadline = g_get_monotonic_time() + PATIENCE;
+  while (objects.now() != 0 && g_get_monotonic_time() < deadline)
+    g_usleep(G_TIME_SPAN_MILLISECOND);
+  EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
+}
+
+// Until they seem to have dropped what they held.
+void wait_for_threads() {
+  constexpr int CALM = 5;
+  Object_Balance objects;
+  for (int calm = 0, before = 0; calm < CALM; ++calm) {
+    g_usleep(G_TIME_SPAN_MILLISECOND);
+    if (const int now = objects.now(); now != before) {
+      calm = 0;
+      before = now;
+    }
+  }
+}
+
+// A disturbed call on new objects, and after one that failed an undisturbed one: on the same
+// objects where they are as they were.
+Round call_and_recover(const Scenario &scenario, const Disturbance &disturbance,
+                       const std::string &undisturbed) {
+  Call call = scenario.prepare();
+  Round round = call_once(call, disturbance);
+  if (round.outcome != undisturbed) {
+    if (!round.changes.empty() || scenario.trait == Trait::KEEPS_PARTIAL_WORK)
+      call = scenario.prepare();
+    EXPECT_EQ(call_once(call, {}).outcome, undisturbed) << "the next call is not what it was";
+  }
+  return round;
+}
+
+// Everything that the framework can fail in a scenario: nothing first.
+std::vector<Disturbance> framework_failures(const Scenario &scenario, const Round &undisturbed) {
+  std::vector<Disturbance> failures{{}};
+  for (const auto &[function, calls] : undisturbed.framework_calls) {
+    if (scenario.trait == Trait::CALLS_VARY) {
+      failures.push_back({function, EVERY_CALL});
+      continue;
+    }
+    for (int call = 1; call <= calls; ++call)
+      failures.push_back({function, call});
+  }
+  return failures;
+}
+
+std::string read_file(const char *path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The section of outcomes.txt that is a scenario's: all up to the next empty line.
+std::string expected_outcomes(const Scenario &scenario) {
+  const std::string text = read_file(OUTCOMES_FILE);
+  const std::string title = "\n" + text_of(scenario) + "\n";
+  const std::size_t begin = text.find(title);
+  if (begin == std::string::npos) return {};
+  const std::size_t end = text.find("\n\n", begin + 1);
+  return text.substr(begin + 1, end == std::string::npos ? end : end + 1 - (begin + 1));
+}
+
+class Faults : public testing::TestWithParam<Scenario> {
+protected:
+  void SetUp() override {
+    undisturbed_ = call_once(GetParam().prepare(), {});
+    failures_ = framework_failures(GetParam(), undisturbed_);
+    // Once for what only a first call makes, and keeps.
+    for (const Disturbance &failure : failures_)
+      call_and_recover(GetParam(), failure, undisturbed_.outcome);
+    wait_for_threads();
+  }
+
+  // Whether a round is to be played: all are, but when one is asked for to be replayed.
+  static bool is_wanted(const std::string &round) {
+    const char *const wanted = std::getenv("ROUND");
+    return wanted == nullptr || wanted == round;
+  }
+
+  Round play(const Disturbance &disturbance) const {
+    const testing::TestInfo &test = *testing::UnitTest::GetInstance()->current_test_info();
+    SCOPED_TRACE("to replay: ROUND='" + text_of(disturbance) +
+                 "' fault_test --gtest_filter=" + test.test_suite_name() + "." + test.name());
+    Object_Balance objects;
+    Round round = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
+    expect_nothing_left(objects);
+    return round;
+  }
+
+  Round undisturbed_;
+  std::vector<Disturbance> failures_;
+};
+
+TEST_P(Faults, OfTheFrameworkAreReported) {
+  std::string outcomes = text_of(GetParam()) + "\n";
+  for (const Disturbance &failure : failures_) {
+    const Round round = play(failure);
+    outcomes += "  " + text_of(failure) + (failure.call != 0 ? " -> " : "") + round.outcome +
+                round.changes + "\n";
+  }
+  EXPECT_EQ(outcomes, expected_outcomes(GetParam()));
+  RecordProperty("operation", GetParam().operation);
+  RecordProperty("framework", static_cast<int>(failures_.size() - 1));
+}
+
+TEST_P(Faults, OfAllocationLoseNothing) {
+  int allocations = 0;
+  for (Disturbance disturbance : failures_) {
+    const Round failed = play(disturbance);
+    for (int allocation = 1; allocation <= failed.allocations; ++allocation)
+      for (const bool persistent : {false, true}) {
+        disturbance.allocation = allocation;
+        disturbance.persistent = persistent;
+        if (!is_wanted(text_of(disturbance))) continue;
+        const Round round = play(disturbance);
+        EXPECT_EQ(round.outcome, OUT_OF_MEMORY) << text_of(disturbance);
+        EXPECT_TRUE(round.changes.empty() || round.changes == failed.changes)
+            << text_of(disturbance) << round.changes;
+      }
+    allocations += failed.allocations;
+  }
+  RecordProperty("operation", GetParam().operation);
+  RecordProperty("allocations", allocations);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), [](const auto &test) {
+  std::string name = text_of(test.param);
+  for (char &c : name)
+    if (!g_ascii_isalnum(c)) c = '_';
+  return name;
+});
+
+// A section is a scenario's, and none is left over.
+TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
+  std::set<std::string> titles;
+  for (const Scenario &scenario : all_scenarios())
+    titles.insert(text_of(scenario));
+  EXPECT_EQ(titles.size(), all_scenarios().size()) << "two scenarios of one name";
+
+  std::set<std::string> found;
+  std::istringstream lines(read_file(OUTCOMES_FILE));
+  for (std::string line; std::getline(lines, line);)
+    if (!line.empty() && line.front() != ' ' && line.front() != '#') found.insert(line);
+  EXPECT_EQ(found, titles);
+}
+
+// Every function of the interface has a scenario.
+TEST(Fault_Scenarios, AreOfAllOperations) {
+  std::set<std::string> operations;
+  for (const Scenario &scenario : all_scenarios())
+    operations.insert(scenario.operation);
+
+  // An operation stands in the list by its name alone.
+  std::set<std::string> exported;
+  std::istringstream lines(read_file(EXPORTS_FILE));
+  for (std::string line; std::getline(lines, line);)
+    if (line.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos)
+      exported.insert(line);
+  EXPECT_EQ(operations, exported);
+}
+
+// Every place that throws, by its code, and where two share one, by its text.
+TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
+  std::set<std::string> codes;
+  std::set<std::string> texts;
+  for (const Scenario &scenario : all_scenarios()) {
+    Round undisturbed = call_once(scenario.prepare(), {});
+    for (const Disturbance &failure : framework_failures(scenario, undisturbed)) {
+      const std::string outcome = call_and_recover(scenario, failure, undisturbed.outcome).outcome;
+      if (const std::size_t code = outcome.find("0x"); code != std::string::npos) {
+        codes.insert(outcome.substr(code, outcome.find(' ', code) - code));
+        texts.insert(outcome.substr(code));
+      }
+    }
+  }
+  EXPECT_EQ(codes.size(), 45U) << testing::PrintToString(codes);
+  EXPECT_EQ(texts.count("0x15240 \"Topmost parent mismatch of the first kind in "
+                        "verify_element_top_parent\""),
+            1U);
+  EXPECT_EQ(texts.count("0x15240 \"Topmost parent mismatch of the second kind in "
+                        "verify_element_top_parent\""),
+            1U);
+}
+
+}  // namespace
+}  // namespace kel::tavren::tests

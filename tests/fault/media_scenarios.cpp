@@ -1,0 +1,757 @@
+// Media types, selection, discovery, caps, searches of bins, texts.
+
+#include <gst/app/gstappsink.h>
+
+#include "log_watch.h"
+#include "media_files.h"
+#include "scenario.h"
+
+namespace kel::tavren::tests {
+
+using capture::Media_Helper;
+using capture::MediaType;
+
+namespace {
+
+std::string kind_of(const Caps &caps) {
+  return std::to_string(disturbed([&] { return Media_Helper::get_media_type(caps.get()); }));
+}
+
+template <typename Number>
+std::string text_of(std::pair<Number, Number> numbers) {
+  return std::to_string(numbers.first) + ", " + std::to_string(numbers.second);
+}
+
+// Chooses, and gives back the references to factories that the choice keeps.
+std::string proxies_for(const Caps &caps) {
+  const Depayloader_References references;
+  const auto names = disturbed([&] { return Media_Helper::select_proxy_elements(caps.get()); });
+  return names.first + ", " + names.second;
+}
+
+std::string discover(const std::string &uri, GstClockTime timeout) {
+  const auto info = disturbed([&] { return Media_Helper::get_media_info(uri, timeout); });
+  return std::to_string(info->video_caps.size()) + " video, " +
+         std::to_string(info->audio_caps.size()) + " audio";
+}
+
+// Two streams, recorded when they are first asked for.
+std::string media_uri() {
+  static const Media_Folder folder;
+  static const std::string uri = [] {
+    folder.record_video_and_audio("streams.mkv");
+    return folder.uri("streams.mkv");
+  }();
+  return uri;
+}
+
+// A bin with an appsink that has caps, behind one that has none, and with an appsink in a bin of
+// its own; a tee beside them, which gets its caps from the filter before it.
+struct Searched_Bin {
+  Element bin = make_bin("bin");
+  Element plain = make_element("appsink", "plain_appsink");
+  Element nested = make_bin("nested");
+  Element inner = make_element("appsink", "inner_appsink");
+  Element filter = make_element("capsfilter", "filter");
+  Element tee = make_element("tee", "tee");
+  Caps caps = make_caps("video/x-h264");
+
+  Searched_Bin() {
+    gst_app_sink_set_caps(GST_APP_SINK_CAST(inner.get()), caps.get());
+    g_object_set(filter.get(), "caps", caps.get(), nullptr);
+    gst_bin_add_many(as_bin(bin), plain.get(), nested.get(), filter.get(), tee.get(), nullptr);
+    gst_bin_add(as_bin(nested), inner.get());
+    gst_element_link(filter.get(), tee.get());
+  }
+
+  std::vector<Involved> involved() const {
+    return {{"bin", bin},
+            {"plain appsink", plain},
+            {"nested bin", nested},
+            {"inner appsink", inner},
+            {"filter", filter},
+            {"tee", tee},
+            {"tee's pad", static_pad(tee, "sink")},
+            {"filter's pad", static_pad(filter, "src")},
+            {"appsink factory", find_factory("appsink").get()},
+            {"tee factory", find_factory("tee").get()}};
+  }
+};
+
+Involved factory_of_identity() {
+  return {"factory", find_factory("identity").get()};
+}
+
+// A value of an enumeration, also one outside its list.
+template <typename Enumeration>
+Enumeration value(int number) {
+  return static_cast<Enumeration>(number);
+}
+
+using Caps_List = std::vector<Caps>;
+
+std::string equal(const Caps_List &first, const Caps_List &second) {
+  return std::to_string(disturbed([&] { return Media_Helper::caps_equal(first, second); }));
+}
+
+// A value that holds an element, as searches show it.
+class Element_Value {
+public:
+  explicit Element_Value(const Element &element) {
+    g_value_init(&value_, GST_TYPE_ELEMENT);
+    g_value_set_object(&value_, element.get());
+  }
+  ~Element_Value() { g_value_unset(&value_); }
+  Element_Value(const Element_Value &) = delete;
+  Element_Value &operator=(const Element_Value &) = delete;
+
+  const GValue *get() const { return &value_; }
+
+private:
+  GValue value_ = G_VALUE_INIT;
+};
+
+}  // namespace
+
+std::vector<Scenario> media_type_scenarios() {
+  return {
+      {"get_media_type", "video",
+       [] {
+         const Caps caps = make_caps("video/x-h264, width=640");
+         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
+       },
+       Trait::CALLS_VARY},
+      {"get_media_type", "metadata",
+       [] {
+         const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
+         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
+       },
+       Trait::CALLS_VARY},
+      {"get_media_type", "unknown",
+       [] {
+         const Caps caps = make_caps("video/x-h265");
+         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
+       }},
+      {"get_media_type", "empty",
+       [] {
+         const Caps caps = make_caps("EMPTY");
+         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
+       }},
+      {"get_media_type", "no caps",
+       [] {
+         return Call{{}, [] { return kind_of(nullptr); }};
+       }},
+      {"get_media_type_string", "a kind",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::get_media_type_string(capture::RTP_METADATA);
+                       });
+                     }};
+       }},
+      {"get_media_type_string", "no kind",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::get_media_type_string(capture::UNKNOWN); });
+                     }};
+       }},
+      {"is_video", "video",
+       [] {
+         return Call{{}, [] {
+                       return std::to_string(disturbed(
+                           [] { return Media_Helper::is_video(capture::VIDEO_RAW, true); }));
+                     }};
+       }},
+      {"is_audio", "audio",
+       [] {
+         return Call{{}, [] {
+                       return std::to_string(
+                           disturbed([] { return Media_Helper::is_audio(capture::MULAW, false); }));
+                     }};
+       }},
+      {"select_muxer", "known",
+       [] {
+         return Call{{}, [] {
+                       const std::string file = "/var/recordings/camera.mkv";
+                       return disturbed([&] { return Media_Helper::select_muxer(file); });
+                     }};
+       }},
+      {"select_muxer", "unknown",
+       [] {
+         return Call{{}, [] {
+                       const std::string file = "/var/recordings/camera.an_extension_of_length";
+                       return disturbed([&] { return Media_Helper::select_muxer(file); });
+                     }};
+       }},
+      {"select_demuxer", "known",
+       [] {
+         return Call{{}, [] {
+                       const std::string file = "/var/recordings/camera.mkv";
+                       return disturbed([&] { return Media_Helper::select_demuxer(file); });
+                     }};
+       }},
+      {"select_demuxer", "unknown",
+       [] {
+         return Call{{}, [] { return disturbed([] { return Media_Helper::select_demuxer(""); }); }};
+       }},
+      {"select_parser", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_parser(capture::MPEG_VIDEO); });
+                     }};
+       }},
+      {"select_parser", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] { return Media_Helper::select_parser(capture::RTP); });
+                     }};
+       }},
+      {"select_decoder", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] { return Media_Helper::select_decoder(capture::H264); });
+                     }};
+       }},
+      {"select_decoder", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_decoder(capture::MPEG_AUDIO); });
+                     }};
+       }},
+      {"select_payloader", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_payloader(capture::MULAW); });
+                     }};
+       }},
+      {"select_payloader", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_payloader(capture::AUDIO_RAW); });
+                     }};
+       }},
+      {"select_video_rate", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_video_rate(capture::H264); });
+                     }};
+       }},
+      {"select_video_rate", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::select_video_rate(capture::MULAW); });
+                     }};
+       }},
+      {"select_proxy_elements", "the first pair",
+       [] {
+         const Caps caps =
+             make_caps("application/x-rtp, media=video, clock-rate=90000, encoding-name=H264");
+         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+       }},
+      {"select_proxy_elements", "the last pair",
+       [] {
+         const Caps caps =
+             make_caps("application/x-rtp, media=audio, clock-rate=8000, "
+                       "encoding-name=MPEG4-GENERIC, mode=AAC-hbr, sizelength=(string)13");
+         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+       }},
+      {"select_proxy_elements", "no pair",
+       [] {
+         const Caps caps = make_caps("video/x-raw");
+         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+       }},
+  };
+}
+
+std::vector<Scenario> discovery_scenarios() {
+  return {
+      {"get_media_info", "two streams",
+       [] {
+         const std::string uri = media_uri();
+         return Call{{}, [uri] { return discover(uri, 10 * GST_SECOND); }};
+       }},
+      {"get_media_info", "no such file",
+       [] {
+         return Call{{}, [] { return discover("file:///there/is/no/such/file", 10 * GST_SECOND); }};
+       }},
+      {"get_media_info", "a timeout that is none",
+       [] {
+         return Call{{}, [] {
+                       const Allowed_Log invalid("GST_CLOCK_TIME_IS_VALID");
+                       return discover("file:///there/is/no/such/file", GST_CLOCK_TIME_NONE);
+                     }};
+       }},
+      {"gst_discoverer_result_to_string", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_discoverer_result_to_string(
+                             GST_DISCOVERER_MISSING_PLUGINS);
+                       });
+                     }};
+       }},
+      {"gst_discoverer_result_to_string", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_discoverer_result_to_string(
+                             value<GstDiscovererResult>(99));
+                       });
+                     }};
+       }},
+  };
+}
+
+std::vector<Scenario> caps_scenarios() {
+  return {
+      {"get_framerate_from_caps", "a rate",
+       [] {
+         const Caps caps = make_caps("video/x-raw, framerate=30000/1001");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_framerate_from_caps", "none",
+       [] {
+         const Caps caps = make_caps("video/x-raw");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_framerate_from_caps", "zero",
+       [] {
+         const Caps caps = make_caps("video/x-raw, framerate=0/1");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_framerate_from_caps", "no caps",
+       [] {
+         return Call{{}, [] {
+                       return text_of(disturbed(
+                           [] { return Media_Helper::get_framerate_from_caps(nullptr); }));
+                     }};
+       }},
+      {"get_resolution_from_caps", "a resolution",
+       [] {
+         const Caps caps = make_caps("video/x-raw, width=640, height=480");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_resolution_from_caps", "none",
+       [] {
+         const Caps caps = make_caps("video/x-raw, width=640");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_resolution_from_caps", "zero",
+       [] {
+         const Caps caps = make_caps("video/x-raw, width=640, height=0");
+         return Call{{{"caps", caps}}, [caps] {
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_resolution_from_caps", "no caps",
+       [] {
+         return Call{{}, [] {
+                       return text_of(disturbed(
+                           [] { return Media_Helper::get_resolution_from_caps(nullptr); }));
+                     }};
+       }},
+      {"get_encoding_name_from_caps", "a name",
+       [] {
+         const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
+         return Call{{{"caps", caps}}, [caps] {
+                       return disturbed(
+                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
+                     }};
+       }},
+      {"get_encoding_name_from_caps", "no name",
+       [] {
+         const Caps caps = make_caps("application/x-rtp");
+         return Call{{{"caps", caps}}, [caps] {
+                       return disturbed(
+                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
+                     }};
+       }},
+      {"get_encoding_name_from_caps", "no caps",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::get_encoding_name_from_caps(nullptr); });
+                     }};
+       }},
+      {"calculate_resolution", "fits",
+       [] {
+         return Call{{}, [] {
+                       return text_of(disturbed([] {
+                         return Media_Helper::calculate_resolution({640, 480}, {1920, 1080});
+                       }));
+                     }};
+       }},
+      {"calculate_resolution", "nothing to fit into",
+       [] {
+         return Call{{}, [] {
+                       return text_of(disturbed([] {
+                         return Media_Helper::calculate_resolution({640, 0}, {1920, 1080});
+                       }));
+                     }};
+       }},
+      {"caps_equal", "in another order",
+       [] {
+         const Caps raw = make_caps("video/x-raw");
+         const Caps h264 = make_caps("video/x-h264");
+         return Call{{{"caps", raw}, {"other caps", h264}}, [raw, h264] {
+                       return equal({raw, h264}, {h264, raw});
+                     }};
+       }},
+      {"caps_equal", "other caps",
+       [] {
+         const Caps raw = make_caps("video/x-raw");
+         const Caps h264 = make_caps("video/x-h264");
+         return Call{{{"caps", raw}, {"other caps", h264}}, [raw, h264] {
+                       return equal({raw, raw}, {raw, h264});
+                     }};
+       }},
+      {"get_element_type", "found",
+       [] {
+         return Call{{factory_of_identity()}, [] {
+                       return std::string(g_type_name(
+                           disturbed([] { return Media_Helper::get_element_type("identity"); })));
+                     }};
+       }},
+      {"get_element_type", "no factory",
+       [] {
+         return Call{{factory_of_identity()}, [] {
+                       return std::string(g_type_name(disturbed(
+                           [] { return Media_Helper::get_element_type("nosuchfactory"); })));
+                     }};
+       }},
+  };
+}
+
+std::vector<Scenario> search_scenarios() {
+  return {
+      {"find_element_with_caps_and_type", "found",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), GST_TYPE_APP_SINK,
+                                            searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "not found",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), GST_TYPE_BIN,
+                                            searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "no bin",
+       [] {
+         const Caps caps = make_caps("video/x-h264");
+         return Call{{{"caps", caps}}, [caps] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            nullptr, GST_TYPE_APP_SINK, caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "no type",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), G_TYPE_INVALID,
+                                            searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "no caps",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), GST_TYPE_APP_SINK, nullptr);
+                                      })).get());
+                     }};
+       }},
+      {"find_tee_with_caps", "found by what its peer can send",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_tee_with_caps(
+                                            as_bin(searched.bin), searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_tee_with_caps", "found by its current caps",
+       [] {
+         const Searched_Bin searched;
+         const Pad pad = static_pad(searched.tee, "sink");
+         gst_pad_set_active(pad.get(), TRUE);
+         gst_pad_send_event(pad.get(), gst_event_new_stream_start("stream"));
+         gst_pad_send_event(pad.get(), gst_event_new_caps(searched.caps.get()));
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_tee_with_caps(
+                                            as_bin(searched.bin), searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_appsink_with_caps", "found",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_appsink_with_caps(
+                                            as_bin(searched.bin), searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_all_appsinks", "two",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       const auto found = disturbed(
+                           [&] { return Media_Helper::find_all_appsinks(as_bin(searched.bin)); });
+                       return std::to_string(found.size()) + " appsinks";
+                     }};
+       }},
+      {"find_all_appsinks", "no bin",
+       [] {
+         return Call{{}, [] {
+                       const auto found =
+                           disturbed([] { return Media_Helper::find_all_appsinks(nullptr); });
+                       return std::to_string(found.size()) + " appsinks";
+                     }};
+       }},
+      {"bin_has_element_type", "has",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return std::to_string(disturbed([&] {
+                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
+                                                                   GST_TYPE_APP_SINK);
+                       }));
+                     }};
+       }},
+      {"bin_has_element_type", "has not",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return std::to_string(disturbed([&] {
+                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
+                                                                   GST_TYPE_PIPELINE);
+                       }));
+                     }};
+       }},
+      {"bin_has_element_type", "no bin",
+       [] {
+         return Call{{}, [] {
+                       return std::to_string(disturbed([] {
+                         return Media_Helper::bin_has_element_type(nullptr, GST_TYPE_PIPELINE);
+                       }));
+                     }};
+       }},
+      {"bin_has_element_type", "no type",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return std::to_string(disturbed([&] {
+                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
+                                                                   G_TYPE_INVALID);
+                       }));
+                     }};
+       }},
+      {"caps_compare_func", "fits",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       const Element_Value value(searched.inner);
+                       Media_Helper::FindElementCapsTypeHelper wanted{GST_TYPE_APP_SINK,
+                                                                      searched.caps.get()};
+                       return std::to_string(disturbed(
+                           [&] { return Media_Helper::caps_compare_func(value.get(), &wanted); }));
+                     }};
+       }},
+      {"type_compare_func", "is of another type",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       const Element_Value value(searched.tee);
+                       unsigned long long wanted = GST_TYPE_APP_SINK;
+                       return std::to_string(disturbed(
+                           [&] { return Media_Helper::type_compare_func(value.get(), &wanted); }));
+                     }};
+       }},
+  };
+}
+
+std::vector<Scenario> text_scenarios() {
+  return {
+      {"gst_state_to_string", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_state_to_string(GST_STATE_PLAYING); });
+                     }};
+       }},
+      {"gst_state_to_string", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_state_to_string(value<GstState>(99)); });
+                     }};
+       }},
+      {"gst_state_change_to_string", "known",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_state_change_to_string(
+                             GST_STATE_CHANGE_NULL_TO_READY);
+                       });
+                     }};
+       }},
+      {"gst_state_change_to_string", "unknown",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_state_change_to_string(value<GstStateChange>(0));
+                       });
+                     }};
+       }},
+      {"gst_enum_message", "a result of a state change",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_enum_message(GST_STATE_CHANGE_ASYNC); });
+                     }};
+       }},
+      {"gst_enum_message", "no result of a state change",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_enum_message(value<GstStateChangeReturn>(99));
+                       });
+                     }};
+       }},
+      {"gst_enum_message", "a result of a link",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_enum_message(GST_PAD_LINK_NOFORMAT); });
+                     }};
+       }},
+      {"gst_enum_message", "no result of a link",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_enum_message(value<GstPadLinkReturn>(99));
+                       });
+                     }};
+       }},
+      {"gst_enum_message", "a state",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_enum_message(GST_STATE_READY); });
+                     }};
+       }},
+      {"gst_enum_message", "no state",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_enum_message(value<GstState>(99)); });
+                     }};
+       }},
+      {"gst_enum_message", "a type of message",
+       [] {
+         return Call{{}, [] {
+                       return disturbed([] {
+                         return Media_Helper::gst_enum_message(GST_MESSAGE_DURATION_CHANGED);
+                       });
+                     }};
+       }},
+      {"gst_enum_message", "no type of message",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_enum_message(value<GstMessageType>(3)); });
+                     }};
+       }},
+      {"gst_time_to_string", "a time",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::gst_time_to_string(3723000000001); });
+                     }};
+       }},
+      {"gst_segment_to_string", "a segment",
+       [] {
+         return Call{{}, [] {
+                       GstSegment segment;
+                       gst_segment_init(&segment, GST_FORMAT_TIME);
+                       return disturbed(
+                           [&] { return Media_Helper::gst_segment_to_string(&segment); });
+                     }};
+       }},
+      {"gst_segment_to_string", "a segment of bytes",
+       [] {
+         return Call{{}, [] {
+                       GstSegment segment;
+                       gst_segment_init(&segment, GST_FORMAT_BYTES);
+                       return disturbed(
+                           [&] { return Media_Helper::gst_segment_to_string(&segment); });
+                     }};
+       }},
+      {"gst_segment_to_string", "no segment",
+       [] {
+         return Call{
+             {},
+             [] { return disturbed([] { return Media_Helper::gst_segment_to_string(nullptr); }); }};
+       }},
+      {"generate_queue_stats_report", "a queue",
+       [] {
+         const Element queue = make_element("queue", "a_queue_with_a_name");
+         return Call{{{"queue", queue}}, [queue] {
+                       return disturbed(
+                           [&] { return Media_Helper::generate_queue_stats_report(queue.get()); });
+                     }};
+       }},
+      {"generate_queue_stats_report", "no queue",
+       [] {
+         return Call{{}, [] {
+                       return disturbed(
+                           [] { return Media_Helper::generate_queue_stats_report(nullptr); });
+                     }};
+       }},
+  };
+}
+
+}  // namespace kel::tavren::tests

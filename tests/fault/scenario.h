@@ -1,0 +1,106 @@
+// The calls of public operations that fault tests disturb.
+
+#ifndef TAVREN_TESTS_SCENARIO_H
+#define TAVREN_TESTS_SCENARIO_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "depayloader_references.h"
+#include "disturbance.h"
+#include "references.h"
+
+namespace kel::tavren::tests {
+
+// An object whose references are counted before a call and after it.
+struct Involved {
+  template <typename T>
+  Involved(const char *object_name, const boost::intrusive_ptr<T> &object)
+      : name(object_name),
+        count([object] { return static_cast<int>(reference_count(object.get())); }) {}
+  // The registry holds it.
+  Involved(const char *object_name, GstElementFactory *factory)
+      : name(object_name), count([factory] { return static_cast<int>(reference_count(factory)); }) {
+  }
+
+  std::string name;
+  std::function<int()> count;
+};
+
+// A call on objects made for it. It gives back what it is handed, by itself, and tells what came of
+// it: nothing of a call is left but the objects.
+struct Call {
+  std::vector<Involved> involved;
+  std::function<std::string()> run;
+};
+
+enum class Trait {
+  NONE,
+  // A failed call may leave a part of its work done, as the operation says: it is not then called
+  // again on the same objects.
+  KEEPS_PARTIAL_WORK,
+  // How often the framework is asked depends on where objects lie in memory.
+  CALLS_VARY,
+};
+
+struct Scenario {
+  const char *operation;
+  const char *path;
+  Call (*prepare)();
+  Trait trait = Trait::NONE;
+};
+
+// Shorthands of scenarios.
+
+using Bus = boost::intrusive_ptr<GstBus>;
+
+inline GstBin *as_bin(const Element &element) {
+  return GST_BIN_CAST(element.get());
+}
+
+// A pad that belongs to no element.
+inline Pad make_pad(const char *name, GstPadDirection direction) {
+  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
+}
+
+// What is of another type than a call takes.
+template <typename T>
+T *disguise(const boost::intrusive_ptr<GstPad> &pad) {
+  return reinterpret_cast<T *>(pad.get());
+}
+
+// Takes over a reference, the floating one too.
+inline Element own(GstElement *element) {
+  return Element(element != nullptr && g_object_is_floating(element)
+                     ? GST_ELEMENT_CAST(gst_object_ref_sink(element))
+                     : element,
+                 false);
+}
+
+// A disturbed call that hands nothing out.
+template <typename Call>
+std::string done(Call call) {
+  disturbed(call);
+  return "done";
+}
+
+inline std::string name_of(gpointer object) {
+  return object != nullptr ? GST_OBJECT_NAME(object) : "null";
+}
+
+std::vector<Scenario> check_and_lookup_scenarios();
+std::vector<Scenario> construction_scenarios();
+std::vector<Scenario> control_scenarios();
+std::vector<Scenario> pad_and_link_scenarios();
+std::vector<Scenario> branch_scenarios();
+std::vector<Scenario> ancestry_scenarios();
+std::vector<Scenario> media_type_scenarios();
+std::vector<Scenario> discovery_scenarios();
+std::vector<Scenario> caps_scenarios();
+std::vector<Scenario> search_scenarios();
+std::vector<Scenario> text_scenarios();
+
+}  // namespace kel::tavren::tests
+
+#endif
