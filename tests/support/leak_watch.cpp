@@ -48,7 +48,8 @@ int Object_Balance::now() {
 bool deinit_without_leaks() {
   gst_debug_set_active(TRUE);
   gst_debug_set_threshold_for_name("GST_TRACER", GST_LEVEL_TRACE);
-  gst_debug_add_log_function(note_leak, nullptr, nullptr);
+  // The function: the macro of that name compares pointers to data with pointers to functions.
+  (gst_debug_add_log_function)(note_leak, nullptr, nullptr);
   gst_deinit();
   return leaked == 0;
 }
