@@ -57,6 +57,7 @@ gint64 now() {
   return g_get_monotonic_time();
 }
 
+//! [kind of a stream]
 // The kind of media that a depayloader makes of a stream. Some can make several: the stream's own
 // caps tell whether it is video or audio.
 MediaType depayloaded_kind(const std::string &depayloader, const GstCaps *rtp_caps) {
@@ -75,6 +76,7 @@ MediaType depayloaded_kind(const std::string &depayloader, const GstCaps *rtp_ca
   }
   return capture::UNKNOWN;
 }
+//! [kind of a stream]
 
 // The caps of what an element takes in; throws before there are any.
 Caps current_sink_caps(GstElement *element) {
@@ -154,6 +156,7 @@ void check_output(const std::string &file) {
 
 class Camera_Recorder::Session {
 public:
+  //! [prepare]
   explicit Session(const Recording_Options &options)
       : options_(options), muxer_name_(Media_Helper::select_muxer(options.output)),
         loop_(g_main_loop_new(nullptr, FALSE), false),
@@ -172,16 +175,20 @@ public:
     g_source_set_callback(bus_watch_.get(), G_SOURCE_FUNC(on_message), this, nullptr);
     g_source_attach(bus_watch_.get(), nullptr);
   }
+  //! [prepare]
 
+  //! [tear down]
   ~Session() {
     // Once the pipeline has stopped nothing calls back any more.
     gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
     if (bus_watch_) g_source_destroy(bus_watch_.get());
   }
+  //! [tear down]
 
   Session(const Session &) = delete;
   Session &operator=(const Session &) = delete;
 
+  //! [record]
   void record() {
     const guint ticker = g_timeout_add(tick_interval, on_tick, this);
     started_ = now();
@@ -199,6 +206,7 @@ public:
     if (!graph_.empty())
       guarded([](Session &self) { draw_graph(self.graph_, self.options_.graph); });
   }
+  //! [record]
 
   void stop() noexcept {
     guarded([](Session &self) { self.end_as_asked(); });
@@ -262,6 +270,7 @@ private:
     return G_SOURCE_CONTINUE;
   }
 
+  //! [guard callbacks]
   template <typename Step>
   void guarded(Step step) noexcept {
     try {
@@ -270,6 +279,7 @@ private:
       fail(std::current_exception());
     }
   }
+  //! [guard callbacks]
 
   // Keeps the first failure and tells the main context. Any thread.
   void fail(std::exception_ptr failure) noexcept {
@@ -286,6 +296,7 @@ private:
                                                          gst_structure_new_empty(name)));
   }
 
+  //! [select streams]
   // Asks for one of the streams that the camera offers, or passes it over. The camera's thread.
   bool select_stream(GstCaps *offered) {
     const Caps caps = offered_rtp_caps(offered);
@@ -298,7 +309,9 @@ private:
     (is_metadata ? passed_over_streams_ : expected_streams_) += 1;
     return !is_metadata;
   }
+  //! [select streams]
 
+  //! [take up a stream]
   // Takes up one of the camera's streams and holds it back until all are there. The camera's
   // thread.
   void add_stream(GstPad *pad) {
@@ -316,7 +329,9 @@ private:
     if (first_stream_ == 0) first_stream_ = now();
     post(stream_added);
   }
+  //! [take up a stream]
 
+  //! [follow the recording]
   // Follows what goes into the file; a stream's queue is the last stop before the muxer.
   void note_recorded(GstPad *pad, GstBuffer *buffer) noexcept {
     last_recorded_ = now();
@@ -330,6 +345,7 @@ private:
     if (options_.duration != 0 && recorded() >= options_.duration && !duration_over_.exchange(true))
       post(duration_over);
   }
+  //! [follow the recording]
 
   // From here on: the main context.
 
@@ -387,6 +403,7 @@ private:
     return streams_.size() == expected_streams_;
   }
 
+  //! [begin the recording]
   // Builds all that lies behind the camera, and lets the streams go.
   void begin() {
     GstElement *const file = make("filesink", "file");
@@ -407,7 +424,9 @@ private:
     for (const Stream &stream : streams_)
       gst_pad_remove_probe(stream.source.get(), stream.block);
   }
+  //! [begin the recording]
 
+  //! [start the elements]
   // An element that cannot start has told why on the bus, better than anyone else could.
   void start(const std::vector<GstElement *> &elements) {
     try {
@@ -422,7 +441,9 @@ private:
       throw;
     }
   }
+  //! [start the elements]
 
+  //! [lead a stream into the file]
   // Leads a stream into the muxer. Adds what it makes to the elements, those downstream first.
   void build_recording_branch(Stream &stream, GstElement *multiqueue, GstElement *muxer,
                               std::vector<GstElement *> &elements) {
@@ -457,6 +478,7 @@ private:
                                                  on_recorded, this, nullptr);
     Media_Helper::link_pad_to_element_or_throw(stream.source.get(), stream.depayloader);
   }
+  //! [lead a stream into the file]
 
   // Lets a viewer join a video stream. One that cannot join does not disturb the recording.
   void show(Stream &stream) {
@@ -482,6 +504,7 @@ private:
     return setter;
   }
 
+  //! [join a viewer]
   // Hangs a viewer on the tee of a video stream while the recording runs.
   void join_viewer(const Stream &stream) {
     const Caps wanted = current_sink_caps(stream.queue);
@@ -501,6 +524,7 @@ private:
       throw;
     }
   }
+  //! [join a viewer]
 
   void fill_viewer(GstElement *viewer, MediaType kind) {
     const auto make_inside = [viewer](const std::string &factory) {
@@ -528,6 +552,7 @@ private:
     throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished");
   }
 
+  //! [finish the file]
   // Ends each stream where it comes in, each from a thread of its own: one that is held up must not
   // keep the others from ending.
   void finish() {
@@ -545,6 +570,7 @@ private:
           },
           nullptr, nullptr);
   }
+  //! [finish the file]
 
   void tick() {
     switch (phase_) {

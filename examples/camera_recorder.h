@@ -42,7 +42,7 @@ public:
 
   // Records until the duration is over, stop() is called or something fails. Whatever happens, a
   // file that was begun is finished before this returns. Throws nothing of what happened to the
-  // camera: see failure().
+  // camera: see rethrow_failure().
   void record();
 
   // Ends the recording properly; when called again and the file is still not finished after a

@@ -36,12 +36,14 @@ Bus_Error::Bus_Error(GstMessage *message) : std::runtime_error(text_of(message))
 Bus_Error::Bus_Error(GstResourceError error, const std::string &text)
     : std::runtime_error(coded(GST_RESOURCE_ERROR, error, text)) {}
 
+//! [tell a failure]
 void print_failure(const std::string &subject, const std::exception &error) {
   std::cerr << subject << ": error ";
   if (const auto *coded_error = dynamic_cast<const Tavren_Error<std::exception> *>(&error))
     std::cerr << "0x" << std::hex << std::uppercase << coded_error->code() << std::dec << ": ";
   std::cerr << error.what() << std::endl;
 }
+//! [tell a failure]
 
 int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
                 const std::function<void()> &body) {

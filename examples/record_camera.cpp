@@ -20,11 +20,13 @@ using capture::Media_Helper;
 
 constexpr GstClockTime probe_timeout = 10 * GST_SECOND;
 
+//! [look into the file]
 void print_streams(const std::string &file) {
   const std::unique_ptr<char, Emancipator<char>> uri(gst_filename_to_uri(file.c_str(), nullptr));
   if (!uri) throw std::runtime_error("no URI can be made of " + file);
   print_media_table(std::cout, *Media_Helper::get_media_info(uri.get(), probe_timeout));
 }
+//! [look into the file]
 
 void record(const Recording_Options &options) {
   Camera_Recorder recorder(options);

@@ -31,8 +31,8 @@ namespace kel::tavren::capture {
 /// what failed. A bad argument is reported by the code of its check (`NOT_AN_ELEMENT` and so on),
 /// never by the operation's own. Whatever an operation fetches for its own use is given back before
 /// it returns or throws; objects handed in keep the reference counts they had, except where an
-/// operation says otherwise. Every function may also throw `std::bad_alloc`,
-/// unless it says that it does not throw.
+/// operation says otherwise. A function that names no code throws none; every function may also
+/// throw `std::bad_alloc`, unless it says that it does not throw.
 ///
 /// There is no state: every function runs to completion on the caller's thread and takes no lock of
 /// its own. "Any thread" below means that a function may run on any number of threads at once, on
@@ -45,9 +45,12 @@ namespace kel::tavren::capture {
 /// another type: that is what the check reports.
 class TAVREN_CAPTURE_EXPORT Media_Helper {
 public:
+  /// There are no objects of this class: all its functions are static.
   Media_Helper() = delete;
 
-  /// @name Argument checks
+  /// @defgroup argument_checks Argument checks
+  /// Say in one line what is wrong with an argument.
+  ///
   /// Each returns when the argument is good and throws otherwise; the message is the description
   /// with a fixed text appended. The objects' reference counts do not change.
   /// @{
@@ -96,7 +99,8 @@ public:
   static void gst_is_initialized_or_throw(const std::string &message);
 
   /// @}
-  /// @name Keyed lookup
+  /// @defgroup keyed_lookup Keyed lookup
+  /// Look a text up in a table of the caller's.
   /// @{
 
   /// Looks a text up by its key.
@@ -112,7 +116,8 @@ public:
                                                const std::string &message);
 
   /// @}
-  /// @name Factories, bins and parsed pipelines
+  /// @defgroup construction Factories, bins and parsed pipelines
+  /// Make elements and pipelines, put elements into bins and find them there.
   /// @{
 
   /// Finds an element factory.
@@ -185,7 +190,8 @@ public:
                                                         const std::string &element_name);
 
   /// @}
-  /// @name State, bus, parent and signals
+  /// @defgroup control State, bus, parent and signals
+  /// Start and stop elements, and hear from them.
   /// @{
 
   /// Sets an element's state.
@@ -242,7 +248,8 @@ public:
                                           void (*callback)(), void *data);
 
   /// @}
-  /// @name Pads and links
+  /// @defgroup pads_and_links Pads and links
+  /// List pads, link them, and watch what passes.
   /// @{
 
   /// Pads, each held by a reference of its own.
@@ -307,6 +314,7 @@ public:
   /// element that is null ends it too, and is reported as a bad element.
   /// @param first the first element.
   /// @param second the second element.
+  /// @param ... the elements after it, and the null that ends them.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT`, with the position counted from 1,
   /// for a bad element, `ELEMENT_LINK_FAILED` when two neighbours cannot be linked. Any thread.
   static void gst_element_link_many_or_throw(GstElement *first, GstElement *second, ...);
@@ -336,7 +344,8 @@ public:
                                              GDestroyNotify destroy_data);
 
   /// @}
-  /// @name Tee branches
+  /// @defgroup tee_branches Tee branches
+  /// Hang branches on a tee, while it runs too.
   /// @{
 
   /// Requests a new source pad from a tee, or from any element with a "src_%u" request template.
@@ -344,7 +353,8 @@ public:
   /// @return (transfer full) (not nullable) the pad. To end the branch, give it back with
   /// `gst_element_release_request_pad` and then drop the reference.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
-  /// `TEE_HAS_NO_SRC_PAD_TEMPLATE`, `TEE_SRC_PAD_REQUEST_FAILED`. Any thread.
+  /// `TEE_HAS_NO_SRC_PAD_TEMPLATE` when its class has no "src_%u" template,
+  /// `TEE_SRC_PAD_REQUEST_FAILED` when it gives no pad for it. Any thread.
   static GstPad *get_tee_src_pad(GstElement *tee);
 
   /// Hangs a branch on a tee: requests a source pad and links it to an element's "sink" pad.
@@ -358,15 +368,17 @@ public:
   static void link_tee_to_element(GstElement *tee, GstElement *element);
 
   /// @}
-  /// @name Multiqueue streams
+  /// @defgroup multiqueue_pads Multiqueue pads
+  /// Lead streams through a multiqueue, and find the other end of one.
   /// @{
 
   /// Finds the partner of a multiqueue's pad: sink_0 for src_0, src_0 for sink_0.
   /// @param multiqueue_pad the pad.
   /// @return (transfer full) (not nullable) the partner.
   /// @throws Backend_Error<std::runtime_error> `NOT_A_PAD` for a bad pad,
-  /// `MULTIQUEUE_PAD_HAS_NO_PARENT`, `NOT_A_MULTIQUEUE_PAD_NAME`, `STATIC_PAD_NOT_FOUND` when the
-  /// partner is not there.
+  /// `MULTIQUEUE_PAD_HAS_NO_PARENT` when it belongs to no element, `NOT_A_MULTIQUEUE_PAD_NAME` when
+  /// its name does not begin with "src" or "sink", as its direction asks for,
+  /// `STATIC_PAD_NOT_FOUND` when the partner is not there.
   /// @throws std::out_of_range for pads named "src" or "sink": there is no suffix to carry over.
   /// Any thread.
   static GstPad *get_corresponding_multiqueue_pad(GstPad *multiqueue_pad);
@@ -382,21 +394,24 @@ public:
   /// `gst_element_release_request_pad` and then dropped when the stream ends; and (transfer full)
   /// (not nullable) its partner, the source pad.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
-  /// `MULTIQUEUE_HAS_NO_SINK_PAD_TEMPLATE`, `MULTIQUEUE_SINK_PAD_REQUEST_FAILED`, and as
-  /// `get_corresponding_multiqueue_pad`. Any thread.
+  /// `MULTIQUEUE_HAS_NO_SINK_PAD_TEMPLATE` when its class has no "sink_%u" template,
+  /// `MULTIQUEUE_SINK_PAD_REQUEST_FAILED` when it gives no pad for it, and as
+  /// `get_corresponding_multiqueue_pad`.
+  /// @throws std::out_of_range as `get_corresponding_multiqueue_pad`. Any thread.
   static std::pair<GstPad *, GstPad *>
   request_new_multiqueue_pads(GstElement *multiqueue, std::string name, const GstCaps *caps);
 
   /// @}
-  /// @name Peers and ancestry
+  /// @defgroup peers_and_ancestry Peers and ancestry
+  /// Find what an element is linked to and what it belongs to.
   /// @{
 
   /// Gets the pad linked to an element's "sink" pad.
   /// @param element the element.
   /// @return (transfer full) (not nullable) the peer pad.
   /// @throws Backend_Error<std::runtime_error> `NOT_AN_ELEMENT` for a bad element,
-  /// `STATIC_PAD_NOT_FOUND` when it has no "sink" pad, `SINK_PAD_NOT_LINKED`,
-  /// `SINK_PAD_HAS_NO_PEER` when the link went away meanwhile. Any thread.
+  /// `STATIC_PAD_NOT_FOUND` when it has no "sink" pad, `SINK_PAD_NOT_LINKED` when that is not
+  /// linked, `SINK_PAD_HAS_NO_PEER` when the link went away meanwhile. Any thread.
   static GstPad *get_element_sink_peer_pad_or_throw(GstElement *element);
 
   /// Gets the element whose pad is linked to an element's "sink" pad.
@@ -422,7 +437,8 @@ public:
   static void verify_element_top_parent(GstElement *element, GstElement *expected_top_parent);
 
   /// @}
-  /// @name Media kinds
+  /// @defgroup media_types Media types
+  /// Tell the kinds of media apart.
   /// @{
 
   /// Tells the kind of media that caps describe.
@@ -450,7 +466,9 @@ public:
   static bool is_audio(MediaType type, bool include_raw) noexcept;
 
   /// @}
-  /// @name Element selection
+  /// @defgroup element_selection Element selection
+  /// Choose the element for a file or for a kind of media.
+  ///
   /// Each names an element factory and makes nothing.
   /// @{
 
@@ -494,7 +512,8 @@ public:
   static std::string select_video_rate(MediaType type);
 
   /// @}
-  /// @name RTP proxy selection
+  /// @defgroup proxy_selection RTP proxy selection
+  /// Choose the elements that take a stream out of RTP and pack it again.
   /// @{
 
   /// Chooses the depayloader that takes a stream's RTP caps and the payloader that packs it again.
@@ -508,15 +527,17 @@ public:
   static std::pair<std::string, std::string> select_proxy_elements(const GstCaps *caps);
 
   /// @}
-  /// @name Media discovery
+  /// @defgroup media_discovery Media discovery
+  /// Find out what a file or stream holds.
   /// @{
 
   /// Finds out what a media file or stream holds, waiting for the answer.
   /// @param uri the URI, handed on as it is; a file's path must have been made one.
   /// @param timeout the longest wait in ns, handed on as it is.
   /// @return (not nullable) what was found; the caller is its only owner.
-  /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED`, `DISCOVERY_FAILED`,
-  /// `DISCOVERER_RETURNED_ERROR` with the discoverer's result. Any thread.
+  /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` when no discoverer can
+  /// be made, also because it does not take the timeout; `DISCOVERY_FAILED` when it gives no answer
+  /// at all; `DISCOVERER_RETURNED_ERROR`, with its result, when the answer is an error. Any thread.
   static std::unique_ptr<Media_Info> get_media_info(const std::string &uri,
                                                     const GstClockTime &timeout);
 
@@ -526,8 +547,11 @@ public:
   static std::string gst_discoverer_result_to_string(const GstDiscovererResult &result);
 
   /// @}
-  /// @name Caps readers
-  /// The readers look at the first structure of the caps only.
+  /// @defgroup caps_readers Caps readers
+  /// Read single facts from caps, and compare caps and sizes.
+  ///
+  /// The readers look at the first structure of the caps only. Caps without one, empty or any, tell
+  /// nothing and draw GLib's warning too.
   /// @{
 
   /// Reads the frame rate.
@@ -572,18 +596,22 @@ public:
                          std::vector<boost::intrusive_ptr<GstCaps>> second_list);
 
   /// @}
-  /// @name Element types
+  /// @defgroup element_types Element types
+  /// Find the type by which elements are searched.
   /// @{
 
   /// Finds the type of the elements that a factory makes, loading its plug-in.
   /// @param factory_name the factory's name.
   /// @return the type, a `GType`; never 0.
-  /// @throws Backend_Error<std::runtime_error> `FACTORY_NOT_FOUND`, `FACTORY_NOT_LOADED`,
-  /// `FACTORY_HAS_NO_ELEMENT_TYPE`. Any thread.
+  /// @throws Backend_Error<std::runtime_error> `FACTORY_NOT_FOUND` when there is none of that name,
+  /// `FACTORY_NOT_LOADED` when its plug-in cannot be loaded, `FACTORY_HAS_NO_ELEMENT_TYPE` when it
+  /// names no type even then. Any thread.
   static unsigned long long get_element_type(const std::string &factory_name);
 
   /// @}
-  /// @name Bin search
+  /// @defgroup bin_search Bin search
+  /// Find elements in a bin by their type and their caps.
+  ///
   /// Searches look at the elements of a bin and of the bins inside it, not at the bin itself, and
   /// compare types exactly: a subclass does not count. Finding nothing is no error.
   /// @{
@@ -652,8 +680,8 @@ public:
   static int type_compare_func(const GValue *value, unsigned long long *wanted_type) noexcept;
 
   /// @}
-  /// @name Diagnostics text
-  /// Texts for logs; they never change with the locale.
+  /// @defgroup enumeration_names Enumeration names
+  /// Write the framework's enumerations out for logs.
   /// @{
 
   /// Names a state.
@@ -687,6 +715,11 @@ public:
   /// @return the enumerator's name, or a fixed text for a value outside the list. Any thread.
   static std::string gst_enum_message(GstMessageType type);
 
+  /// @}
+  /// @defgroup time_and_segment_text Time and segment text
+  /// Write times for logs; the texts never change with the locale.
+  /// @{
+
   /// Writes a time as hours, minutes, seconds and nanoseconds: 1:02:03.000000001.
   /// @param time the time in ns; `GST_CLOCK_TIME_NONE` is written as 99:99:99.999999999.
   /// @return the text. Any thread.
@@ -697,6 +730,11 @@ public:
   /// @return the text; a fixed text for null and for another format. Any thread, while nobody
   /// changes the segment.
   static std::string gst_segment_to_string(const GstSegment *segment);
+
+  /// @}
+  /// @defgroup queue_report Queue report
+  /// Write for logs how full a queue is; the text never changes with the locale.
+  /// @{
 
   /// Writes how full a queue is on one line: buffers, bytes, whole seconds.
   /// @param queue (nullable) the queue; not checked for its type.

@@ -14,6 +14,7 @@ namespace kel::tavren::capture {
 /// What `Media_Helper::get_media_info` found at a URI; owns all that it holds.
 ///
 /// A plain record: reading it from several threads is safe, changing it is not.
+/// @ingroup media_discovery
 struct Media_Info {
   /// The URI that was probed.
   std::string uri;

@@ -11,6 +11,7 @@ namespace kel::tavren::capture {
 ///
 /// The numbers are part of the interface: callers store them. Values outside the list are legal
 /// arguments everywhere and are treated as a kind that no table knows.
+/// @ingroup media_types
 enum MediaType : int {
   JPEG = 0,          ///< "image/jpeg"
   H264 = 1,          ///< "video/x-h264"

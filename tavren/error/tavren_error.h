@@ -15,6 +15,10 @@
 /// The library's namespace.
 namespace kel::tavren {
 
+/// @defgroup errors Errors
+/// Catch what the library throws, and tell one failure from another by its code.
+/// @{
+
 /// An error of the library that is also a standard exception of type @p Base.
 ///
 /// `what()` is the message given at construction, unchanged. Error objects do not change after
@@ -45,7 +49,8 @@ protected:
 
   /// Copies the code. Does not throw. Any thread.
   Tavren_Error(const Tavren_Error &) = default;
-  /// Copies the code. Does not throw. One thread at a time.
+  /// Copies the code.
+  /// @return this error. Does not throw. One thread at a time.
   Tavren_Error &operator=(const Tavren_Error &) = default;
 
 private:
@@ -58,6 +63,7 @@ class TAVREN_CAPTURE_EXPORT Tavren_Error : public Base,
 public:
   /// Makes the error from its code and from what @p Base is made of.
   /// @param code the code of the failure.
+  /// @tparam Message what @p Base is made of, `std::string` or `const char *`.
   /// @param message the arguments of @p Base: the message as a string or a literal.
   /// @throws std::bad_alloc when the message cannot be copied. Any thread.
   template <typename... Message>
@@ -86,7 +92,8 @@ protected:
 
   /// Copies the code. Does not throw. Any thread.
   Backend_Error(const Backend_Error &) = default;
-  /// Copies the code. Does not throw. One thread at a time.
+  /// Copies the code.
+  /// @return this error. Does not throw. One thread at a time.
   Backend_Error &operator=(const Backend_Error &) = default;
 };
 
@@ -96,6 +103,7 @@ class TAVREN_CAPTURE_EXPORT Backend_Error : public Tavren_Error<Base>,
 public:
   /// Makes the error from its code and from what @p Base is made of.
   /// @param code the code of the failure.
+  /// @tparam Message what @p Base is made of, `std::string` or `const char *`.
   /// @param message the arguments of @p Base, by value: the message as a string or a literal.
   /// @throws std::bad_alloc when the message cannot be copied. Any thread.
   template <typename... Message>
@@ -103,6 +111,8 @@ public:
       : Tavren_Error<std::exception>(code), Tavren_Error<Base>(code, std::move(message)...),
         Backend_Error<std::exception>(code) {}
 };
+
+/// @}
 
 // Made once, in the library: the program and the library must agree on one typeinfo of each class,
 // or a catch in the program would not see what the library throws.

@@ -18,6 +18,7 @@ namespace kel::tavren::TEC {
 /// Reading one in a log: 0x15160 to 0x15190, 0x15200 and 0x15210 mean that the caller handed in a
 /// bad argument, and the message names the argument and the operation. The other codes mean that an
 /// operation could not do what it was asked; many of their messages name the object.
+/// @ingroup errors
 enum Tavren_Error_Code : std::int32_t {
   /// `string_from_map_or_throw_` and the element selection tables: the key has no row.
   /// Look at the file name's extension (case counts) or at the media kind that was asked for.
@@ -48,11 +49,13 @@ enum Tavren_Error_Code : std::int32_t {
   /// Look at the pad name that was asked for: it may be taken already.
   MULTIQUEUE_SINK_PAD_REQUEST_FAILED = 0x15055,
 
-  /// `get_corresponding_multiqueue_pad`: the pad belongs to no element.
+  /// `get_corresponding_multiqueue_pad`, `request_new_multiqueue_pads`: the pad belongs to no
+  /// element.
   /// Look at the pad's life: it may have been released from its multiqueue already.
   MULTIQUEUE_PAD_HAS_NO_PARENT = 0x15070,
 
-  /// `get_corresponding_multiqueue_pad`: the pad's name does not fit its direction.
+  /// `get_corresponding_multiqueue_pad`, `request_new_multiqueue_pads`: the pad's name does not fit
+  /// its direction.
   /// Look at the pad: source pads must begin with "src", sink pads with "sink".
   NOT_A_MULTIQUEUE_PAD_NAME = 0x15080,
 
@@ -83,7 +86,8 @@ enum Tavren_Error_Code : std::int32_t {
   ELEMENT_HAS_NO_PARENT = 0x15110,
 
   /// `gst_parse_launch_or_throw`: the description made no element at all.
-  /// Look at the description in the message: it is empty or its syntax is broken.
+  /// Look at the description in the message: it is empty, its syntax is broken, or its only element
+  /// cannot be made as it is described.
   PARSE_LAUNCH_FAILED = 0x15120,
 
   /// `gst_bin_get_by_name_or_throw`: the bin is null.
@@ -181,7 +185,9 @@ enum Tavren_Error_Code : std::int32_t {
   INVALID_CAPS_RESOLUTION = 0x15290,
 
   /// `get_media_info`: no discoverer could be made.
-  /// Look at the time-out: the framework does not take `GST_CLOCK_TIME_NONE`.
+  /// Look at the time-out: the framework does not take `GST_CLOCK_TIME_NONE`. Or its playback
+  /// plug-in,
+  /// which has "uridecodebin", is missing.
   DISCOVERER_CREATION_FAILED = 0x152A0,
 
   /// `get_media_info`: the discoverer gave no answer at all.

@@ -14,10 +14,12 @@ namespace kel::tavren {
 /// `std::unique_ptr<char, Emancipator<char>>`.
 ///
 /// @tparam T `char` or `GstIterator`: there are no others.
+/// @ingroup handles
 template <typename T>
 struct Emancipator;
 
 /// Frees text that GLib returned as a new copy, such as the result of `gst_object_get_name`.
+/// @ingroup handles
 template <>
 struct Emancipator<char> {
   /// Frees the text with `g_free`.
@@ -26,6 +28,7 @@ struct Emancipator<char> {
 };
 
 /// Frees an iterator over pads or elements.
+/// @ingroup handles
 template <>
 struct Emancipator<GstIterator> {
   /// Frees the iterator with `gst_iterator_free`.
