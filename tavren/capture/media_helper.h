@@ -140,7 +140,8 @@ public:
   ///
   /// An error from which the parser recovers counts as success: of a description that names an
   /// unknown element, what is left without it is made.
-  /// @param description the pipeline in the syntax of `gst-launch-1.0`.
+  /// @param description the pipeline in the syntax of `gst-launch-1.0`, from a source that is
+  /// trusted: the framework's parser does not survive every malformed one.
   /// @return (transfer floating) (not nullable) what `gst_parse_launch` returns, with the reference
   /// it returns.
   /// @throws Backend_Error<std::runtime_error> `PARSE_LAUNCH_FAILED` when nothing could be made.
