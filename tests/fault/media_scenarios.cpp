@@ -9,7 +9,6 @@
 namespace kel::tavren::tests {
 
 using capture::Media_Helper;
-using capture::MediaType;
 
 namespace {
 

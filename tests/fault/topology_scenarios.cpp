@@ -29,7 +29,7 @@ private:
 };
 
 Element make_tee(int pads) {
-  const Element tee = make_element("tee", "tee");
+  Element tee = make_element("tee", "tee");
   for (int i = 0; i < pads; ++i)
     Pad(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
   return tee;
