@@ -19,10 +19,15 @@
 
 namespace kel::tavren::tests {
 
+// For the names of tests.
+std::ostream &operator<<(std::ostream &out, const Scenario &scenario) {
+  return out << scenario.operation << ", " << scenario.path;
+}
+
 namespace {
 
 std::string text_of(const Scenario &scenario) {
-  return std::string(scenario.operation) + ", " + scenario.path;
+  return testing::PrintToString(scenario);
 }
 
 // Empty for none.

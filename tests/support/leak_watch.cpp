@@ -18,8 +18,10 @@ void note_leak(GstDebugCategory *category, GstDebugLevel, const gchar *, const g
 
 }  // namespace
 
-void watch_leaks() {
+void init_and_watch_leaks(int *argc, char ***argv) {
   g_setenv("GST_TRACERS", "leaks", TRUE);
+  gst_init(argc, argv);
+  g_unsetenv("GST_TRACERS");
 }
 
 Object_Balance::Object_Balance() {

@@ -7,8 +7,9 @@
 
 namespace kel::tavren::tests {
 
-// Has the framework watch over its objects. To be called before gst_init.
-void watch_leaks();
+// Initialises the framework, and has it watch over its objects. Programs that this one runs are not
+// watched.
+void init_and_watch_leaks(int *argc, char ***argv);
 
 // How many elements, pads, caps and other objects of the framework have been made since it began,
 // less those that are gone.

@@ -95,6 +95,7 @@ class Unexpected_Log_Listener : public testing::EmptyTestEventListener {
 }  // namespace
 
 void watch_logs() {
+  Log_Watch::instance();  // made now, and not in a call whose memory is counted
   g_log_set_writer_func(write_log, nullptr, nullptr);
   // First in the list, so that what it adds still counts for the test that ends.
   testing::TestEventListeners &listeners = testing::UnitTest::GetInstance()->listeners();

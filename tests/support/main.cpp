@@ -1,7 +1,6 @@
 // The one main of all test programs: the framework is initialised and taken down once a process,
 // which fails when objects of the framework are left then.
 
-#include <gst/gst.h>
 #include <gtest/gtest.h>
 
 #include "leak_watch.h"
@@ -9,8 +8,7 @@
 
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
-  kel::tavren::tests::watch_leaks();
-  gst_init(&argc, &argv);
+  kel::tavren::tests::init_and_watch_leaks(&argc, &argv);
   kel::tavren::tests::watch_logs();
   const int result = RUN_ALL_TESTS();
   return kel::tavren::tests::deinit_without_leaks() ? result : 1;
