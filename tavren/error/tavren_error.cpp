@@ -9,6 +9,7 @@ Backend_Error<std::exception>::~Backend_Error() = default;
 template class Tavren_Error<std::logic_error>;
 template class Tavren_Error<std::runtime_error>;
 template class Backend_Error<std::runtime_error>;
-template Backend_Error<std::runtime_error>::Backend_Error(TEC::Tavren_Error_Code, std::string);
+template TAVREN_CAPTURE_EXPORT
+    Backend_Error<std::runtime_error>::Backend_Error(TEC::Tavren_Error_Code, std::string);
 
 }  // namespace kel::tavren
