@@ -292,6 +292,7 @@ TEST(Bin_Add, KeepsAnElementOfAnotherBin) {
   gst_bin_add(as_bin(other), element);
   expect_refused(bin, element, "parser");
   EXPECT_EQ(reference_count(element), 1U);
+  EXPECT_EQ(reference_count(other.get()), 1U);
   EXPECT_TRUE(is_child_of(element, other));
   EXPECT_EQ(child_count(bin), 0);
 }

@@ -365,6 +365,24 @@ TEST(Signal_Connect, TakesADetailAndNoData) {
   EXPECT_EQ(changes, 1);
 }
 
+void note_before(GstElement *, GstPad *, gpointer data) {
+  static_cast<std::string *>(data)->append("before ");
+}
+void note_after(GstElement *, GstPad *, gpointer data) {
+  static_cast<std::string *>(data)->append("after ");
+}
+
+TEST(Signal_Connect, RunsTheHandlerBeforeThoseThatComeAfter) {
+  const Element tee = make_element("tee");
+  std::string order;
+  g_signal_connect_after(tee.get(), "pad-added", G_CALLBACK(note_after), &order);
+  Media_Helper::g_signal_connect_or_throw(tee.get(), "pad-added", G_CALLBACK(note_before), &order);
+
+  const Pad pad(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  EXPECT_EQ(order, "before after ");
+  gst_element_release_request_pad(tee.get(), pad.get());
+}
+
 void expect_no_signal(const std::string &signal, const std::string &warning) {
   const Element element = make_element("identity", "parser");
   const Expected_Log log(warning);

@@ -76,6 +76,8 @@ static_assert(std::is_constructible_v<Backend_Runtime, TEC::Tavren_Error_Code, s
 static_assert(std::is_constructible_v<Backend_Runtime, TEC::Tavren_Error_Code, const char *>);
 static_assert(std::is_constructible_v<Logic_Error, TEC::Tavren_Error_Code, const char *>);
 
+static_assert(noexcept(std::declval<const Root_Error &>().code()));
+
 static_assert(sizeof(TEC::Tavren_Error_Code) == 4);
 
 void fail_at_backend() {

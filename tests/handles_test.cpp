@@ -361,6 +361,9 @@ TEST(Emancipator, IsCalledByAThrow) {
             (Calls{{"g_free", text}}));
 }
 
+// What threw here would lose what the guard was to release.
+static_assert(noexcept(arm(std::declval<Scope_Exit_Guard &>(), std::declval<void (*)()>())));
+
 TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
   int runs = 0;
   {

@@ -241,6 +241,7 @@ TEST_P(Faults, OfAllocationLoseNothing) {
         if (!is_wanted(text_of(disturbance))) continue;
         const Round round = play(disturbance);
         EXPECT_EQ(round.outcome, OUT_OF_MEMORY) << text_of(disturbance);
+        EXPECT_EQ(round.allocations, allocation) << "more was allocated when one had failed";
         EXPECT_TRUE(round.changes.empty() || round.changes == failed.changes)
             << text_of(disturbance) << round.changes;
       }

@@ -1,0 +1,220 @@
+"""Builds the library with a change in it and lets the test programs judge it."""
+
+import os
+import resource
+import shutil
+import signal
+import subprocess
+import time
+from collections import Counter
+from dataclasses import dataclass
+from pathlib import Path
+
+PRECOMPILED = Path(__file__).resolve().parent / 'precompiled.cmake'
+
+# What stops a program that a change has sent into a loop, in time and in memory.
+SHORTEST_TIME_LIMIT = 20
+MEMORY_LIMIT = 8 << 30
+
+# The plain builds are quick. What gets past them is built again as the sanitizers' preset has it,
+# for lost memory is seen by nothing else.
+PLAIN = 'plain'
+SANITIZED = 'sanitized'
+SETTINGS = {
+    PLAIN: ['--preset', 'dev', '-DCMAKE_CXX_FLAGS_DEBUG=-O0'],
+    SANITIZED: ['--preset', 'asan-ubsan', '-DCMAKE_CXX_FLAGS_DEBUG=-O0'],
+}
+
+
+class Failed(Exception):
+    pass
+
+
+def environment(kind, source):
+    variables = dict(os.environ, G_SLICE='always-malloc')
+    if kind == PLAIN:
+        # Freed and fresh memory is filled: reading it does not go well by chance.
+        variables['MALLOC_PERTURB_'] = '165'
+    else:
+        variables['ASAN_OPTIONS'] = 'detect_leaks=1:fast_unwind_on_malloc=0'
+        variables['LSAN_OPTIONS'] = f'suppressions={source}/tests/support/lsan.supp'
+    return variables
+
+
+def copy_project(project, copy):
+    """The files that git knows or would add. Equal ones stay untouched, so that only what differs
+    is built again."""
+    listed = subprocess.run(['git', 'ls-files', '-z', '--cached', '--others', '--exclude-standard'],
+                            cwd=project, check=True, capture_output=True, text=True).stdout
+    names = {name for name in listed.split('\0') if name and (project / name).is_file()}
+    for file in [path for path in copy.rglob('*') if path.is_file()]:
+        if str(file.relative_to(copy)) not in names:
+            file.unlink()
+    for name in names:
+        source, target = project / name, copy / name
+        if not target.exists() or source.read_bytes() != target.read_bytes():
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copyfile(source, target)
+            shutil.copymode(source, target)
+
+
+class Build:
+    """A build directory of a copied tree."""
+
+    def __init__(self, source, kind):
+        self.source = source
+        self.kind = kind
+        self.directory = source.parent / kind
+        self.environment = environment(kind, source)
+        self.log = source.parent / f'{kind}.log'
+        self.configured = False
+
+    def configure(self):
+        command = ['cmake', '-S', '.', '-B', str(self.directory), *SETTINGS[self.kind],
+                   f'-DCMAKE_PROJECT_tavren_capture_INCLUDE={PRECOMPILED}',
+                   '-DTAVREN_CAPTURE_BUILD_EXAMPLES=OFF', '-DTAVREN_CAPTURE_WARNINGS_AS_ERRORS=OFF']
+        with open(self.log, 'w') as log:
+            if subprocess.run(command, cwd=self.source, stdout=log, stderr=log).returncode != 0:
+                raise Failed(f'cannot configure {self.directory}, see {self.log}')
+        self.configured = True
+
+    def make(self, *targets, jobs=1):
+        if not self.configured:
+            self.configure()
+        with open(self.log, 'w') as log:
+            return subprocess.run(['ninja', '-C', str(self.directory), f'-j{jobs}', *targets],
+                                  stdout=log, stderr=log).returncode == 0
+
+    def programs(self):
+        """The unit tests' programs, wherever they lie; not what takes the library from its users'
+        side."""
+        tests = self.directory / 'tests'
+        return sorted(str(path.relative_to(self.directory)) for path in tests.rglob('*_test')
+                      if path.is_file() and os.access(path, os.X_OK)
+                      and path.relative_to(tests).parts[0] not in ('end_to_end', 'consumer'))
+
+
+def run(program, environment, time_limit):
+    """Whether a test program passes; bounded in time and memory, together with all it starts."""
+
+    def limit():
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+        if 'ASAN_OPTIONS' not in environment:  # whose shadow takes terabytes of addresses
+            resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+
+    process = subprocess.Popen([str(program), '--gtest_brief=1', '--gtest_fail_fast'],
+                               cwd=program.parent, env=environment, preexec_fn=limit,
+                               start_new_session=True, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    try:
+        return process.wait(timeout=time_limit) == 0
+    except subprocess.TimeoutExpired:
+        return False
+    finally:
+        try:
+            os.killpg(process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        process.wait()
+
+
+class Tests:
+    """The test programs, built once against the library as it stands."""
+
+    def __init__(self, project, directory, kind, jobs):
+        source = directory / 'unchanged' / 'source'
+        copy_project(project, source)
+        self.build = Build(source, kind)
+        if not self.build.make(jobs=jobs):
+            raise Failed(f'the unchanged tree does not build, see {self.build.log}')
+        self.seconds = {}
+        for program in self.build.programs():
+            started = time.monotonic()
+            if not run(self.build.directory / program, self.build.environment, 600):
+                raise Failed(f'{program} fails without any change, in {self.build.directory}')
+            self.seconds[program] = time.monotonic() - started
+        if not self.seconds:
+            raise Failed('there are no test programs')
+
+    def time_limit(self, program):
+        return max(SHORTEST_TIME_LIMIT, 10 * self.seconds[program])
+
+
+@dataclass(frozen=True)
+class Verdict:
+    outcome: str  # killed, survived, not viable
+    by: str = ''
+    seconds: float = 0
+
+
+class Worker:
+    """A tree of its own, in which one file at a time is changed."""
+
+    def __init__(self, project, directory, number, tests):
+        self.source = directory / f'worker-{number}' / 'source'
+        copy_project(project, self.source)
+        self.tests = tests
+        self.builds = {kind: Build(self.source, kind) for kind in tests}
+        self.changed = None
+        self.kills = Counter()
+
+    def judge(self, mutant, kinds):
+        started = time.monotonic()
+        self.put(mutant)
+        outcome, by = 'survived', ''
+        for kind in kinds:
+            outcome, by = self.judge_build(kind, mutant)
+            if outcome != 'survived':
+                break
+        return Verdict(outcome, by, time.monotonic() - started)
+
+    def put(self, mutant):
+        if self.changed and self.changed.path != mutant.source.path:
+            (self.source / self.changed.path).write_text(self.changed.text)
+        self.changed = mutant.source
+        (self.source / mutant.source.path).write_text(mutant.text)
+
+    def judge_build(self, kind, mutant):
+        if not self.builds[kind].make('tavren_capture'):
+            return 'not viable', ''
+        # Another number changes nothing in how programs and library fit together: the programs as
+        # they are can judge it, before they are built with it.
+        by = ''
+        if not mutant.source.is_public_header or mutant.operator == 'change-number':
+            by = self.killer(kind, mutant, rebuilt=False)
+        if mutant.source.is_public_header and not by:
+            by = self.killer(kind, mutant, rebuilt=True)
+        return ('killed' if by else 'survived'), by
+
+    def killer(self, kind, mutant, rebuilt):
+        """The first program that notices; empty when none does."""
+        build, tests = self.builds[kind], self.tests[kind]
+        directory = build.directory if rebuilt else tests.build.directory
+        library_here = dict(build.environment, LD_LIBRARY_PATH=str(build.directory))
+        for program in self.likely_killers_first(mutant, tests):
+            if rebuilt and not build.make(os.path.basename(program)):
+                by = f'{kind} {program}, which does not compile'
+            elif not run(directory / program, library_here, tests.time_limit(program)):
+                by = f'{kind} {program}'
+            else:
+                continue
+            self.kills[mutant.source.path, program] += 1
+            return by
+        return ''
+
+    def likely_killers_first(self, mutant, tests):
+        """Those that have killed the most changes of the same file, then the quickest."""
+        return sorted(tests.seconds, key=lambda program: (
+            -self.kills[mutant.source.path, program], tests.seconds[program]))
+
+    def check_loaded_library(self):
+        """The programs must load the library built here, not the one that they were built with."""
+        for kind, build in self.builds.items():
+            if not build.make('tavren_capture'):
+                raise Failed(f'the unchanged library does not build, see {build.log}')
+            for program in self.tests[kind].seconds:
+                loaded = subprocess.run(
+                    ['ldd', str(self.tests[kind].build.directory / program)], capture_output=True,
+                    text=True, env=dict(os.environ, LD_LIBRARY_PATH=str(build.directory))).stdout
+                if f'=> {build.directory}/libtavren_capture.so' not in loaded:
+                    raise Failed(f'{program} does not load the library of {build.directory}')
