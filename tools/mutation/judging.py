@@ -91,7 +91,7 @@ class Build:
         tests = self.directory / 'tests'
         return sorted(str(path.relative_to(self.directory)) for path in tests.rglob('*_test')
                       if path.is_file() and os.access(path, os.X_OK)
-                      and path.relative_to(tests).parts[0] not in ('end_to_end', 'consumer'))
+                      and path.relative_to(tests).parts[0] not in ('end_to_end', 'consumer', 'soak'))
 
 
 def run(program, environment, time_limit):
