@@ -99,6 +99,16 @@ TEST(Object_Checks, RefuseAnInstanceWithoutAClass) {
     expect_failure(check, &instance, "argument");
 }
 
+// The class is abstract: of that very type the framework makes no object.
+TEST(Object_Checks, TakeAnElementOfNoSubclass) {
+  const gpointer element_class = g_type_class_ref(GST_TYPE_ELEMENT);
+  GTypeInstance instance{static_cast<GTypeClass *>(element_class)};
+  EXPECT_NO_THROW(object_checks[0].call(&instance, "argument"));
+  for (std::size_t i = 1; i < object_checks.size(); ++i)
+    expect_failure(object_checks[i], &instance, "argument");
+  g_type_class_unref(element_class);
+}
+
 TEST(Object_Checks, KeepAFloatingReferenceFloating) {
   GstElement *const made = gst_element_factory_make("identity", nullptr);
   Media_Helper::is_element_or_throw(made, "argument");

@@ -690,6 +690,15 @@ TEST_F(Link_Many, ReportsABadSecondElement) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
+TEST_F(Link_Many, ReportsAnInstanceWithoutAClass) {
+  GTypeInstance instance{nullptr};
+  const gpointer bad = &instance;
+  expect_error(0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
+    Media_Helper::gst_element_link_many_or_throw(first_.get(), static_cast<GstElement *>(bad), END);
+  });
+  EXPECT_EQ(counts(), counts_before_);
+}
+
 TEST_F(Link_Many, KeepsTheLinksMadeBeforeABadElement) {
   expect_error(0x15160, "element 3 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(),

@@ -100,7 +100,7 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
   is_element_or_throw(elements[0], "element 1 in gst_element_link_many_or_throw");
   for (std::size_t i = 1; i < elements.size(); ++i) {
     // The description is made only for an element that needs one.
-    if (!GST_IS_ELEMENT(elements[i]))
+    if (!GST_IS_ELEMENT(elements[i]))  // GCOVR_EXCL_BR_LINE: the framework's check cannot throw
       is_element_or_throw(elements[i], "element " + std::to_string(i + 1) +
                                            " in gst_element_link_many_or_throw");
     if (!gst_element_link(elements[i - 1], elements[i]))

@@ -19,11 +19,6 @@
 
 namespace kel::tavren::tests {
 
-// For the names of tests.
-std::ostream &operator<<(std::ostream &out, const Scenario &scenario) {
-  return out << scenario.operation << ", " << scenario.path;
-}
-
 namespace {
 
 std::string text_of(const Scenario &scenario) {

@@ -4,6 +4,7 @@
 #define TAVREN_TESTS_SCENARIO_H
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,11 @@ struct Scenario {
   Call (*prepare)();
   Trait trait = Trait::NONE;
 };
+
+// GoogleTest would print the bytes of one, which are different every time, and not all set.
+inline std::ostream &operator<<(std::ostream &stream, const Scenario &scenario) {
+  return stream << scenario.operation << ", " << scenario.path;
+}
 
 // Shorthands of scenarios.
 

@@ -509,6 +509,19 @@ std::vector<Scenario> branch_scenarios() {
          return Call{{{"element", bin}, {"pad", pad}},
                      [bin = bin, pad = pad] { return partner_of(pad); }};
        }},
+      // The partner's name has to be allocated, and its number does not.
+      {"get_corresponding_multiqueue_pad", "no partner of a sink pad, a long name",
+       [] {
+         const auto [bin, pad] = make_with_pad("sink_123456789012", GST_PAD_SINK);
+         return Call{{{"element", bin}, {"pad", pad}},
+                     [bin = bin, pad = pad] { return partner_of(pad); }};
+       }},
+      {"get_corresponding_multiqueue_pad", "no partner of a source pad, a long name",
+       [] {
+         const auto [bin, pad] = make_with_pad("src_12345678901", GST_PAD_SRC);
+         return Call{{{"element", bin}, {"pad", pad}},
+                     [bin = bin, pad = pad] { return partner_of(pad); }};
+       }},
       {"get_corresponding_multiqueue_pad", "another name",
        [] {
          const auto [bin, pad] = make_with_pad("a_pad_of_another_name", GST_PAD_SRC);
