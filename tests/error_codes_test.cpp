@@ -77,10 +77,6 @@ public:
   Failing &operator=(const Failing &) = delete;
 };
 
-Pad make_pad(const char *name, GstPadDirection direction) {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
-}
-
 GstBin *as_bin(const Element &element) {
   return GST_BIN_CAST(element.get());
 }

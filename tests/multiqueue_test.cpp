@@ -20,10 +20,6 @@ Pad request_pad(const Element &element, const char *name) {
   return Pad(gst_element_request_pad_simple(element.get(), name), false);
 }
 
-Pad make_pad(const char *name, GstPadDirection direction) {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
-}
-
 Pad partner_of(const Pad &pad) {
   return Pad(Media_Helper::get_corresponding_multiqueue_pad(pad.get()), false);
 }

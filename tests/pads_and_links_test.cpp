@@ -27,12 +27,7 @@ Element make_bare_element(const char *name) {
   return Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
 }
 
-// A pad of no element.
-Pad make_pad(const char *name, GstPadDirection direction) {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
-}
-
-Pad make_pad(const char *name, GstPadDirection direction, const char *caps) {
+Pad make_pad_of_caps(const char *name, GstPadDirection direction, const char *caps) {
   GstPadTemplate *const pad_template =
       gst_pad_template_new(name, direction, GST_PAD_ALWAYS, make_caps(caps).get());
   gst_object_ref_sink(pad_template);
@@ -525,9 +520,9 @@ TEST_F(Checked_Link, ReportsAPadOfTheWrongDirection) {
 
 TEST_F(Checked_Link, ReportsFormatsThatDoNotFit) {
   const Element element = make_bare_element("listener");
-  const Pad sink_pad = add_pad(element, make_pad("sink", GST_PAD_SINK, "audio/x-raw"));
+  const Pad sink_pad = add_pad(element, make_pad_of_caps("sink", GST_PAD_SINK, "audio/x-raw"));
   const Element camera = make_bare_element("viewer");
-  const Pad src_pad = add_pad(camera, make_pad("picture", GST_PAD_SRC, "video/x-raw"));
+  const Pad src_pad = add_pad(camera, make_pad_of_caps("picture", GST_PAD_SRC, "video/x-raw"));
   const std::vector<gpointer> objects{element.get(), sink_pad.get(), camera.get(), src_pad.get()};
   const auto before = reference_counts(objects);
   expect_error(0x150B0,

@@ -12,21 +12,6 @@ using capture::MediaType;
 
 namespace {
 
-// Adds an element with a reference to spare: the one that goes when the bin refuses an element that
-// has no parent.
-std::string add_owned(const Element &bin, const Element &element) {
-  const guint before = reference_count(element.get());
-  gst_object_ref(element.get());
-  try {
-    disturbed([&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), element.get()); });
-  } catch (...) {
-    if (reference_count(element.get()) > before) gst_object_unref(element.get());
-    throw;
-  }
-  gst_object_unref(element.get());
-  return "done";
-}
-
 // Sets a state, and puts the element to rest again.
 std::string set_state(const Element &element, GstState state, const std::string &context) {
   const struct Rest {
@@ -87,6 +72,17 @@ std::vector<Scenario> check_and_lookup_scenarios() {
                        });
                      }};
        }},
+      {"is_pad_or_throw", "a ghost pad",
+       [] {
+         const Pad pad(
+             GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new_no_target("src", GST_PAD_SRC))),
+             false);
+         return Call{{{"pad", pad}}, [pad] {
+                       return done([&] {
+                         Media_Helper::is_pad_or_throw(pad.get(), "the pad asked about here");
+                       });
+                     }};
+       }},
       {"is_bin_or_throw", "a pipeline",
        [] {
          const Element pipeline = make_element("pipeline");
@@ -138,6 +134,16 @@ std::vector<Scenario> check_and_lookup_scenarios() {
          return Call{{}, [] {
                        return done([] {
                          Media_Helper::is_caps_or_throw(nullptr, "the caps asked about here");
+                       });
+                     }};
+       }},
+      {"is_caps_or_throw", "a message",
+       [] {
+         const boost::intrusive_ptr<GstMessage> message(gst_message_new_eos(nullptr), false);
+         return Call{{}, [message] {
+                       return done([&] {
+                         Media_Helper::is_caps_or_throw(reinterpret_cast<GstCaps *>(message.get()),
+                                                        "the caps asked about here");
                        });
                      }};
        }},
@@ -341,8 +347,10 @@ std::vector<Scenario> construction_scenarios() {
          const Element bin = make_bin("bin");
          gst_bin_add(as_bin(bin), gst_element_factory_make("identity", "a_parser_of_that_name"));
          const Element held = make_element("identity", "a_parser_of_that_name");
-         return Call{{{"bin", bin}, {"element", held}},
-                     [bin, held] { return add_owned(bin, held); }};
+         return Call{{{"bin", bin}, owned("element", held)}, [bin, held] {
+                       return done(
+                           [&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), held.get()); });
+                     }};
        }},
       {"gst_bin_add_or_throw", "an element of another bin",
        [] {
@@ -350,8 +358,10 @@ std::vector<Scenario> construction_scenarios() {
          const Element other = make_bin("other");
          const Element held = make_element("identity", "a_parser_of_that_name");
          gst_bin_add(as_bin(other), held.get());
-         return Call{{{"bin", bin}, {"other bin", other}, {"element", held}},
-                     [bin, held] { return add_owned(bin, held); }};
+         return Call{{{"bin", bin}, {"other bin", other}, owned("element", held)}, [bin, held] {
+                       return done(
+                           [&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), held.get()); });
+                     }};
        }},
       {"gst_bin_add_or_throw", "no bin",
        [] {
@@ -418,6 +428,28 @@ std::vector<Scenario> construction_scenarios() {
                        return name_of(disturbed([&] {
                          return Media_Helper::create_and_add_element_to_pipeline(
                              "identity", pipeline.get(), "a_parser_of_that_name");
+                       }));
+                     }};
+       }},
+      {"create_and_add_element_to_pipeline", "a taken name",
+       [] {
+         const Element pipeline = make_element("pipeline");
+         gst_bin_add(as_bin(pipeline),
+                     gst_element_factory_make("identity", "a_parser_of_that_name"));
+         return Call{{{"pipeline", pipeline}}, [pipeline] {
+                       return name_of(disturbed([&] {
+                         return Media_Helper::create_and_add_element_to_pipeline(
+                             "identity", pipeline.get(), "a_parser_of_that_name");
+                       }));
+                     }};
+       }},
+      {"create_and_add_element_to_pipeline", "no factory",
+       [] {
+         const Element pipeline = make_element("pipeline");
+         return Call{{{"pipeline", pipeline}}, [pipeline] {
+                       return name_of(disturbed([&] {
+                         return Media_Helper::create_and_add_element_to_pipeline(
+                             "nosuchfactory", pipeline.get(), "parser");
                        }));
                      }};
        }},

@@ -1,45 +1,25 @@
 #include "disturbance.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
 
 #include <dlfcn.h>
 
 #include <tavren/capture/media_helper.h>
 
+#include "live_blocks.h"
+
 namespace kel::tavren::tests {
 namespace {
-
-std::atomic<long> blocks{0};
 
 thread_local bool disturbing = false;
 Disturbance plan;
 Observed seen;
 
-bool allocation_fails() {
+bool allocation_fails() noexcept {
   if (!disturbing) return false;
   const int number = ++seen.allocations;
   return number == plan.allocation ||
          (plan.persistent && plan.allocation != 0 && number > plan.allocation);
-}
-
-void *allocate(std::size_t size) noexcept {
-  void *const memory = allocation_fails() ? nullptr : std::malloc(size != 0 ? size : 1);
-  if (memory != nullptr) ++blocks;
-  return memory;
-}
-
-void *allocate_or_throw(std::size_t size) {
-  void *const memory = allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
-void release(void *memory) noexcept {
-  if (memory != nullptr) --blocks;
-  std::free(memory);
 }
 
 const void *base_of_library_with(const void *address) {
@@ -61,14 +41,11 @@ void disturb_with(const Disturbance &disturbance) {
   seen.allocations = 0;
   seen.calls.clear();
   seen.calls.reserve(MORE_THAN_THE_LIBRARY_CALLS);
+  fail_allocations_when(allocation_fails);
 }
 
 const Observed &observed() {
   return seen;
-}
-
-long live_blocks() {
-  return blocks;
 }
 
 Disturbed::Disturbed() {
@@ -90,39 +67,3 @@ bool fails_now(const char *function, const void *caller) {
 }
 
 }  // namespace kel::tavren::tests
-
-using kel::tavren::tests::allocate;
-using kel::tavren::tests::allocate_or_throw;
-using kel::tavren::tests::release;
-
-// All of them, so that each delete meets the new that it belongs to.
-void *operator new(std::size_t size) {
-  return allocate_or_throw(size);
-}
-void *operator new[](std::size_t size) {
-  return allocate_or_throw(size);
-}
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-  return allocate(size);
-}
-void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
-  return allocate(size);
-}
-void operator delete(void *memory) noexcept {
-  release(memory);
-}
-void operator delete[](void *memory) noexcept {
-  release(memory);
-}
-void operator delete(void *memory, std::size_t) noexcept {
-  release(memory);
-}
-void operator delete[](void *memory, std::size_t) noexcept {
-  release(memory);
-}
-void operator delete(void *memory, const std::nothrow_t &) noexcept {
-  release(memory);
-}
-void operator delete[](void *memory, const std::nothrow_t &) noexcept {
-  release(memory);
-}

@@ -35,9 +35,6 @@ void disturb_with(const Disturbance &disturbance);
 // Of the disturbed calls since then.
 const Observed &observed();
 
-// The blocks of memory that C++ code has allocated and not given back.
-long live_blocks();
-
 // What is called in its scope, on this thread, goes wrong as planned.
 class Disturbed {
 public:

@@ -173,6 +173,9 @@ gboolean gst_caps_is_equal(const GstCaps *first, const GstCaps *second) {
 gboolean gst_caps_is_subset(const GstCaps *subset, const GstCaps *superset) {
   return STAND_IN(gst_caps_is_subset).answer(FALSE, subset, superset);
 }
+GstStructure *gst_caps_get_structure(const GstCaps *caps, guint index) {
+  return STAND_IN(gst_caps_get_structure).answer(nullptr, caps, index);
+}
 gboolean gst_structure_get_fraction(const GstStructure *structure, const gchar *field,
                                     gint *numerator, gint *denominator) {
   return STAND_IN(gst_structure_get_fraction)
@@ -196,6 +199,9 @@ GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const 
 }
 GstDiscovererResult gst_discoverer_info_get_result(const GstDiscovererInfo *info) {
   return STAND_IN(gst_discoverer_info_get_result).answer(GST_DISCOVERER_ERROR, info);
+}
+GstClockTime gst_discoverer_info_get_duration(const GstDiscovererInfo *info) {
+  return STAND_IN(gst_discoverer_info_get_duration).answer(GST_CLOCK_TIME_NONE, info);
 }
 GList *gst_discoverer_info_get_video_streams(GstDiscovererInfo *info) {
   return STAND_IN(gst_discoverer_info_get_video_streams).answer(nullptr, info);

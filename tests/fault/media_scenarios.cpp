@@ -13,6 +13,7 @@ using capture::Media_Helper;
 namespace {
 
 std::string kind_of(const Caps &caps) {
+  const Allowed_Log no_structure("structure != NULL");
   return std::to_string(disturbed([&] { return Media_Helper::get_media_type(caps.get()); }));
 }
 
@@ -21,16 +22,20 @@ std::string text_of(std::pair<Number, Number> numbers) {
   return std::to_string(numbers.first) + ", " + std::to_string(numbers.second);
 }
 
-// Chooses, and gives back the references to factories that the choice keeps.
-std::string proxies_for(const Caps &caps) {
-  const Depayloader_References references;
-  const auto names = disturbed([&] { return Media_Helper::select_proxy_elements(caps.get()); });
-  return names.first + ", " + names.second;
+Call choose_proxies(const Caps &caps) {
+  Call call{kept_factories(), [caps] {
+              const auto names =
+                  disturbed([&] { return Media_Helper::select_proxy_elements(caps.get()); });
+              return names.first + ", " + names.second;
+            }};
+  call.involved.emplace_back("caps", caps);
+  return call;
 }
 
 std::string discover(const std::string &uri, GstClockTime timeout) {
   const auto info = disturbed([&] { return Media_Helper::get_media_info(uri, timeout); });
-  return std::to_string(info->video_caps.size()) + " video, " +
+  return info->uri.substr(info->uri.rfind('/') + 1) + ", " + std::to_string(info->duration) +
+         " ns, " + std::to_string(info->video_caps.size()) + " video, " +
          std::to_string(info->audio_caps.size()) + " audio";
 }
 
@@ -61,6 +66,13 @@ struct Searched_Bin {
     gst_bin_add_many(as_bin(bin), plain.get(), nested.get(), filter.get(), tee.get(), nullptr);
     gst_bin_add(as_bin(nested), inner.get());
     gst_element_link(filter.get(), tee.get());
+  }
+
+  void send_caps() const {
+    const Pad pad = static_pad(tee, "sink");
+    gst_pad_set_active(pad.get(), TRUE);
+    gst_pad_send_event(pad.get(), gst_event_new_stream_start("stream"));
+    gst_pad_send_event(pad.get(), gst_event_new_caps(caps.get()));
   }
 
   std::vector<Involved> involved() const {
@@ -109,6 +121,23 @@ public:
 private:
   GValue value_ = G_VALUE_INIT;
 };
+
+// Compares an element with the caps of the bin and the type of another.
+std::string compare_caps(const Searched_Bin &searched, const Element &element,
+                         const Element &wanted_type) {
+  const Element_Value value(element);
+  Media_Helper::FindElementCapsTypeHelper wanted{G_OBJECT_TYPE(wanted_type.get()),
+                                                 searched.caps.get()};
+  return std::to_string(
+      disturbed([&] { return Media_Helper::caps_compare_func(value.get(), &wanted); }));
+}
+
+std::string compare_types(const Element &element, const Element &wanted_type) {
+  const Element_Value value(element);
+  unsigned long long wanted = G_OBJECT_TYPE(wanted_type.get());
+  return std::to_string(
+      disturbed([&] { return Media_Helper::type_compare_func(value.get(), &wanted); }));
+}
 
 }  // namespace
 
@@ -252,19 +281,19 @@ std::vector<Scenario> media_type_scenarios() {
        [] {
          const Caps caps =
              make_caps("application/x-rtp, media=video, clock-rate=90000, encoding-name=H264");
-         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+         return choose_proxies(caps);
        }},
       {"select_proxy_elements", "the last pair",
        [] {
          const Caps caps =
              make_caps("application/x-rtp, media=audio, clock-rate=8000, "
                        "encoding-name=MPEG4-GENERIC, mode=AAC-hbr, sizelength=(string)13");
-         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+         return choose_proxies(caps);
        }},
       {"select_proxy_elements", "no pair",
        [] {
          const Caps caps = make_caps("video/x-raw");
-         return Call{{{"caps", caps}}, [caps] { return proxies_for(caps); }};
+         return choose_proxies(caps);
        }},
   };
 }
@@ -314,6 +343,7 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw, framerate=30000/1001");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
                      }};
@@ -322,6 +352,7 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
                      }};
@@ -330,6 +361,16 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw, framerate=0/1");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_framerate_from_caps", "empty",
+       [] {
+         const Caps caps = make_caps("EMPTY");
+         return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
                      }};
@@ -345,6 +386,7 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw, width=640, height=480");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
                      }};
@@ -353,6 +395,7 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw, width=640");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
                      }};
@@ -361,6 +404,16 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("video/x-raw, width=640, height=0");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
+                       return text_of(disturbed(
+                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
+                     }};
+       }},
+      {"get_resolution_from_caps", "empty",
+       [] {
+         const Caps caps = make_caps("EMPTY");
+         return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return text_of(disturbed(
                            [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
                      }};
@@ -376,6 +429,7 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return disturbed(
                            [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
                      }};
@@ -384,6 +438,16 @@ std::vector<Scenario> caps_scenarios() {
        [] {
          const Caps caps = make_caps("application/x-rtp");
          return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
+                       return disturbed(
+                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
+                     }};
+       }},
+      {"get_encoding_name_from_caps", "empty",
+       [] {
+         const Caps caps = make_caps("EMPTY");
+         return Call{{{"caps", caps}}, [caps] {
+                       const Allowed_Log no_structure("assertion");
                        return disturbed(
                            [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
                      }};
@@ -427,6 +491,11 @@ std::vector<Scenario> caps_scenarios() {
                        return equal({raw, raw}, {raw, h264});
                      }};
        }},
+      {"caps_equal", "lists of different length",
+       [] {
+         const Caps raw = make_caps("video/x-raw");
+         return Call{{{"caps", raw}}, [raw] { return equal({raw}, {raw, raw}); }};
+       }},
       {"get_element_type", "found",
        [] {
          return Call{{factory_of_identity()}, [] {
@@ -464,6 +533,29 @@ std::vector<Scenario> search_scenarios() {
                        return name_of(own(disturbed([&] {
                                         return Media_Helper::find_element_with_caps_and_type(
                                             as_bin(searched.bin), GST_TYPE_BIN,
+                                            searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "a tee, found by what its peer can send",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()),
+                                            searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_element_with_caps_and_type", "a tee, found by its current caps",
+       [] {
+         const Searched_Bin searched;
+         searched.send_caps();
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_element_with_caps_and_type(
+                                            as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()),
                                             searched.caps.get());
                                       })).get());
                      }};
@@ -512,10 +604,7 @@ std::vector<Scenario> search_scenarios() {
       {"find_tee_with_caps", "found by its current caps",
        [] {
          const Searched_Bin searched;
-         const Pad pad = static_pad(searched.tee, "sink");
-         gst_pad_set_active(pad.get(), TRUE);
-         gst_pad_send_event(pad.get(), gst_event_new_stream_start("stream"));
-         gst_pad_send_event(pad.get(), gst_event_new_caps(searched.caps.get()));
+         searched.send_caps();
          return Call{searched.involved(), [searched] {
                        return name_of(own(disturbed([&] {
                                         return Media_Helper::find_tee_with_caps(
@@ -530,6 +619,66 @@ std::vector<Scenario> search_scenarios() {
                        return name_of(own(disturbed([&] {
                                         return Media_Helper::find_appsink_with_caps(
                                             as_bin(searched.bin), searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_tee_with_caps", "no bin",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_tee_with_caps(
+                                            nullptr, searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_tee_with_caps", "no caps",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_tee_with_caps(
+                                            as_bin(searched.bin), nullptr);
+                                      })).get());
+                     }};
+       }},
+      {"find_tee_with_caps", "other caps",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_tee_with_caps(
+                                            as_bin(searched.bin), make_caps("audio/x-raw").get());
+                                      })).get());
+                     }};
+       }},
+      {"find_appsink_with_caps", "no bin",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_appsink_with_caps(
+                                            nullptr, searched.caps.get());
+                                      })).get());
+                     }};
+       }},
+      {"find_appsink_with_caps", "no caps",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_appsink_with_caps(
+                                            as_bin(searched.bin), nullptr);
+                                      })).get());
+                     }};
+       }},
+      {"find_appsink_with_caps", "other caps",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(), [searched] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::find_appsink_with_caps(
+                                            as_bin(searched.bin), make_caps("audio/x-raw").get());
                                       })).get());
                      }};
        }},
@@ -588,26 +737,49 @@ std::vector<Scenario> search_scenarios() {
                        }));
                      }};
        }},
-      {"caps_compare_func", "fits",
+      {"caps_compare_func", "an appsink that fits",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(),
+                     [searched] { return compare_caps(searched, searched.inner, searched.inner); }};
+       }},
+      {"caps_compare_func", "a tee whose peer's caps fit",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(),
+                     [searched] { return compare_caps(searched, searched.tee, searched.tee); }};
+       }},
+      {"caps_compare_func", "a tee whose current caps fit",
+       [] {
+         const Searched_Bin searched;
+         searched.send_caps();
+         return Call{searched.involved(),
+                     [searched] { return compare_caps(searched, searched.tee, searched.tee); }};
+       }},
+      {"caps_compare_func", "no sink pad",
        [] {
          const Searched_Bin searched;
          return Call{searched.involved(), [searched] {
-                       const Element_Value value(searched.inner);
-                       Media_Helper::FindElementCapsTypeHelper wanted{GST_TYPE_APP_SINK,
-                                                                      searched.caps.get()};
-                       return std::to_string(disturbed(
-                           [&] { return Media_Helper::caps_compare_func(value.get(), &wanted); }));
+                       return compare_caps(searched, searched.nested, searched.nested);
                      }};
        }},
-      {"type_compare_func", "is of another type",
+      {"caps_compare_func", "another type",
        [] {
          const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       const Element_Value value(searched.tee);
-                       unsigned long long wanted = GST_TYPE_APP_SINK;
-                       return std::to_string(disturbed(
-                           [&] { return Media_Helper::type_compare_func(value.get(), &wanted); }));
-                     }};
+         return Call{searched.involved(),
+                     [searched] { return compare_caps(searched, searched.tee, searched.inner); }};
+       }},
+      {"type_compare_func", "the type",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(),
+                     [searched] { return compare_types(searched.tee, searched.tee); }};
+       }},
+      {"type_compare_func", "another type",
+       [] {
+         const Searched_Bin searched;
+         return Call{searched.involved(),
+                     [searched] { return compare_types(searched.tee, searched.inner); }};
        }},
   };
 }

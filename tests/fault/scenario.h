@@ -4,6 +4,7 @@
 #define TAVREN_TESTS_SCENARIO_H
 
 #include <functional>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -27,7 +28,16 @@ struct Involved {
 
   std::string name;
   std::function<int()> count;
+  // What a call may take or keep, though it is others': makes up for the change when it has been
+  // noted.
+  std::function<void(int change)> make_up = [](int) {};
 };
+
+// An element that has an owner, one of whose references goes when a bin refuses it.
+Involved owned(const char *name, const Element &element);
+
+// The factories of which the choice of an RTP proxy keeps references.
+std::vector<Involved> kept_factories();
 
 // A call on objects made for it. It gives back what it is handed, by itself, and tells what came of
 // it: nothing of a call is left but the objects.
@@ -63,11 +73,6 @@ using Bus = boost::intrusive_ptr<GstBus>;
 
 inline GstBin *as_bin(const Element &element) {
   return GST_BIN_CAST(element.get());
-}
-
-// A pad that belongs to no element.
-inline Pad make_pad(const char *name, GstPadDirection direction) {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
 }
 
 // What is of another type than a call takes.

@@ -82,6 +82,24 @@ std::pair<Element, Pad> make_with_pad(const char *name, GstPadDirection directio
   return {bin, pad};
 }
 
+// Adds a probe that goes at once, and throws what the call throws, with how often its data was
+// freed.
+std::string probe_with_data(const Element &element, GstPadProbeType mask) {
+  const Allowed_Log no_mask("mask != 0");
+  int freed = 0;
+  try {
+    disturbed([&] {
+      Media_Helper::add_probe_to_sink_pad_or_throw(
+          element.get(), mask,
+          [](GstPad *, GstPadProbeInfo *, gpointer) { return GST_PAD_PROBE_REMOVE; }, &freed,
+          [](gpointer data) { ++*static_cast<int *>(data); });
+    });
+  } catch (const Backend_Error<std::runtime_error> &error) {
+    return std::string(error.what()) + ", data freed " + std::to_string(freed) + " times";
+  }
+  return "done";
+}
+
 }  // namespace
 
 std::vector<Scenario> pad_and_link_scenarios() {
@@ -103,6 +121,16 @@ std::vector<Scenario> pad_and_link_scenarios() {
                        }));
                      }};
        }},
+      {"get_element_pads", "no iterator",
+       [] {
+         const Element tee = make_tee(1);
+         return Call{{{"tee", tee}}, [tee] {
+                       const Media_Helper::Pad_Iterator_Source none =
+                           [](GstElement *) -> GstIterator * { return nullptr; };
+                       return count_of(disturbed(
+                           [&] { return Media_Helper::get_element_pads(tee.get(), none); }));
+                     }};
+       }},
       {"get_element_src_pads", "five pads",
        [] {
          const Element tee = make_tee(5);
@@ -117,6 +145,13 @@ std::vector<Scenario> pad_and_link_scenarios() {
          return Call{{{"element", sink}}, [sink] {
                        return count_of(disturbed(
                            [&] { return Media_Helper::get_element_src_pads(sink.get()); }));
+                     }};
+       }},
+      {"get_element_src_pads", "no element",
+       [] {
+         return Call{{}, [] {
+                       return count_of(
+                           disturbed([] { return Media_Helper::get_element_src_pads(nullptr); }));
                      }};
        }},
       {"get_element_sink_pads", "one pad",
@@ -187,6 +222,13 @@ std::vector<Scenario> pad_and_link_scenarios() {
                        }));
                      }};
        }},
+      {"unlink_pad_from_element", "nulls",
+       [] {
+         return Call{{}, [] {
+                       return std::to_string(disturbed(
+                           [] { return Media_Helper::unlink_pad_from_element(nullptr, nullptr); }));
+                     }};
+       }},
       {"link_element_to_pad", "linked",
        [] {
          const Element source = make_element("fakesrc");
@@ -207,6 +249,25 @@ std::vector<Scenario> pad_and_link_scenarios() {
                        return std::to_string(disturbed([&] {
                          return Media_Helper::link_element_to_pad(sink.get(), pad.get());
                        }));
+                     }};
+       }},
+      {"link_element_to_pad", "refused",
+       [] {
+         const auto [source, sink] = make_linked();
+         const Element other = make_element("fakesrc");
+         const Pad pad = static_pad(sink, "sink");
+         return Call{{{"element", other}, {"pad", pad}, {"src pad", static_pad(other, "src")}},
+                     [source = source, sink = sink, other, pad] {
+                       return std::to_string(disturbed([&] {
+                         return Media_Helper::link_element_to_pad(other.get(), pad.get());
+                       }));
+                     }};
+       }},
+      {"link_element_to_pad", "nulls",
+       [] {
+         return Call{{}, [] {
+                       return std::to_string(disturbed(
+                           [] { return Media_Helper::link_element_to_pad(nullptr, nullptr); }));
                      }};
        }},
       {"link_pad_to_element_or_throw", "linked",
@@ -396,6 +457,18 @@ std::vector<Scenario> pad_and_link_scenarios() {
                              source.get(), GST_PAD_PROBE_TYPE_BUFFER, nullptr, nullptr, nullptr);
                        });
                      }};
+       }},
+      {"add_probe_to_sink_pad_or_throw", "removes itself at once, with data",
+       [] {
+         const Element sink = make_element("fakesink", "a_sink_with_a_name");
+         return Call{{{"element", sink}, {"pad", static_pad(sink, "sink")}},
+                     [sink] { return probe_with_data(sink, GST_PAD_PROBE_TYPE_IDLE); }};
+       }},
+      {"add_probe_to_sink_pad_or_throw", "asks for nothing, with data",
+       [] {
+         const Element sink = make_element("fakesink", "a_sink_with_a_name");
+         return Call{{{"element", sink}, {"pad", static_pad(sink, "sink")}},
+                     [sink] { return probe_with_data(sink, GST_PAD_PROBE_TYPE_INVALID); }};
        }},
       {"add_probe_to_sink_pad_or_throw", "no element",
        [] {
@@ -648,6 +721,17 @@ std::vector<Scenario> ancestry_scenarios() {
                        return name_of(peer.get());
                      }};
        }},
+      {"get_element_sink_peer_pad_or_throw", "no element",
+       [] {
+         return Call{{}, [] {
+                       const Pad peer(disturbed([] {
+                                        return Media_Helper::get_element_sink_peer_pad_or_throw(
+                                            nullptr);
+                                      }),
+                                      false);
+                       return name_of(peer.get());
+                     }};
+       }},
       {"get_element_sink_peer_or_throw", "linked",
        [] {
          const auto [source, sink] = make_linked();
@@ -674,6 +758,26 @@ std::vector<Scenario> ancestry_scenarios() {
                               })).get());
              }};
        }},
+      {"get_element_sink_peer_or_throw", "not linked",
+       [] {
+         const Element sink = make_element("fakesink", "a_sink_with_a_name");
+         return Call{{{"sink", sink}, {"pad", static_pad(sink, "sink")}}, [sink] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::get_element_sink_peer_or_throw(
+                                            sink.get());
+                                      })).get());
+                     }};
+       }},
+      {"get_element_sink_peer_or_throw", "no sink pad",
+       [] {
+         const Element source = make_element("fakesrc", "a_source_with_a_name");
+         return Call{{{"source", source}}, [source] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::get_element_sink_peer_or_throw(
+                                            source.get());
+                                      })).get());
+                     }};
+       }},
       {"get_element_sink_peer_or_throw", "no element",
        [] {
          return Call{{}, [] {
@@ -694,6 +798,15 @@ std::vector<Scenario> ancestry_scenarios() {
                      [pipeline, bin, element] {
                        return name_of(own(disturbed([&] {
                                         return Media_Helper::get_most_parent(element.get());
+                                      })).get());
+                     }};
+       }},
+      {"get_most_parent", "no parent",
+       [] {
+         const Element pipeline = make_element("pipeline", "a_pipeline_with_a_name");
+         return Call{{{"pipeline", pipeline}}, [pipeline] {
+                       return name_of(own(disturbed([&] {
+                                        return Media_Helper::get_most_parent(pipeline.get());
                                       })).get());
                      }};
        }},
@@ -735,6 +848,16 @@ std::vector<Scenario> ancestry_scenarios() {
          return Call{{{"pipeline", pipeline}}, [pipeline] {
                        return done([&] {
                          Media_Helper::verify_element_top_parent(pipeline.get(), pipeline.get());
+                       });
+                     }};
+       }},
+      {"verify_element_top_parent", "alone, and not the pipeline",
+       [] {
+         const Element pipeline = make_element("pipeline");
+         const Element element = make_element("identity");
+         return Call{{{"pipeline", pipeline}, {"element", element}}, [pipeline, element] {
+                       return done([&] {
+                         Media_Helper::verify_element_top_parent(element.get(), pipeline.get());
                        });
                      }};
        }},

@@ -19,6 +19,7 @@
 #include <unistd.h>
 
 #include "depayloader_references.h"
+#include "leak_watch.h"
 #include "live_blocks.h"
 #include "live_objects.h"
 #include "operations.h"
@@ -283,12 +284,11 @@ int run_program(int argc, char **argv) {
     std::cout << usage;
     return EXIT_SUCCESS;
   }
-  gst_init(nullptr, nullptr);
+  init_and_watch_leaks(&argc, &argv);
   count_objects();
   g_log_set_writer_func(note_warning, nullptr, nullptr);
   const bool good = soak(*options);
-  gst_deinit();
-  return good ? EXIT_SUCCESS : EXIT_FAILURE;
+  return deinit_without_leaks() && good ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

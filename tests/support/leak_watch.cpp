@@ -22,6 +22,9 @@ void init_and_watch_leaks(int *argc, char ***argv) {
   g_setenv("GST_TRACERS", "leaks", TRUE);
   gst_init(argc, argv);
   g_unsetenv("GST_TRACERS");
+  GList *const tracers = gst_tracing_get_active_tracers();
+  if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
+  g_list_free_full(tracers, gst_object_unref);
 }
 
 Object_Balance::Object_Balance() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iostream>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -97,11 +98,15 @@ class Unexpected_Log_Listener : public testing::EmptyTestEventListener {
 void watch_logs() {
   Log_Watch::instance();  // made now, and not in a call whose memory is counted
   g_log_set_writer_func(write_log, nullptr, nullptr);
-  // First in the list, so that what it adds still counts for the test that ends.
-  testing::TestEventListeners &listeners = testing::UnitTest::GetInstance()->listeners();
-  testing::TestEventListener *printer = listeners.Release(listeners.default_result_printer());
-  listeners.Append(new Unexpected_Log_Listener);
-  if (printer != nullptr) listeners.Append(printer);
+  // Behind the printer, and so before it when a test ends.
+  testing::UnitTest::GetInstance()->listeners().Append(new Unexpected_Log_Listener);
+}
+
+bool logs_after_tests() {
+  const std::vector<std::string> messages = Log_Watch::instance().take_unexpected();
+  for (const std::string &message : messages)
+    std::cerr << "unexpected log after the tests: " << message << '\n';
+  return !messages.empty();
 }
 
 Allowed_Log::Allowed_Log(std::string text) : text_(std::move(text)) {

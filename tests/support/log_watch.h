@@ -11,6 +11,9 @@ namespace kel::tavren::tests {
 // stands for fails the test that drew it.
 void watch_logs();
 
+// Whether such logs came when no test ran any more; they are told on standard error.
+bool logs_after_tests();
+
 // Lets warnings and criticals that contain a text pass, until the end of its scope.
 class Allowed_Log {
 public:

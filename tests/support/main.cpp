@@ -1,5 +1,5 @@
 // The one main of all test programs: the framework is initialised and taken down once a process,
-// which fails when objects of the framework are left then.
+// which fails when objects of the framework are left then, or when it warns.
 
 #include <gtest/gtest.h>
 
@@ -11,5 +11,7 @@ int main(int argc, char **argv) {
   kel::tavren::tests::init_and_watch_leaks(&argc, &argv);
   kel::tavren::tests::watch_logs();
   const int result = RUN_ALL_TESTS();
-  return kel::tavren::tests::deinit_without_leaks() ? result : 1;
+  const bool leaked = !kel::tavren::tests::deinit_without_leaks();
+  const bool logged = kel::tavren::tests::logs_after_tests();
+  return leaked || logged ? 1 : result;
 }

@@ -61,10 +61,6 @@ private:
   GstElement *element_;
 };
 
-Pad make_pad(const char *name, GstPadDirection direction) {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
-}
-
 // Takes over a reference that an operation returned.
 template <typename T>
 boost::intrusive_ptr<T> taken(T *object) {

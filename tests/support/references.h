@@ -44,6 +44,11 @@ inline Pad static_pad(const Element &element, const char *name) {
   return Pad(gst_element_get_static_pad(element.get(), name), false);
 }
 
+// A pad that belongs to no element.
+inline Pad make_pad(const char *name, GstPadDirection direction) {
+  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
+}
+
 inline Caps make_caps(const char *text) {
   return Caps(gst_caps_from_string(text), false);
 }

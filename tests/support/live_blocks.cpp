@@ -7,8 +7,10 @@
 namespace {
 
 std::atomic<long> blocks = 0;
+bool (*fails)() noexcept = nullptr;
 
 void *allocate(std::size_t size) noexcept {
+  if (fails != nullptr && fails()) return nullptr;
   void *const memory = std::malloc(size != 0 ? size : 1);
   if (memory != nullptr) ++blocks;
   return memory;
@@ -63,6 +65,10 @@ namespace kel::tavren::tests {
 
 long live_blocks() noexcept {
   return blocks;
+}
+
+void fail_allocations_when(bool (*asked)() noexcept) noexcept {
+  fails = asked;
 }
 
 }  // namespace kel::tavren::tests

@@ -1,0 +1,8 @@
+// Leaks an element, and passes: the program has to fail nevertheless.
+
+#include <gst/gst.h>
+#include <gtest/gtest.h>
+
+TEST(Leak_Watch, SeesALostElement) {
+  EXPECT_NE(gst_element_factory_make("identity", "lost_element"), nullptr);
+}
