@@ -387,7 +387,7 @@ public:
   /// Requests a new stream from a multiqueue.
   ///
   /// Should the partner not be found, the requested sink pad stays on the multiqueue: whoever
-  /// catches that error cleans up.
+  /// catches that error, of whichever class, cleans up.
   /// @param multiqueue the multiqueue.
   /// @param name the sink pad's name, "sink_" and a number; empty lets the framework number it.
   /// @param caps (nullable) the caps of the request, handed on as they are.
@@ -534,11 +534,13 @@ public:
 
   /// Finds out what a media file or stream holds, waiting for the answer.
   /// @param uri the URI, handed on as it is; a file's path must have been made one.
-  /// @param timeout the longest wait in ns, handed on as it is.
+  /// @param timeout the longest wait in ns, handed on as it is. The framework takes 1 s to 1 h; any
+  /// other value but `GST_CLOCK_TIME_NONE` it drops, with GLib's warning, and waits 15 s.
   /// @return (not nullable) what was found; the caller is its only owner.
   /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` when no discoverer can
-  /// be made, also because it does not take the timeout; `DISCOVERY_FAILED` when it gives no answer
-  /// at all; `DISCOVERER_RETURNED_ERROR`, with its result, when the answer is an error. Any thread.
+  /// be made, also because the timeout is `GST_CLOCK_TIME_NONE`; `DISCOVERY_FAILED` when it gives
+  /// no answer at all; `DISCOVERER_RETURNED_ERROR`, with its result, when the answer is an error.
+  /// Any thread.
   static std::unique_ptr<Media_Info> get_media_info(const std::string &uri,
                                                     const GstClockTime &timeout);
 

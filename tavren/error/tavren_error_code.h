@@ -16,8 +16,9 @@ namespace kel::tavren::TEC {
 /// 0x15055 stands between two steps.
 ///
 /// Reading one in a log: 0x15160 to 0x15190, 0x15200 and 0x15210 mean that the caller handed in a
-/// bad argument, and the message names the argument and the operation. The other codes mean that an
-/// operation could not do what it was asked; many of their messages name the object.
+/// bad argument, and the message names it, mostly with the operation. 0x15130 and 0x15250 are bad
+/// arguments too. The other codes mean that an operation could not do what it was asked; many of
+/// their messages name the object.
 /// @ingroup errors
 enum Tavren_Error_Code : std::int32_t {
   /// `string_from_map_or_throw_` and the element selection tables: the key has no row.
@@ -186,8 +187,7 @@ enum Tavren_Error_Code : std::int32_t {
 
   /// `get_media_info`: no discoverer could be made.
   /// Look at the time-out: the framework does not take `GST_CLOCK_TIME_NONE`. Or its playback
-  /// plug-in,
-  /// which has "uridecodebin", is missing.
+  /// plug-in, which has "uridecodebin", is missing.
   DISCOVERER_CREATION_FAILED = 0x152A0,
 
   /// `get_media_info`: the discoverer gave no answer at all.
