@@ -191,20 +191,33 @@ std::string expected_outcomes(const Scenario &scenario) {
 
 // What is being played: the one thing that is still known when the process dies of it.
 char replay[500];
+struct sigaction abort_before;
+struct sigaction fault_before;
 
-[[noreturn]] void tell_replay_and_die(int signal) {
-  const auto ignored = write(STDERR_FILENO, replay, std::strlen(replay));
-  static_cast<void>(ignored);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-  std::abort();
+// Tells it, and leaves the rest to who would have been asked else.
+void tell_replay(int signal) {
+  const bool told = write(STDERR_FILENO, replay, std::strlen(replay)) >= 0;
+  const bool restored =
+      sigaction(signal, signal == SIGABRT ? &abort_before : &fault_before, nullptr) == 0;
+  if (!told || !restored) _exit(EXIT_FAILURE);
+}
+
+void tell_replay_at_death() {
+  struct sigaction tell {};
+  tell.sa_handler = tell_replay;
+  ASSERT_EQ(sigaction(SIGABRT, &tell, &abort_before), 0);
+  ASSERT_EQ(sigaction(SIGSEGV, &tell, &fault_before), 0);
 }
 
 class Faults : public testing::TestWithParam<Scenario> {
 protected:
+  static void SetUpTestSuite() { tell_replay_at_death(); }
+  static void TearDownTestSuite() {
+    EXPECT_EQ(sigaction(SIGABRT, &abort_before, nullptr), 0);
+    EXPECT_EQ(sigaction(SIGSEGV, &fault_before, nullptr), 0);
+  }
+
   void SetUp() override {
-    std::signal(SIGABRT, tell_replay_and_die);
-    std::signal(SIGSEGV, tell_replay_and_die);
     undisturbed_ = call_once(GetParam().prepare(), {});
     failures_ = framework_failures(GetParam(), undisturbed_);
     // Once for what only a first call makes, and keeps.
