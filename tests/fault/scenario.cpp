@@ -16,9 +16,10 @@ Involved owned(const char *name, const Element &element) {
 std::vector<Involved> kept_factories() {
   std::vector<Involved> all;
   for (const char *const name : depayloaders) {
-    GstElementFactory *const factory = find_factory(name).get();
-    Involved &involved = all.emplace_back(name, factory);
-    involved.make_up = [factory](int change) {
+    const Factory found = find_factory(name);
+    Involved &involved = all.emplace_back(name, found.get());
+    // The registry holds it.
+    involved.make_up = [factory = found.get()](int change) {
       for (; change > 0; --change)
         gst_object_unref(factory);
     };
