@@ -12,11 +12,6 @@ using capture::Media_Helper;
 
 namespace {
 
-std::string kind_of(const Caps &caps) {
-  const Allowed_Log no_structure("structure != NULL");
-  return std::to_string(disturbed([&] { return Media_Helper::get_media_type(caps.get()); }));
-}
-
 template <typename Number>
 std::string text_of(std::pair<Number, Number> numbers) {
   return std::to_string(numbers.first) + ", " + std::to_string(numbers.second);
@@ -89,6 +84,43 @@ struct Searched_Bin {
   }
 };
 
+// Caps, when there are any.
+std::vector<Involved> involve(const Caps &caps) {
+  if (!caps) return {};
+  return {{"caps", caps}};
+}
+
+Call classify(const Caps &caps) {
+  return {involve(caps), [caps] {
+            const Allowed_Log no_structure("structure != NULL");
+            return std::to_string(
+                disturbed([&] { return Media_Helper::get_media_type(caps.get()); }));
+          }};
+}
+
+Call read_framerate(const Caps &caps) {
+  return {involve(caps), [caps] {
+            const Allowed_Log no_structure("assertion");
+            return text_of(
+                disturbed([&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
+          }};
+}
+
+Call read_resolution(const Caps &caps) {
+  return {involve(caps), [caps] {
+            const Allowed_Log no_structure("assertion");
+            return text_of(
+                disturbed([&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
+          }};
+}
+
+Call read_encoding_name(const Caps &caps) {
+  return {involve(caps), [caps] {
+            const Allowed_Log no_structure("assertion");
+            return disturbed([&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
+          }};
+}
+
 Involved factory_of_identity() {
   return {"factory", find_factory("identity").get()};
 }
@@ -143,47 +175,20 @@ std::string compare_types(const Element &element, const Element &wanted_type) {
 
 std::vector<Scenario> media_type_scenarios() {
   return {
-      {"get_media_type", "video",
-       [] {
-         const Caps caps = make_caps("video/x-h264, width=640");
-         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
-       },
+      {"get_media_type", "video", [] { return classify(make_caps("video/x-h264, width=640")); },
        Trait::CALLS_VARY},
       {"get_media_type", "metadata",
-       [] {
-         const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
-         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
-       },
+       [] { return classify(make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA")); },
        Trait::CALLS_VARY},
-      {"get_media_type", "unknown",
-       [] {
-         const Caps caps = make_caps("video/x-h265");
-         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
-       }},
-      {"get_media_type", "empty",
-       [] {
-         const Caps caps = make_caps("EMPTY");
-         return Call{{{"caps", caps}}, [caps] { return kind_of(caps); }};
-       }},
-      {"get_media_type", "no caps",
-       [] {
-         return Call{{}, [] { return kind_of(nullptr); }};
-       }},
+      {"get_media_type", "unknown", [] { return classify(make_caps("video/x-h265")); }},
+      {"get_media_type", "empty", [] { return classify(make_caps("EMPTY")); }},
+      {"get_media_type", "no caps", [] { return classify(nullptr); }},
       {"get_media_type_string", "a kind",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::get_media_type_string(capture::RTP_METADATA);
-                       });
-                     }};
+         return alone([] { return Media_Helper::get_media_type_string(capture::RTP_METADATA); });
        }},
       {"get_media_type_string", "no kind",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::get_media_type_string(capture::UNKNOWN); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::get_media_type_string(capture::UNKNOWN); }); }},
       {"is_video", "video",
        [] {
          return Call{{}, [] {
@@ -220,63 +225,23 @@ std::vector<Scenario> media_type_scenarios() {
                      }};
        }},
       {"select_demuxer", "unknown",
-       [] {
-         return Call{{}, [] { return disturbed([] { return Media_Helper::select_demuxer(""); }); }};
-       }},
+       [] { return alone([] { return Media_Helper::select_demuxer(""); }); }},
       {"select_parser", "known",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_parser(capture::MPEG_VIDEO); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_parser(capture::MPEG_VIDEO); }); }},
       {"select_parser", "unknown",
-       [] {
-         return Call{{}, [] {
-                       return disturbed([] { return Media_Helper::select_parser(capture::RTP); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_parser(capture::RTP); }); }},
       {"select_decoder", "known",
-       [] {
-         return Call{{}, [] {
-                       return disturbed([] { return Media_Helper::select_decoder(capture::H264); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_decoder(capture::H264); }); }},
       {"select_decoder", "unknown",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_decoder(capture::MPEG_AUDIO); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_decoder(capture::MPEG_AUDIO); }); }},
       {"select_payloader", "known",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_payloader(capture::MULAW); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_payloader(capture::MULAW); }); }},
       {"select_payloader", "unknown",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_payloader(capture::AUDIO_RAW); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_payloader(capture::AUDIO_RAW); }); }},
       {"select_video_rate", "known",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_video_rate(capture::H264); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_video_rate(capture::H264); }); }},
       {"select_video_rate", "unknown",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::select_video_rate(capture::MULAW); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::select_video_rate(capture::MULAW); }); }},
       {"select_proxy_elements", "the first pair",
        [] {
          const Caps caps =
@@ -290,11 +255,7 @@ std::vector<Scenario> media_type_scenarios() {
                        "encoding-name=MPEG4-GENERIC, mode=AAC-hbr, sizelength=(string)13");
          return choose_proxies(caps);
        }},
-      {"select_proxy_elements", "no pair",
-       [] {
-         const Caps caps = make_caps("video/x-raw");
-         return choose_proxies(caps);
-       }},
+      {"select_proxy_elements", "no pair", [] { return choose_proxies(make_caps("video/x-raw")); }},
   };
 }
 
@@ -318,21 +279,15 @@ std::vector<Scenario> discovery_scenarios() {
        }},
       {"gst_discoverer_result_to_string", "known",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_discoverer_result_to_string(
-                             GST_DISCOVERER_MISSING_PLUGINS);
-                       });
-                     }};
+         return alone([] {
+           return Media_Helper::gst_discoverer_result_to_string(GST_DISCOVERER_MISSING_PLUGINS);
+         });
        }},
       {"gst_discoverer_result_to_string", "unknown",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_discoverer_result_to_string(
-                             value<GstDiscovererResult>(99));
-                       });
-                     }};
+         return alone([] {
+           return Media_Helper::gst_discoverer_result_to_string(value<GstDiscovererResult>(99));
+         });
        }},
   };
 }
@@ -340,125 +295,30 @@ std::vector<Scenario> discovery_scenarios() {
 std::vector<Scenario> caps_scenarios() {
   return {
       {"get_framerate_from_caps", "a rate",
-       [] {
-         const Caps caps = make_caps("video/x-raw, framerate=30000/1001");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
-                     }};
-       }},
-      {"get_framerate_from_caps", "none",
-       [] {
-         const Caps caps = make_caps("video/x-raw");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
-                     }};
-       }},
+       [] { return read_framerate(make_caps("video/x-raw, framerate=30000/1001")); }},
+      {"get_framerate_from_caps", "none", [] { return read_framerate(make_caps("video/x-raw")); }},
       {"get_framerate_from_caps", "zero",
-       [] {
-         const Caps caps = make_caps("video/x-raw, framerate=0/1");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
-                     }};
-       }},
-      {"get_framerate_from_caps", "empty",
-       [] {
-         const Caps caps = make_caps("EMPTY");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_framerate_from_caps(caps.get()); }));
-                     }};
-       }},
-      {"get_framerate_from_caps", "no caps",
-       [] {
-         return Call{{}, [] {
-                       return text_of(disturbed(
-                           [] { return Media_Helper::get_framerate_from_caps(nullptr); }));
-                     }};
-       }},
+       [] { return read_framerate(make_caps("video/x-raw, framerate=0/1")); }},
+      {"get_framerate_from_caps", "empty", [] { return read_framerate(make_caps("EMPTY")); }},
+      {"get_framerate_from_caps", "no caps", [] { return read_framerate(nullptr); }},
       {"get_resolution_from_caps", "a resolution",
-       [] {
-         const Caps caps = make_caps("video/x-raw, width=640, height=480");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
-                     }};
-       }},
+       [] { return read_resolution(make_caps("video/x-raw, width=640, height=480")); }},
       {"get_resolution_from_caps", "none",
-       [] {
-         const Caps caps = make_caps("video/x-raw, width=640");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
-                     }};
-       }},
+       [] { return read_resolution(make_caps("video/x-raw, width=640")); }},
       {"get_resolution_from_caps", "zero",
-       [] {
-         const Caps caps = make_caps("video/x-raw, width=640, height=0");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
-                     }};
-       }},
-      {"get_resolution_from_caps", "empty",
-       [] {
-         const Caps caps = make_caps("EMPTY");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return text_of(disturbed(
-                           [&] { return Media_Helper::get_resolution_from_caps(caps.get()); }));
-                     }};
-       }},
-      {"get_resolution_from_caps", "no caps",
-       [] {
-         return Call{{}, [] {
-                       return text_of(disturbed(
-                           [] { return Media_Helper::get_resolution_from_caps(nullptr); }));
-                     }};
-       }},
+       [] { return read_resolution(make_caps("video/x-raw, width=640, height=0")); }},
+      {"get_resolution_from_caps", "empty", [] { return read_resolution(make_caps("EMPTY")); }},
+      {"get_resolution_from_caps", "no caps", [] { return read_resolution(nullptr); }},
       {"get_encoding_name_from_caps", "a name",
        [] {
-         const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return disturbed(
-                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
-                     }};
+         return read_encoding_name(
+             make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA"));
        }},
       {"get_encoding_name_from_caps", "no name",
-       [] {
-         const Caps caps = make_caps("application/x-rtp");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return disturbed(
-                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
-                     }};
-       }},
+       [] { return read_encoding_name(make_caps("application/x-rtp")); }},
       {"get_encoding_name_from_caps", "empty",
-       [] {
-         const Caps caps = make_caps("EMPTY");
-         return Call{{{"caps", caps}}, [caps] {
-                       const Allowed_Log no_structure("assertion");
-                       return disturbed(
-                           [&] { return Media_Helper::get_encoding_name_from_caps(caps.get()); });
-                     }};
-       }},
-      {"get_encoding_name_from_caps", "no caps",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::get_encoding_name_from_caps(nullptr); });
-                     }};
-       }},
+       [] { return read_encoding_name(make_caps("EMPTY")); }},
+      {"get_encoding_name_from_caps", "no caps", [] { return read_encoding_name(nullptr); }},
       {"calculate_resolution", "fits",
        [] {
          return Call{{}, [] {
@@ -787,102 +647,47 @@ std::vector<Scenario> search_scenarios() {
 std::vector<Scenario> text_scenarios() {
   return {
       {"gst_state_to_string", "known",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_state_to_string(GST_STATE_PLAYING); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_state_to_string(GST_STATE_PLAYING); }); }},
       {"gst_state_to_string", "unknown",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_state_to_string(value<GstState>(99)); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_state_to_string(value<GstState>(99)); }); }},
       {"gst_state_change_to_string", "known",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_state_change_to_string(
-                             GST_STATE_CHANGE_NULL_TO_READY);
-                       });
-                     }};
+         return alone([] {
+           return Media_Helper::gst_state_change_to_string(GST_STATE_CHANGE_NULL_TO_READY);
+         });
        }},
       {"gst_state_change_to_string", "unknown",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_state_change_to_string(value<GstStateChange>(0));
-                       });
-                     }};
+         return alone(
+             [] { return Media_Helper::gst_state_change_to_string(value<GstStateChange>(0)); });
        }},
       {"gst_enum_message", "a result of a state change",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_enum_message(GST_STATE_CHANGE_ASYNC); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_enum_message(GST_STATE_CHANGE_ASYNC); }); }},
       {"gst_enum_message", "no result of a state change",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_enum_message(value<GstStateChangeReturn>(99));
-                       });
-                     }};
+         return alone(
+             [] { return Media_Helper::gst_enum_message(value<GstStateChangeReturn>(99)); });
        }},
       {"gst_enum_message", "a result of a link",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_enum_message(GST_PAD_LINK_NOFORMAT); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_enum_message(GST_PAD_LINK_NOFORMAT); }); }},
       {"gst_enum_message", "no result of a link",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_enum_message(value<GstPadLinkReturn>(99));
-                       });
-                     }};
+         return alone([] { return Media_Helper::gst_enum_message(value<GstPadLinkReturn>(99)); });
        }},
       {"gst_enum_message", "a state",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_enum_message(GST_STATE_READY); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_enum_message(GST_STATE_READY); }); }},
       {"gst_enum_message", "no state",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_enum_message(value<GstState>(99)); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_enum_message(value<GstState>(99)); }); }},
       {"gst_enum_message", "a type of message",
        [] {
-         return Call{{}, [] {
-                       return disturbed([] {
-                         return Media_Helper::gst_enum_message(GST_MESSAGE_DURATION_CHANGED);
-                       });
-                     }};
+         return alone([] { return Media_Helper::gst_enum_message(GST_MESSAGE_DURATION_CHANGED); });
        }},
       {"gst_enum_message", "no type of message",
        [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_enum_message(value<GstMessageType>(3)); });
-                     }};
+         return alone([] { return Media_Helper::gst_enum_message(value<GstMessageType>(3)); });
        }},
       {"gst_time_to_string", "a time",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::gst_time_to_string(3723000000001); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::gst_time_to_string(3723000000001); }); }},
       {"gst_segment_to_string", "a segment",
        [] {
          return Call{{}, [] {
@@ -916,12 +721,7 @@ std::vector<Scenario> text_scenarios() {
                      }};
        }},
       {"generate_queue_stats_report", "no queue",
-       [] {
-         return Call{{}, [] {
-                       return disturbed(
-                           [] { return Media_Helper::generate_queue_stats_report(nullptr); });
-                     }};
-       }},
+       [] { return alone([] { return Media_Helper::generate_queue_stats_report(nullptr); }); }},
   };
 }
 

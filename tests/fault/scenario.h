@@ -96,6 +96,12 @@ std::string done(Call call) {
   return "done";
 }
 
+// A call that involves no object and makes a text.
+template <typename Make>
+Call alone(Make make) {
+  return {{}, [make] { return disturbed(make); }};
+}
+
 inline std::string name_of(gpointer object) {
   return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
