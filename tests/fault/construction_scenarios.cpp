@@ -18,8 +18,8 @@ std::string set_state(const Element &element, GstState state, const std::string 
     GstElement *element;
     ~Rest() { gst_element_set_state(element, GST_STATE_NULL); }
   } rest{element.get()};
-  return std::to_string(disturbed(
-      [&] { return Media_Helper::gst_element_set_state_or_throw(element.get(), state, context); }));
+  return number_from(
+      [&] { return Media_Helper::gst_element_set_state_or_throw(element.get(), state, context); });
 }
 
 }  // namespace
@@ -250,10 +250,10 @@ std::vector<Scenario> construction_scenarios() {
       {"gst_element_factory_make_or_throw", "named",
        [] {
          return Call{{}, [] {
-                       return name_of(own(disturbed([] {
-                                        return Media_Helper::gst_element_factory_make_or_throw(
-                                            "identity", "a_name_of_some_length");
-                                      })).get());
+                       return element_from([] {
+                         return Media_Helper::gst_element_factory_make_or_throw(
+                             "identity", "a_name_of_some_length");
+                       });
                      }};
        }},
       {"gst_element_factory_make_or_throw", "named by the framework",
@@ -297,29 +297,28 @@ std::vector<Scenario> construction_scenarios() {
          const Element parser = make_element("identity", "a_parser_of_that_name");
          gst_bin_add(as_bin(bin), parser.get());
          return Call{{{"bin", bin}, {"element", parser}}, [bin] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::gst_bin_get_by_name_or_throw(
-                                            as_bin(bin), "a_parser_of_that_name");
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::gst_bin_get_by_name_or_throw(as_bin(bin),
+                                                                           "a_parser_of_that_name");
+                       });
                      }};
        }},
       {"gst_bin_get_by_name_or_throw", "missing",
        [] {
          const Element bin = make_bin("bin");
          return Call{{{"bin", bin}}, [bin] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::gst_bin_get_by_name_or_throw(
-                                            as_bin(bin), "a_parser_of_that_name");
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::gst_bin_get_by_name_or_throw(as_bin(bin),
+                                                                           "a_parser_of_that_name");
+                       });
                      }};
        }},
       {"gst_bin_get_by_name_or_throw", "a null bin",
        [] {
          return Call{{}, [] {
-                       return name_of(own(disturbed([] {
-                                        return Media_Helper::gst_bin_get_by_name_or_throw(nullptr,
-                                                                                          "parser");
-                                      })).get());
+                       return element_from([] {
+                         return Media_Helper::gst_bin_get_by_name_or_throw(nullptr, "parser");
+                       });
                      }};
        }},
       {"gst_bin_add_or_throw", "a floating element",
@@ -490,10 +489,10 @@ std::vector<Scenario> control_scenarios() {
       {"gst_element_set_state_or_throw", "no element",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed([] {
+                       return number_from([] {
                          return Media_Helper::gst_element_set_state_or_throw(nullptr,
                                                                              GST_STATE_PLAYING, "");
-                       }));
+                       });
                      }};
        }},
       {"gst_element_sync_state_with_parent_or_throw", "follows",
@@ -600,29 +599,25 @@ std::vector<Scenario> control_scenarios() {
          const Element element = make_element("identity", "identity");
          gst_bin_add(as_bin(bin), element.get());
          return Call{{{"bin", bin}, {"element", element}}, [element] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::gst_element_get_parent_or_throw(
-                                            element.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::gst_element_get_parent_or_throw(element.get());
+                       });
                      }};
        }},
       {"gst_element_get_parent_or_throw", "no parent",
        [] {
          const Element element = make_element("identity", "identity");
          return Call{{{"element", element}}, [element] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::gst_element_get_parent_or_throw(
-                                            element.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::gst_element_get_parent_or_throw(element.get());
+                       });
                      }};
        }},
       {"gst_element_get_parent_or_throw", "no element",
        [] {
          return Call{{}, [] {
-                       return name_of(own(disturbed([] {
-                                        return Media_Helper::gst_element_get_parent_or_throw(
-                                            nullptr);
-                                      })).get());
+                       return element_from(
+                           [] { return Media_Helper::gst_element_get_parent_or_throw(nullptr); });
                      }};
        }},
       {"g_signal_connect_or_throw", "connected",

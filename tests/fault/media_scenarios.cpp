@@ -84,6 +84,26 @@ struct Searched_Bin {
   }
 };
 
+Searched_Bin with_sent_caps() {
+  Searched_Bin searched;
+  searched.send_caps();
+  return searched;
+}
+
+// A call on such a bin that hands out an element.
+template <typename Find>
+Call search(const Searched_Bin &searched, Find find) {
+  return {searched.involved(),
+          [searched, find] { return element_from([&] { return find(searched); }); }};
+}
+
+// A call on such a bin that answers with a number.
+template <typename Ask>
+Call ask(const Searched_Bin &searched, Ask question) {
+  return {searched.involved(),
+          [searched, question] { return number_from([&] { return question(searched); }); }};
+}
+
 // Caps, when there are any.
 std::vector<Involved> involve(const Caps &caps) {
   if (!caps) return {};
@@ -93,8 +113,7 @@ std::vector<Involved> involve(const Caps &caps) {
 Call classify(const Caps &caps) {
   return {involve(caps), [caps] {
             const Allowed_Log no_structure("structure != NULL");
-            return std::to_string(
-                disturbed([&] { return Media_Helper::get_media_type(caps.get()); }));
+            return number_from([&] { return Media_Helper::get_media_type(caps.get()); });
           }};
 }
 
@@ -134,7 +153,7 @@ Enumeration value(int number) {
 using Caps_List = std::vector<Caps>;
 
 std::string equal(const Caps_List &first, const Caps_List &second) {
-  return std::to_string(disturbed([&] { return Media_Helper::caps_equal(first, second); }));
+  return number_from([&] { return Media_Helper::caps_equal(first, second); });
 }
 
 // A value that holds an element, as searches show it.
@@ -160,15 +179,13 @@ std::string compare_caps(const Searched_Bin &searched, const Element &element,
   const Element_Value value(element);
   Media_Helper::FindElementCapsTypeHelper wanted{G_OBJECT_TYPE(wanted_type.get()),
                                                  searched.caps.get()};
-  return std::to_string(
-      disturbed([&] { return Media_Helper::caps_compare_func(value.get(), &wanted); }));
+  return number_from([&] { return Media_Helper::caps_compare_func(value.get(), &wanted); });
 }
 
 std::string compare_types(const Element &element, const Element &wanted_type) {
   const Element_Value value(element);
   unsigned long long wanted = G_OBJECT_TYPE(wanted_type.get());
-  return std::to_string(
-      disturbed([&] { return Media_Helper::type_compare_func(value.get(), &wanted); }));
+  return number_from([&] { return Media_Helper::type_compare_func(value.get(), &wanted); });
 }
 
 }  // namespace
@@ -192,15 +209,15 @@ std::vector<Scenario> media_type_scenarios() {
       {"is_video", "video",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed(
-                           [] { return Media_Helper::is_video(capture::VIDEO_RAW, true); }));
+                       return number_from(
+                           [] { return Media_Helper::is_video(capture::VIDEO_RAW, true); });
                      }};
        }},
       {"is_audio", "audio",
        [] {
          return Call{{}, [] {
-                       return std::to_string(
-                           disturbed([] { return Media_Helper::is_audio(capture::MULAW, false); }));
+                       return number_from(
+                           [] { return Media_Helper::is_audio(capture::MULAW, false); });
                      }};
        }},
       {"select_muxer", "known",
@@ -377,170 +394,111 @@ std::vector<Scenario> search_scenarios() {
   return {
       {"find_element_with_caps_and_type", "found",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), GST_TYPE_APP_SINK,
-                                            searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(
+               as_bin(searched.bin), GST_TYPE_APP_SINK, searched.caps.get());
+         });
        }},
       {"find_element_with_caps_and_type", "not found",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), GST_TYPE_BIN,
-                                            searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(as_bin(searched.bin), GST_TYPE_BIN,
+                                                                searched.caps.get());
+         });
        }},
       {"find_element_with_caps_and_type", "a tee, found by what its peer can send",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()),
-                                            searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(
+               as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()), searched.caps.get());
+         });
        }},
       {"find_element_with_caps_and_type", "a tee, found by its current caps",
        [] {
-         const Searched_Bin searched;
-         searched.send_caps();
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()),
-                                            searched.caps.get());
-                                      })).get());
-                     }};
+         return search(with_sent_caps(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(
+               as_bin(searched.bin), G_OBJECT_TYPE(searched.tee.get()), searched.caps.get());
+         });
        }},
       {"find_element_with_caps_and_type", "no bin",
        [] {
          const Caps caps = make_caps("video/x-h264");
          return Call{{{"caps", caps}}, [caps] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            nullptr, GST_TYPE_APP_SINK, caps.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::find_element_with_caps_and_type(
+                             nullptr, GST_TYPE_APP_SINK, caps.get());
+                       });
                      }};
        }},
       {"find_element_with_caps_and_type", "no type",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), G_TYPE_INVALID,
-                                            searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(
+               as_bin(searched.bin), G_TYPE_INVALID, searched.caps.get());
+         });
        }},
       {"find_element_with_caps_and_type", "no caps",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_element_with_caps_and_type(
-                                            as_bin(searched.bin), GST_TYPE_APP_SINK, nullptr);
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_element_with_caps_and_type(as_bin(searched.bin),
+                                                                GST_TYPE_APP_SINK, nullptr);
+         });
        }},
       {"find_tee_with_caps", "found by what its peer can send",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_tee_with_caps(
-                                            as_bin(searched.bin), searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_tee_with_caps(as_bin(searched.bin), searched.caps.get());
+         });
        }},
       {"find_tee_with_caps", "found by its current caps",
        [] {
-         const Searched_Bin searched;
-         searched.send_caps();
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_tee_with_caps(
-                                            as_bin(searched.bin), searched.caps.get());
-                                      })).get());
-                     }};
+         return search(with_sent_caps(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_tee_with_caps(as_bin(searched.bin), searched.caps.get());
+         });
        }},
       {"find_appsink_with_caps", "found",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_appsink_with_caps(
-                                            as_bin(searched.bin), searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_appsink_with_caps(as_bin(searched.bin), searched.caps.get());
+         });
        }},
       {"find_tee_with_caps", "no bin",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_tee_with_caps(
-                                            nullptr, searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_tee_with_caps(nullptr, searched.caps.get());
+         });
        }},
       {"find_tee_with_caps", "no caps",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_tee_with_caps(
-                                            as_bin(searched.bin), nullptr);
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_tee_with_caps(as_bin(searched.bin), nullptr);
+         });
        }},
       {"find_tee_with_caps", "other caps",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_tee_with_caps(
-                                            as_bin(searched.bin), make_caps("audio/x-raw").get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_tee_with_caps(as_bin(searched.bin),
+                                                   make_caps("audio/x-raw").get());
+         });
        }},
       {"find_appsink_with_caps", "no bin",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_appsink_with_caps(
-                                            nullptr, searched.caps.get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_appsink_with_caps(nullptr, searched.caps.get());
+         });
        }},
       {"find_appsink_with_caps", "no caps",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_appsink_with_caps(
-                                            as_bin(searched.bin), nullptr);
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_appsink_with_caps(as_bin(searched.bin), nullptr);
+         });
        }},
       {"find_appsink_with_caps", "other caps",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::find_appsink_with_caps(
-                                            as_bin(searched.bin), make_caps("audio/x-raw").get());
-                                      })).get());
-                     }};
+         return search(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::find_appsink_with_caps(as_bin(searched.bin),
+                                                       make_caps("audio/x-raw").get());
+         });
        }},
       {"find_all_appsinks", "two",
        [] {
@@ -561,41 +519,29 @@ std::vector<Scenario> search_scenarios() {
        }},
       {"bin_has_element_type", "has",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return std::to_string(disturbed([&] {
-                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
-                                                                   GST_TYPE_APP_SINK);
-                       }));
-                     }};
+         return ask(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::bin_has_element_type(as_bin(searched.bin), GST_TYPE_APP_SINK);
+         });
        }},
       {"bin_has_element_type", "has not",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return std::to_string(disturbed([&] {
-                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
-                                                                   GST_TYPE_PIPELINE);
-                       }));
-                     }};
+         return ask(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::bin_has_element_type(as_bin(searched.bin), GST_TYPE_PIPELINE);
+         });
        }},
       {"bin_has_element_type", "no bin",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed([] {
+                       return number_from([] {
                          return Media_Helper::bin_has_element_type(nullptr, GST_TYPE_PIPELINE);
-                       }));
+                       });
                      }};
        }},
       {"bin_has_element_type", "no type",
        [] {
-         const Searched_Bin searched;
-         return Call{searched.involved(), [searched] {
-                       return std::to_string(disturbed([&] {
-                         return Media_Helper::bin_has_element_type(as_bin(searched.bin),
-                                                                   G_TYPE_INVALID);
-                       }));
-                     }};
+         return ask(Searched_Bin(), [](const Searched_Bin &searched) {
+           return Media_Helper::bin_has_element_type(as_bin(searched.bin), G_TYPE_INVALID);
+         });
        }},
       {"caps_compare_func", "an appsink that fits",
        [] {

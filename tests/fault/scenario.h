@@ -106,6 +106,24 @@ inline std::string name_of(gpointer object) {
   return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
 
+// Disturbed calls that hand out an element or a pad, which is given back, or a number.
+
+template <typename Call>
+std::string element_from(Call call) {
+  return name_of(own(disturbed(call)).get());
+}
+
+template <typename Call>
+std::string pad_from(Call call) {
+  const Pad pad(disturbed(call), false);
+  return name_of(pad.get());
+}
+
+template <typename Call>
+std::string number_from(Call call) {
+  return std::to_string(disturbed(call));
+}
+
 std::vector<Scenario> check_and_lookup_scenarios();
 std::vector<Scenario> construction_scenarios();
 std::vector<Scenario> control_scenarios();

@@ -69,9 +69,7 @@ std::string request_stream(const Element &multiqueue, const std::string &name, G
 
 // The partner of a multiqueue's pad, by name.
 std::string partner_of(const Pad &pad) {
-  const Pad partner(
-      disturbed([&] { return Media_Helper::get_corresponding_multiqueue_pad(pad.get()); }), false);
-  return name_of(partner.get());
+  return pad_from([&] { return Media_Helper::get_corresponding_multiqueue_pad(pad.get()); });
 }
 
 // An element with one pad, of any name.
@@ -176,9 +174,9 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(source, "src");
          return Call{{{"pad", pad}, {"element", sink}, {"sink pad", static_pad(sink, "sink")}},
                      [pad, source, sink] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::link_pad_to_element(pad.get(), sink.get());
-                       }));
+                       });
                      }};
        }},
       {"link_pad_to_element", "refused",
@@ -187,16 +185,16 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(source, "src");
          return Call{{{"pad", pad}, {"element", sink}, {"sink pad", static_pad(sink, "sink")}},
                      [pad, source = source, sink = sink] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::link_pad_to_element(pad.get(), sink.get());
-                       }));
+                       });
                      }};
        }},
       {"link_pad_to_element", "nulls",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed(
-                           [] { return Media_Helper::link_pad_to_element(nullptr, nullptr); }));
+                       return number_from(
+                           [] { return Media_Helper::link_pad_to_element(nullptr, nullptr); });
                      }};
        }},
       {"unlink_pad_from_element", "unlinked",
@@ -205,9 +203,9 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(source, "src");
          return Call{{{"pad", pad}, {"element", sink}, {"sink pad", static_pad(sink, "sink")}},
                      [pad, source = source, sink = sink] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::unlink_pad_from_element(pad.get(), sink.get());
-                       }));
+                       });
                      }};
        }},
       {"unlink_pad_from_element", "not linked",
@@ -217,16 +215,16 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(source, "src");
          return Call{{{"pad", pad}, {"element", sink}, {"sink pad", static_pad(sink, "sink")}},
                      [pad, sink] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::unlink_pad_from_element(pad.get(), sink.get());
-                       }));
+                       });
                      }};
        }},
       {"unlink_pad_from_element", "nulls",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed(
-                           [] { return Media_Helper::unlink_pad_from_element(nullptr, nullptr); }));
+                       return number_from(
+                           [] { return Media_Helper::unlink_pad_from_element(nullptr, nullptr); });
                      }};
        }},
       {"link_element_to_pad", "linked",
@@ -236,9 +234,9 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(sink, "sink");
          return Call{{{"element", source}, {"pad", pad}, {"src pad", static_pad(source, "src")}},
                      [source, sink, pad] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::link_element_to_pad(source.get(), pad.get());
-                       }));
+                       });
                      }};
        }},
       {"link_element_to_pad", "no src pad",
@@ -246,9 +244,9 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Element sink = make_element("fakesink");
          const Pad pad = static_pad(sink, "sink");
          return Call{{{"element", sink}, {"pad", pad}}, [sink, pad] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::link_element_to_pad(sink.get(), pad.get());
-                       }));
+                       });
                      }};
        }},
       {"link_element_to_pad", "refused",
@@ -258,16 +256,16 @@ std::vector<Scenario> pad_and_link_scenarios() {
          const Pad pad = static_pad(sink, "sink");
          return Call{{{"element", other}, {"pad", pad}, {"src pad", static_pad(other, "src")}},
                      [source = source, sink = sink, other, pad] {
-                       return std::to_string(disturbed([&] {
+                       return number_from([&] {
                          return Media_Helper::link_element_to_pad(other.get(), pad.get());
-                       }));
+                       });
                      }};
        }},
       {"link_element_to_pad", "nulls",
        [] {
          return Call{{}, [] {
-                       return std::to_string(disturbed(
-                           [] { return Media_Helper::link_element_to_pad(nullptr, nullptr); }));
+                       return number_from(
+                           [] { return Media_Helper::link_element_to_pad(nullptr, nullptr); });
                      }};
        }},
       {"link_pad_to_element_or_throw", "linked",
@@ -392,35 +390,28 @@ std::vector<Scenario> pad_and_link_scenarios() {
        [] {
          const Element queue = make_element("queue", "a_queue_with_a_name");
          return Call{{{"element", queue}, {"pad", static_pad(queue, "sink")}}, [queue] {
-                       const Pad pad(disturbed([&] {
-                                       return Media_Helper::gst_element_get_static_pad_or_throw(
-                                           queue.get(), "sink");
-                                     }),
-                                     false);
-                       return name_of(pad.get());
+                       return pad_from([&] {
+                         return Media_Helper::gst_element_get_static_pad_or_throw(queue.get(),
+                                                                                  "sink");
+                       });
                      }};
        }},
       {"gst_element_get_static_pad_or_throw", "no pad",
        [] {
          const Element queue = make_element("queue", "a_queue_with_a_name");
          return Call{{{"element", queue}}, [queue] {
-                       const Pad pad(disturbed([&] {
-                                       return Media_Helper::gst_element_get_static_pad_or_throw(
-                                           queue.get(), "no_pad_of_that_name");
-                                     }),
-                                     false);
-                       return name_of(pad.get());
+                       return pad_from([&] {
+                         return Media_Helper::gst_element_get_static_pad_or_throw(
+                             queue.get(), "no_pad_of_that_name");
+                       });
                      }};
        }},
       {"gst_element_get_static_pad_or_throw", "no element",
        [] {
          return Call{{}, [] {
-                       const Pad pad(disturbed([] {
-                                       return Media_Helper::gst_element_get_static_pad_or_throw(
-                                           nullptr, "sink");
-                                     }),
-                                     false);
-                       return name_of(pad.get());
+                       return pad_from([] {
+                         return Media_Helper::gst_element_get_static_pad_or_throw(nullptr, "sink");
+                       });
                      }};
        }},
       {"add_probe_to_sink_pad_or_throw", "added",
@@ -506,11 +497,8 @@ std::vector<Scenario> branch_scenarios() {
        }},
       {"get_tee_src_pad", "no element",
        [] {
-         return Call{{}, [] {
-                       const Pad pad(
-                           disturbed([] { return Media_Helper::get_tee_src_pad(nullptr); }), false);
-                       return name_of(pad.get());
-                     }};
+         return Call{
+             {}, [] { return pad_from([] { return Media_Helper::get_tee_src_pad(nullptr); }); }};
        }},
       {"link_tee_to_element", "linked",
        [] {
@@ -689,47 +677,35 @@ std::vector<Scenario> ancestry_scenarios() {
                       {"sink", sink},
                       {"pad", static_pad(sink, "sink")}},
                      [source = source, sink = sink] {
-                       const Pad peer(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_pad_or_throw(
-                                            sink.get());
-                                      }),
-                                      false);
-                       return name_of(peer.get());
+                       return pad_from([&] {
+                         return Media_Helper::get_element_sink_peer_pad_or_throw(sink.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_pad_or_throw", "not linked",
        [] {
          const Element sink = make_element("fakesink", "a_sink_with_a_name");
          return Call{{{"sink", sink}, {"pad", static_pad(sink, "sink")}}, [sink] {
-                       const Pad peer(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_pad_or_throw(
-                                            sink.get());
-                                      }),
-                                      false);
-                       return name_of(peer.get());
+                       return pad_from([&] {
+                         return Media_Helper::get_element_sink_peer_pad_or_throw(sink.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_pad_or_throw", "no sink pad",
        [] {
          const Element source = make_element("fakesrc", "a_source_with_a_name");
          return Call{{{"source", source}}, [source] {
-                       const Pad peer(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_pad_or_throw(
-                                            source.get());
-                                      }),
-                                      false);
-                       return name_of(peer.get());
+                       return pad_from([&] {
+                         return Media_Helper::get_element_sink_peer_pad_or_throw(source.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_pad_or_throw", "no element",
        [] {
          return Call{{}, [] {
-                       const Pad peer(disturbed([] {
-                                        return Media_Helper::get_element_sink_peer_pad_or_throw(
-                                            nullptr);
-                                      }),
-                                      false);
-                       return name_of(peer.get());
+                       return pad_from([] {
+                         return Media_Helper::get_element_sink_peer_pad_or_throw(nullptr);
+                       });
                      }};
        }},
       {"get_element_sink_peer_or_throw", "linked",
@@ -740,10 +716,9 @@ std::vector<Scenario> ancestry_scenarios() {
                       {"sink", sink},
                       {"pad", static_pad(sink, "sink")}},
                      [source = source, sink = sink] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_or_throw(
-                                            sink.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::get_element_sink_peer_or_throw(sink.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_or_throw", "linked to a pad of no element",
@@ -751,40 +726,36 @@ std::vector<Scenario> ancestry_scenarios() {
          const Pad pad = make_pad("src", GST_PAD_SRC);
          const Element sink = make_element("fakesink", "a_sink_with_a_name");
          gst_pad_link(pad.get(), static_pad(sink, "sink").get());
-         return Call{
-             {{"peer", pad}, {"sink", sink}, {"pad", static_pad(sink, "sink")}}, [pad, sink] {
-               return name_of(own(disturbed([&] {
-                                return Media_Helper::get_element_sink_peer_or_throw(sink.get());
-                              })).get());
-             }};
+         return Call{{{"peer", pad}, {"sink", sink}, {"pad", static_pad(sink, "sink")}},
+                     [pad, sink] {
+                       return element_from([&] {
+                         return Media_Helper::get_element_sink_peer_or_throw(sink.get());
+                       });
+                     }};
        }},
       {"get_element_sink_peer_or_throw", "not linked",
        [] {
          const Element sink = make_element("fakesink", "a_sink_with_a_name");
          return Call{{{"sink", sink}, {"pad", static_pad(sink, "sink")}}, [sink] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_or_throw(
-                                            sink.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::get_element_sink_peer_or_throw(sink.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_or_throw", "no sink pad",
        [] {
          const Element source = make_element("fakesrc", "a_source_with_a_name");
          return Call{{{"source", source}}, [source] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::get_element_sink_peer_or_throw(
-                                            source.get());
-                                      })).get());
+                       return element_from([&] {
+                         return Media_Helper::get_element_sink_peer_or_throw(source.get());
+                       });
                      }};
        }},
       {"get_element_sink_peer_or_throw", "no element",
        [] {
          return Call{{}, [] {
-                       return name_of(own(disturbed([] {
-                                        return Media_Helper::get_element_sink_peer_or_throw(
-                                            nullptr);
-                                      })).get());
+                       return element_from(
+                           [] { return Media_Helper::get_element_sink_peer_or_throw(nullptr); });
                      }};
        }},
       {"get_most_parent", "two bins deep",
@@ -796,26 +767,22 @@ std::vector<Scenario> ancestry_scenarios() {
          gst_bin_add(as_bin(bin), element.get());
          return Call{{{"pipeline", pipeline}, {"bin", bin}, {"element", element}},
                      [pipeline, bin, element] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::get_most_parent(element.get());
-                                      })).get());
+                       return element_from(
+                           [&] { return Media_Helper::get_most_parent(element.get()); });
                      }};
        }},
       {"get_most_parent", "no parent",
        [] {
          const Element pipeline = make_element("pipeline", "a_pipeline_with_a_name");
          return Call{{{"pipeline", pipeline}}, [pipeline] {
-                       return name_of(own(disturbed([&] {
-                                        return Media_Helper::get_most_parent(pipeline.get());
-                                      })).get());
+                       return element_from(
+                           [&] { return Media_Helper::get_most_parent(pipeline.get()); });
                      }};
        }},
       {"get_most_parent", "no element",
        [] {
          return Call{{}, [] {
-                       return name_of(own(disturbed([] {
-                                        return Media_Helper::get_most_parent(nullptr);
-                                      })).get());
+                       return element_from([] { return Media_Helper::get_most_parent(nullptr); });
                      }};
        }},
       {"verify_element_top_parent", "its pipeline",
