@@ -16,21 +16,25 @@ void note_leak(GstDebugCategory *category, GstDebugLevel, const gchar *, const g
     ++leaked;
 }
 
+// With a reference.
+GObject *leaks_tracer() {
+  GList *const tracers = gst_tracing_get_active_tracers();
+  if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
+  GObject *const tracer = G_OBJECT(g_object_ref(tracers->data));
+  g_list_free_full(tracers, gst_object_unref);
+  return tracer;
+}
+
 }  // namespace
 
 void init_and_watch_leaks(int *argc, char ***argv) {
   g_setenv("GST_TRACERS", "leaks", TRUE);
   gst_init(argc, argv);
   g_unsetenv("GST_TRACERS");
-  GList *const tracers = gst_tracing_get_active_tracers();
-  if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
-  g_list_free_full(tracers, gst_object_unref);
+  g_object_unref(leaks_tracer());
 }
 
-Object_Balance::Object_Balance() {
-  GList *const tracers = gst_tracing_get_active_tracers();
-  tracer_ = G_OBJECT(tracers->data);
-  g_list_free(tracers);
+Object_Balance::Object_Balance() : tracer_(leaks_tracer()) {
   g_signal_emit_by_name(tracer_, "activity-start-tracking");
 }
 

@@ -23,7 +23,7 @@ public:
   int now();
 
 private:
-  GObject *tracer_ = nullptr;
+  GObject *tracer_;
   int balance_ = 0;
 };
 
