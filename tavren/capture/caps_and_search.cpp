@@ -3,6 +3,7 @@
 
 #include <gst/app/gstappsink.h>
 
+#include <tavren/capture/argument_checks.h>
 #include <tavren/capture/iterator_walk.h>
 #include <tavren/capture/media_helper.h>
 #include <tavren/capture/message_text.h>
@@ -48,7 +49,7 @@ bool find_in_bin(GstBin *bin, Wanted &wanted, GValue &result) {
 }  // namespace
 
 std::pair<long long, long long> Media_Helper::get_framerate_from_caps(GstCaps *caps) {
-  is_caps_or_throw(caps, "caps in get_framerate_from_caps");
+  check_caps(caps, "caps in get_framerate_from_caps");
   int numerator = 0;
   int denominator = 0;
   if (!gst_structure_get_fraction(gst_caps_get_structure(caps, 0), "framerate", &numerator,
@@ -63,7 +64,7 @@ std::pair<long long, long long> Media_Helper::get_framerate_from_caps(GstCaps *c
 
 std::pair<unsigned long long, unsigned long long>
 Media_Helper::get_resolution_from_caps(GstCaps *caps) {
-  is_caps_or_throw(caps, "caps in get_resolution_from_caps");
+  check_caps(caps, "caps in get_resolution_from_caps");
   int width = 0;
   int height = 0;
   const GstStructure *const structure = gst_caps_get_structure(caps, 0);
@@ -78,7 +79,7 @@ Media_Helper::get_resolution_from_caps(GstCaps *caps) {
 }
 
 std::string Media_Helper::get_encoding_name_from_caps(GstCaps *caps) {
-  is_caps_or_throw(caps, "caps in get_encoding_name_from_caps");
+  check_caps(caps, "caps in get_encoding_name_from_caps");
   const char *const name =
       gst_structure_get_string(gst_caps_get_structure(caps, 0), "encoding-name");
   return name != nullptr ? name : std::string();  // GCOVR_EXCL_BR_LINE: empty text cannot throw
@@ -136,9 +137,9 @@ unsigned long long Media_Helper::get_element_type(const std::string &factory_nam
 GstElement *Media_Helper::find_element_with_caps_and_type(GstBin *bin,
                                                           unsigned long long element_type,
                                                           GstCaps *caps) {
-  is_bin_or_throw(bin, "bin");
-  is_valid_element_type_or_throw(element_type, "element_type in find_element_with_caps_and_type");
-  is_caps_or_throw(caps, "caps in find_element_with_caps_and_type");
+  check_bin(bin, "bin");
+  check_element_type(element_type, "element_type in find_element_with_caps_and_type");
+  check_caps(caps, "caps in find_element_with_caps_and_type");
   FindElementCapsTypeHelper wanted{element_type, caps};
   GValue result = G_VALUE_INIT;
   if (!find_in_bin<caps_compare_func>(bin, wanted, result)) return nullptr;
@@ -155,7 +156,7 @@ GstElement *Media_Helper::find_appsink_with_caps(GstBin *bin, GstCaps *caps) {
 }
 
 std::vector<Element> Media_Helper::find_all_appsinks(GstBin *bin) {
-  is_bin_or_throw(bin, "bin in find_all_appsinks");
+  check_bin(bin, "bin in find_all_appsinks");
   const unsigned long long appsink_type = get_element_type("appsink");
   std::vector<Element> appsinks;
   const Iterator iterator(gst_bin_iterate_recurse(bin));
@@ -166,8 +167,8 @@ std::vector<Element> Media_Helper::find_all_appsinks(GstBin *bin) {
 }
 
 bool Media_Helper::bin_has_element_type(GstBin *bin, unsigned long long element_type) {
-  is_bin_or_throw(bin, "bin in bin_has_element_type");
-  is_valid_element_type_or_throw(element_type, "element_type in bin_has_element_type");
+  check_bin(bin, "bin in bin_has_element_type");
+  check_element_type(element_type, "element_type in bin_has_element_type");
   GValue result = G_VALUE_INIT;
   if (!find_in_bin<type_compare_func>(bin, element_type, result)) return false;
   g_value_unset(&result);

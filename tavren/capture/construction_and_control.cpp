@@ -1,3 +1,4 @@
+#include <tavren/capture/argument_checks.h>
 #include <tavren/capture/media_helper.h>
 #include <tavren/capture/message_text.h>
 
@@ -62,8 +63,8 @@ GstElement *Media_Helper::gst_bin_get_by_name_or_throw(GstBin *bin, const std::s
 }
 
 void Media_Helper::gst_bin_add_or_throw(GstBin *bin, GstElement *element) {
-  is_bin_or_throw(bin, "bin in gst_bin_add_or_throw");
-  is_element_or_throw(element, "element in call to gst_bin_add_or_throw");
+  check_bin(bin, "bin in gst_bin_add_or_throw");
+  check_element(element, "element in call to gst_bin_add_or_throw");
   add_to_bin(bin, element);
 }
 
@@ -73,7 +74,7 @@ GstElement *Media_Helper::create_and_add_element_to_bin(const std::string &facto
   // Called as a function: the cast macros warn about a wrong type only in some builds.
   GstBin *const checked_bin = reinterpret_cast<GstBin *>(
       g_type_check_instance_cast(reinterpret_cast<GTypeInstance *>(bin), GST_TYPE_BIN));
-  is_bin_or_throw(checked_bin, "bin in create_and_add_element_to_bin");
+  check_bin(checked_bin, "bin in create_and_add_element_to_bin");
   GstElement *const element = gst_element_factory_make_or_throw(factory_name, element_name);
   add_to_bin(checked_bin, element);
   return element;
@@ -88,7 +89,7 @@ GstElement *Media_Helper::create_and_add_element_to_pipeline(const std::string &
 GstStateChangeReturn Media_Helper::gst_element_set_state_or_throw(GstElement *element,
                                                                   GstState state,
                                                                   const std::string &context) {
-  is_element_or_throw(element, "element");
+  check_element(element, "element");
   const GstStateChangeReturn result = gst_element_set_state(element, state);
   if (result != GST_STATE_CHANGE_FAILURE) return result;
 
@@ -100,7 +101,7 @@ GstStateChangeReturn Media_Helper::gst_element_set_state_or_throw(GstElement *el
 }
 
 void Media_Helper::gst_element_sync_state_with_parent_or_throw(GstElement *element) {
-  is_element_or_throw(element, "element in gst_element_sync_state_with_parent_or_throw");
+  check_element(element, "element in gst_element_sync_state_with_parent_or_throw");
   if (!gst_element_sync_state_with_parent(element))
     throw Error(TEC::STATE_SYNC_WITH_PARENT_FAILED,
                 fill("Failed to sync element %s (%s) with parent.",
@@ -108,7 +109,7 @@ void Media_Helper::gst_element_sync_state_with_parent_or_throw(GstElement *eleme
 }
 
 GstBus *Media_Helper::gst_element_get_bus_or_throw(GstElement *element) {
-  is_element_or_throw(element, "element in gst_element_get_bus_or_throw");
+  check_element(element, "element in gst_element_get_bus_or_throw");
   GstBus *const bus = gst_element_get_bus(element);
   if (bus == nullptr)
     throw Error(TEC::ELEMENT_HAS_NO_BUS, fill("Could not retrieve pipeline bus for element \"%s\".",
@@ -117,7 +118,7 @@ GstBus *Media_Helper::gst_element_get_bus_or_throw(GstElement *element) {
 }
 
 GSource *Media_Helper::gst_bus_create_watch_or_throw(GstBus *bus) {
-  is_bus_or_throw(bus, "bus in gst_bus_create_watch_or_throw");
+  check_bus(bus, "bus in gst_bus_create_watch_or_throw");
   GSource *const watch = gst_bus_create_watch(bus);
   if (watch == nullptr)
     throw Error(TEC::BUS_WATCH_CREATION_FAILED,
@@ -126,7 +127,7 @@ GSource *Media_Helper::gst_bus_create_watch_or_throw(GstBus *bus) {
 }
 
 GstElement *Media_Helper::gst_element_get_parent_or_throw(GstElement *element) {
-  is_element_or_throw(element, "element in gst_element_get_parent_or_throw");
+  check_element(element, "element in gst_element_get_parent_or_throw");
   GstElement *const parent = reinterpret_cast<GstElement *>(g_type_check_instance_cast(
       reinterpret_cast<GTypeInstance *>(gst_object_get_parent(GST_OBJECT_CAST(element))),
       GST_TYPE_ELEMENT));
@@ -139,7 +140,7 @@ GstElement *Media_Helper::gst_element_get_parent_or_throw(GstElement *element) {
 
 gulong Media_Helper::g_signal_connect_or_throw(GstElement *element, const std::string &signal,
                                                void (*callback)(), void *data) {
-  is_element_or_throw(element, "element");
+  check_element(element, "element");
   const gulong handler = g_signal_connect_data(element, signal.c_str(), callback, data, nullptr,
                                                static_cast<GConnectFlags>(0));
   if (handler == 0)

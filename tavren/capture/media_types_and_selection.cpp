@@ -1,5 +1,6 @@
 #include <boost/filesystem/path.hpp>
 
+#include <tavren/capture/argument_checks.h>
 #include <tavren/capture/media_helper.h>
 #include <tavren/capture/message_text.h>
 #include <tavren/capture/text_table.h>
@@ -38,7 +39,7 @@ void collect_stream_caps(GList *streams, std::vector<Caps> &stream_caps) {
 }  // namespace
 
 MediaType Media_Helper::get_media_type(GstCaps *caps) {
-  is_caps_or_throw(caps, "caps in get_media_type");
+  check_caps(caps, "caps in get_media_type");
   if (gst_caps_is_empty(caps)) return UNKNOWN;
 
   // clang-format off

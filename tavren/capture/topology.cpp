@@ -1,5 +1,6 @@
 #include <cstdarg>
 
+#include <tavren/capture/argument_checks.h>
 #include <tavren/capture/iterator_walk.h>
 #include <tavren/capture/media_helper.h>
 #include <tavren/capture/message_text.h>
@@ -27,7 +28,7 @@ GstPadTemplate *pad_template(GstElement *element, const char *name) {
 
 Media_Helper::Pad_List Media_Helper::get_element_pads(GstElement *element,
                                                       Pad_Iterator_Source iterate_pads) {
-  is_element_or_throw(element, "element in get_element_pads_with_iterator");
+  check_element(element, "element in get_element_pads_with_iterator");
   Pad_List pads;
   const Iterator iterator(iterate_pads(element));
   for_each_object(iterator.get(),
@@ -62,9 +63,9 @@ bool Media_Helper::link_element_to_pad(GstElement *element, GstPad *sink_pad) no
 }
 
 void Media_Helper::link_pad_to_element_or_throw(GstPad *src_pad, GstElement *element) {
-  is_element_or_throw(
-      element, "sink element specified for linking to src_pad in link_pad_to_element_or_throw");
-  is_pad_or_throw(src_pad, "src_pad in link_pad_to_element");
+  check_element(element,
+                "sink element specified for linking to src_pad in link_pad_to_element_or_throw");
+  check_pad(src_pad, "src_pad in link_pad_to_element");
   const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
   const GstPadLinkReturn result = gst_pad_link(src_pad, sink_pad.get());
   if (result == GST_PAD_LINK_OK) return;
@@ -97,12 +98,12 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
     va_end(list);
   }
 
-  is_element_or_throw(elements[0], "element 1 in gst_element_link_many_or_throw");
+  check_element(elements[0], "element 1 in gst_element_link_many_or_throw");
   for (std::size_t i = 1; i < elements.size(); ++i) {
     // The description is made only for an element that needs one.
     if (!GST_IS_ELEMENT(elements[i]))  // GCOVR_EXCL_BR_LINE: the framework's check cannot throw
-      is_element_or_throw(elements[i], "element " + std::to_string(i + 1) +
-                                           " in gst_element_link_many_or_throw");
+      check_element(elements[i],
+                    "element " + std::to_string(i + 1) + " in gst_element_link_many_or_throw");
     if (!gst_element_link(elements[i - 1], elements[i]))
       throw Error(TEC::ELEMENT_LINK_FAILED,
                   fill("Failed to link element \"%s\" and element \"%s\".",
@@ -111,7 +112,7 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
 }
 
 GstPad *Media_Helper::gst_element_get_static_pad_or_throw(GstElement *element, const char *name) {
-  is_element_or_throw(element, "element in gst_element_get_static_pad_or_throw");
+  check_element(element, "element in gst_element_get_static_pad_or_throw");
   GstPad *const pad = gst_element_get_static_pad(element, name);
   if (pad == nullptr)
     throw Error(TEC::STATIC_PAD_NOT_FOUND,
@@ -123,14 +124,14 @@ GstPad *Media_Helper::gst_element_get_static_pad_or_throw(GstElement *element, c
 void Media_Helper::add_probe_to_sink_pad_or_throw(GstElement *element, GstPadProbeType mask,
                                                   GstPadProbeCallback callback, void *data,
                                                   GDestroyNotify destroy_data) {
-  is_element_or_throw(element, "element in add_probe_to_sink_pad_or_throw");
+  check_element(element, "element in add_probe_to_sink_pad_or_throw");
   const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
   if (gst_pad_add_probe(sink_pad.get(), mask, callback, data, destroy_data) == 0)
     throw Error(TEC::PROBE_NOT_ADDED, "Failed to add timeout probe");
 }
 
 GstPad *Media_Helper::get_tee_src_pad(GstElement *tee) {
-  is_element_or_throw(tee, "tee element in get_tee_src_pad");
+  check_element(tee, "tee element in get_tee_src_pad");
   GstPadTemplate *const src_template = pad_template(tee, "src_%u");
   if (src_template == nullptr)
     throw Error(TEC::TEE_HAS_NO_SRC_PAD_TEMPLATE, "NULL src pad template");
@@ -141,8 +142,8 @@ GstPad *Media_Helper::get_tee_src_pad(GstElement *tee) {
 }
 
 void Media_Helper::link_tee_to_element(GstElement *tee, GstElement *element) {
-  is_element_or_throw(tee, "tee in link_tee_to_element");
-  is_element_or_throw(element, "element in link_tee_to_element");
+  check_element(tee, "tee in link_tee_to_element");
+  check_element(element, "element in link_tee_to_element");
   GstPad *const pad = get_tee_src_pad(tee);
   bool linked = false;
   Scope_Exit_Guard give_back;
@@ -155,7 +156,7 @@ void Media_Helper::link_tee_to_element(GstElement *tee, GstElement *element) {
 }
 
 GstPad *Media_Helper::get_corresponding_multiqueue_pad(GstPad *multiqueue_pad) {
-  is_pad_or_throw(multiqueue_pad, "multiqueue_pad in get_corresponding_multiqueue_pad");
+  check_pad(multiqueue_pad, "multiqueue_pad in get_corresponding_multiqueue_pad");
   const Element parent = adopt(gst_pad_get_parent_element(multiqueue_pad));
   if (!parent)
     throw Error(TEC::MULTIQUEUE_PAD_HAS_NO_PARENT, "Could not get parent element from pad.");
@@ -176,7 +177,7 @@ GstPad *Media_Helper::get_corresponding_multiqueue_pad(GstPad *multiqueue_pad) {
 std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstElement *multiqueue,
                                                                         std::string name,
                                                                         const GstCaps *caps) {
-  is_element_or_throw(multiqueue, "multiqueue element in request_new_multiqueue_pads");
+  check_element(multiqueue, "multiqueue element in request_new_multiqueue_pads");
   GstPadTemplate *const sink_template = pad_template(multiqueue, "sink_%u");
   if (sink_template == nullptr)
     throw Error(TEC::MULTIQUEUE_HAS_NO_SINK_PAD_TEMPLATE, "Error getting pad_template");
@@ -189,7 +190,7 @@ std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstEleme
 }
 
 GstPad *Media_Helper::get_element_sink_peer_pad_or_throw(GstElement *element) {
-  is_element_or_throw(element, "element in get_element_sink_peer_pad_or_throw");
+  check_element(element, "element in get_element_sink_peer_pad_or_throw");
   const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
   if (!gst_pad_is_linked(sink_pad.get()))
     throw Error(TEC::SINK_PAD_NOT_LINKED,
@@ -204,12 +205,12 @@ GstPad *Media_Helper::get_element_sink_peer_pad_or_throw(GstElement *element) {
 GstElement *Media_Helper::get_element_sink_peer_or_throw(GstElement *element) {
   const Pad peer = adopt(get_element_sink_peer_pad_or_throw(element));
   Element parent = adopt(gst_pad_get_parent_element(peer.get()));
-  is_element_or_throw(parent.get(), "pad parent element in get_element_sink_peer_or_throw");
+  check_element(parent.get(), "pad parent element in get_element_sink_peer_or_throw");
   return parent.detach();
 }
 
 GstElement *Media_Helper::get_most_parent(GstElement *element) {
-  is_element_or_throw(element, "element in get_most_parent");
+  check_element(element, "element in get_most_parent");
   Element topmost;
   GstElement *current = element;
   while (GstObject *const parent = gst_object_get_parent(GST_OBJECT_CAST(current))) {
@@ -220,8 +221,8 @@ GstElement *Media_Helper::get_most_parent(GstElement *element) {
 }
 
 void Media_Helper::verify_element_top_parent(GstElement *element, GstElement *expected_top_parent) {
-  is_element_or_throw(element, "element in verify_element_top_parent");
-  is_element_or_throw(expected_top_parent, "expected_top_parent in verify_element_top_parent");
+  check_element(element, "element in verify_element_top_parent");
+  check_element(expected_top_parent, "expected_top_parent in verify_element_top_parent");
   const Element topmost = adopt(get_most_parent(element));
   if (!topmost) {
     if (element == expected_top_parent) return;

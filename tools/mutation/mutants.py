@@ -246,7 +246,7 @@ def flip_boolean(source):
 
 # Checks and statements.
 
-CHECK = r'^ +(is_\w+_or_throw\()'
+CHECK = r'^ +(check_\w+\()'
 
 
 @operator
