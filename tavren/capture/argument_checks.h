@@ -1,7 +1,7 @@
 // Not installed: the checks of arguments, as the operations ask for them.
 //
-// They are those of `Media_Helper`, but take a description that is made into a string only for an
-// argument that fails: a check that passes allocates nothing.
+// They are those of `Media_Helper`, with descriptions that are literals: a check that passes makes
+// no string, and costs no more than the framework's own test.
 
 #ifndef TAVREN_CAPTURE_ARGUMENT_CHECKS_H
 #define TAVREN_CAPTURE_ARGUMENT_CHECKS_H
@@ -10,14 +10,45 @@
 
 #include <gst/gst.h>
 
+#include <tavren/error/tavren_error_code.h>
+
 namespace kel::tavren::capture {
 
-void check_element(GstElement *element, std::string_view description);
-void check_pad(GstPad *pad, std::string_view description);
-void check_bin(GstBin *bin, std::string_view description);
-void check_bus(GstBus *bus, std::string_view description);
-void check_caps(GstCaps *caps, std::string_view description);
-void check_element_type(GType element_type, std::string_view description);
+// Throws the description, followed by what is wrong.
+[[noreturn]] void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
+                                     const char *what);
+
+template <typename Description>
+void check_element(GstElement *element, const Description &description) {
+  if (!GST_IS_ELEMENT(element))
+    throw_bad_argument(TEC::NOT_AN_ELEMENT, description, " is not a GstElement *.");
+}
+
+template <typename Description>
+void check_pad(GstPad *pad, const Description &description) {
+  if (!GST_IS_PAD(pad)) throw_bad_argument(TEC::NOT_A_PAD, description, " is not a GstPad *.");
+}
+
+template <typename Description>
+void check_bin(GstBin *bin, const Description &description) {
+  if (!GST_IS_BIN(bin)) throw_bad_argument(TEC::NOT_A_BIN, description, " is not a GstBin *.");
+}
+
+template <typename Description>
+void check_bus(GstBus *bus, const Description &description) {
+  if (!GST_IS_BUS(bus)) throw_bad_argument(TEC::NOT_A_BUS, description, " is not a GstBus *.");
+}
+
+template <typename Description>
+void check_caps(GstCaps *caps, const Description &description) {
+  if (!GST_IS_CAPS(caps)) throw_bad_argument(TEC::NOT_CAPS, description, " is not a GstCaps *.");
+}
+
+template <typename Description>
+void check_element_type(GType element_type, const Description &description) {
+  if (element_type == G_TYPE_INVALID)
+    throw_bad_argument(TEC::INVALID_ELEMENT_TYPE, description, " is not a valid GType.");
+}
 
 }  // namespace kel::tavren::capture
 

@@ -4,34 +4,9 @@
 
 namespace kel::tavren::capture {
 
-void check_element(GstElement *element, std::string_view description) {
-  if (!GST_IS_ELEMENT(element))
-    throw Error(TEC::NOT_AN_ELEMENT, std::string(description) + " is not a GstElement *.");
-}
-
-void check_pad(GstPad *pad, std::string_view description) {
-  if (!GST_IS_PAD(pad))
-    throw Error(TEC::NOT_A_PAD, std::string(description) + " is not a GstPad *.");
-}
-
-void check_bin(GstBin *bin, std::string_view description) {
-  if (!GST_IS_BIN(bin))
-    throw Error(TEC::NOT_A_BIN, std::string(description) + " is not a GstBin *.");
-}
-
-void check_bus(GstBus *bus, std::string_view description) {
-  if (!GST_IS_BUS(bus))
-    throw Error(TEC::NOT_A_BUS, std::string(description) + " is not a GstBus *.");
-}
-
-void check_caps(GstCaps *caps, std::string_view description) {
-  if (!GST_IS_CAPS(caps))
-    throw Error(TEC::NOT_CAPS, std::string(description) + " is not a GstCaps *.");
-}
-
-void check_element_type(GType element_type, std::string_view description) {
-  if (element_type == G_TYPE_INVALID)
-    throw Error(TEC::INVALID_ELEMENT_TYPE, std::string(description) + " is not a valid GType.");
+void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
+                        const char *what) {
+  throw Error(code, std::string(description) + what);
 }
 
 void Media_Helper::is_element_or_throw(GstElement *element, const std::string &description) {
