@@ -1,0 +1,53 @@
+#include "resident_memory.h"
+
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include <unistd.h>
+
+#include "gstreamermm_calls.h"
+#include "library_calls.h"
+#include "raw_calls.h"
+#include "recording.h"
+
+namespace kel::tavren::benchmarks {
+
+namespace {
+
+// Of this process, in KiB.
+long resident_memory() {
+  std::ifstream statm("/proc/self/statm");
+  long size = 0;
+  long resident = 0;
+  statm >> size >> resident;
+  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+template <typename Calls>
+double memory_for_each(std::size_t cameras) {
+  // The first recording loads the plug-ins.
+  std::make_unique<Recording<Calls>>().reset();
+  const long before = resident_memory();
+  std::vector<std::unique_ptr<Recording<Calls>>> recordings;
+  for (std::size_t i = 0; i < cameras; ++i)
+    recordings.push_back(std::make_unique<Recording<Calls>>());
+  return static_cast<double>(resident_memory() - before) / static_cast<double>(cameras);
+}
+
+}  // namespace
+
+int print_resident_memory(const std::string &contestant, std::size_t cameras) {
+  if (contestant == Raw_Calls::contestant)
+    std::cout << memory_for_each<Raw_Calls>(cameras) << std::endl;
+  else if (contestant == Library_Calls::contestant)
+    std::cout << memory_for_each<Library_Calls>(cameras) << std::endl;
+  else if (contestant == Gstreamermm_Calls::contestant)
+    std::cout << memory_for_each<Gstreamermm_Calls>(cameras) << std::endl;
+  else
+    return 2;
+  return 0;
+}
+
+}  // namespace kel::tavren::benchmarks

@@ -1,0 +1,98 @@
+// What is measured: the same operation, done by each contestant in its own way.
+
+#ifndef TAVREN_BENCHMARKS_TRIAL_H
+#define TAVREN_BENCHMARKS_TRIAL_H
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kel::tavren::benchmarks {
+
+// An operation, or several of one kind, as one contestant does it.
+class Trial {
+public:
+  Trial() = default;
+  virtual ~Trial() = default;
+  Trial(const Trial &) = delete;
+  Trial &operator=(const Trial &) = delete;
+
+  // Only run() is measured. The three follow each other any number of times.
+  virtual void prepare() {}
+  virtual void run() = 0;
+  virtual void clean_up() {}
+
+  // That one run moves; none for what moves none.
+  virtual std::size_t bytes() const { return 0; }
+
+  // How often it is run when its instructions are counted: an allocation does not take the same
+  // each time. Large trials hold the mean in themselves.
+  virtual int counted_runs() const { return 20; }
+};
+
+// Calls that need nothing made and leave nothing behind.
+template <typename Call>
+class Call_Trial : public Trial {
+public:
+  Call_Trial(Call call, int times) : call_(std::move(call)), times_(times) {}
+
+  void run() override {
+    for (int i = 0; i < times_; ++i)
+      call_();
+  }
+
+  int counted_runs() const override { return times_ < 20 ? 20 : 1; }
+
+private:
+  Call call_;
+  int times_;
+};
+
+struct Entry {
+  std::string name;                              // group/operation[/size]/contestant
+  int operations;                                // that one run performs
+  std::function<std::unique_ptr<Trial>()> make;  // for as long as it is measured
+};
+
+// All that is measured, in the order of the report.
+class Programme {
+public:
+  // A trial for each of the contestants, all made of the same arguments.
+  template <template <typename> class Trial_Of, typename... Calls, typename... Arguments>
+  void add(const std::string &operation, int operations, Arguments... arguments) {
+    (entries_.push_back(
+         {operation + "/" + Calls::contestant, operations,
+          [arguments...] { return std::make_unique<Trial_Of<Calls>>(arguments...); }}),
+     ...);
+  }
+
+  // One contestant's call, so short that it is measured a number of times together.
+  template <typename Call>
+  void add_call(const std::string &operation, const std::string &contestant, Call call,
+                int times = 100) {
+    entries_.push_back({operation + "/" + contestant, times,
+                        [call, times] { return std::make_unique<Call_Trial<Call>>(call, times); }});
+  }
+
+  const std::vector<Entry> &entries() const { return entries_; }
+
+private:
+  std::vector<Entry> entries_;
+};
+
+// The families of operations.
+void add_checks(Programme &programme);
+void add_construction(Programme &programme);
+void add_topology(Programme &programme);
+void add_recording(Programme &programme);
+void add_bin_search(Programme &programme);
+void add_caps_and_selection(Programme &programme);
+void add_texts(Programme &programme);
+void add_failures(Programme &programme);
+
+}  // namespace kel::tavren::benchmarks
+
+#endif
