@@ -18,34 +18,28 @@ namespace kel::tavren::capture {
 [[noreturn]] void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
                                      const char *what);
 
-template <typename Description>
-void check_element(GstElement *element, const Description &description) {
+inline void check_element(GstElement *element, std::string_view description) {
   if (!GST_IS_ELEMENT(element))
     throw_bad_argument(TEC::NOT_AN_ELEMENT, description, " is not a GstElement *.");
 }
 
-template <typename Description>
-void check_pad(GstPad *pad, const Description &description) {
+inline void check_pad(GstPad *pad, std::string_view description) {
   if (!GST_IS_PAD(pad)) throw_bad_argument(TEC::NOT_A_PAD, description, " is not a GstPad *.");
 }
 
-template <typename Description>
-void check_bin(GstBin *bin, const Description &description) {
+inline void check_bin(GstBin *bin, std::string_view description) {
   if (!GST_IS_BIN(bin)) throw_bad_argument(TEC::NOT_A_BIN, description, " is not a GstBin *.");
 }
 
-template <typename Description>
-void check_bus(GstBus *bus, const Description &description) {
+inline void check_bus(GstBus *bus, std::string_view description) {
   if (!GST_IS_BUS(bus)) throw_bad_argument(TEC::NOT_A_BUS, description, " is not a GstBus *.");
 }
 
-template <typename Description>
-void check_caps(GstCaps *caps, const Description &description) {
+inline void check_caps(GstCaps *caps, std::string_view description) {
   if (!GST_IS_CAPS(caps)) throw_bad_argument(TEC::NOT_CAPS, description, " is not a GstCaps *.");
 }
 
-template <typename Description>
-void check_element_type(GType element_type, const Description &description) {
+inline void check_element_type(GType element_type, std::string_view description) {
   if (element_type == G_TYPE_INVALID)
     throw_bad_argument(TEC::INVALID_ELEMENT_TYPE, description, " is not a valid GType.");
 }

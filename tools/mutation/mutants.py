@@ -255,7 +255,7 @@ def drop_check(source):
         yield m.start(1), source.statement_end(m.start(1)), '{}'
     for m in source.find(r'^ +(if \()'):
         body = source.skip_space(source.closing(m.end(1) - 1) + 1)
-        if re.match(r'(return|throw|continue)\b', source.code[body:]):
+        if re.match(r'(return|throw\w*|continue)\b', source.code[body:]):
             yield m.start(1), source.statement_end(body), '{}'
 
 
