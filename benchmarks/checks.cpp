@@ -13,25 +13,26 @@ namespace kel::tavren::benchmarks {
 
 namespace {
 
+// A check as it is written by hand, of what it tests and what to call the argument.
+template <typename Test>
+void check(const Test &test, const char *description) {
+  require(test(), description);
+}
+
 // A function that takes a string, and does nothing else.
 void take(const std::string &text) {
   benchmark::DoNotOptimize(text.data());
 }
 
-// A hand-written check is a function too, and is told what to call the argument.
-template <typename Test>
-[[gnu::noinline]] void check(const Test &test, const char *description) {
-  require(test(), description);
-}
-
 // A check as both contestants make it, and what it costs alone to make the description into a
-// string and to hand it to a function that, like those of a library, is unknown to the compiler.
-// What describe() answers is a constant.
+// string and to hand it to a function. What describe() answers is a constant; the functions, like
+// those of a library, are unknown to the compiler where they are called.
 template <typename Describe, typename Raw, typename Library>
 void add_check(Programme &programme, const std::string &argument, Describe describe, Raw raw,
                Library library) {
   const std::string operation = "checks/" + argument;
-  programme.add_call(operation, "raw", [raw, describe] { check(raw, describe()); });
+  programme.add_call(operation, "raw",
+                     [raw, describe, function = check<Raw>] { function(raw, describe()); });
   programme.add_call(operation, "library", [library, describe] { library(describe()); });
   programme.add_call(operation, "description alone",
                      [describe, function = take] { function(describe()); });

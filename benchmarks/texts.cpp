@@ -69,7 +69,7 @@ void add_times(Programme &programme) {
   programme.add_call("texts/a time", "raw", [] {
     GstClockTime time = some_time;
     DoNotOptimize(time);
-    gchar *const text = g_strdup_printf("%" GST_TIME_FORMAT, GST_TIME_ARGS(time));
+    gchar *text = g_strdup_printf("%" GST_TIME_FORMAT, GST_TIME_ARGS(time));
     DoNotOptimize(text);
     g_free(text);
   });
@@ -88,7 +88,7 @@ GstSegment some_segment() {
 void add_segments(Programme &programme) {
   const GstSegment segment = some_segment();
   programme.add_call("texts/a segment", "raw", [segment] {
-    gchar *const text = g_strdup_printf(
+    gchar *text = g_strdup_printf(
         "Segment :: Flags = %d, Rate = %g, Applied_Rate = %g, Base = %" GST_TIME_FORMAT
         ", Offset = %" GST_TIME_FORMAT ", Start = %" GST_TIME_FORMAT ", Stop = %" GST_TIME_FORMAT
         ", Time = %" GST_TIME_FORMAT ", Position = %" GST_TIME_FORMAT
@@ -113,7 +113,7 @@ void add_queues(Programme &programme) {
     g_object_get(queue.get(), "current-level-buffers", &buffers, "current-level-bytes", &bytes,
                  "current-level-time", &time, nullptr);
     gchar *const name = gst_object_get_name(GST_OBJECT_CAST(queue.get()));
-    gchar *const text = g_strdup_printf(
+    gchar *text = g_strdup_printf(
         "%s Stats : Num Buffers = %u, Num Bytes = %u, Num Seconds = %" G_GUINT64_FORMAT, name,
         buffers, bytes, time / GST_SECOND);
     DoNotOptimize(text);
