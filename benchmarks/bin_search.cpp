@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "gstreamermm_calls.h"
 #include "library_calls.h"
@@ -22,6 +21,7 @@ class Searched_Bin {
 public:
   static constexpr const char *first_factory = "queue";
   static constexpr const char *last_factory = "valve";
+  static constexpr const char *other_factory = "identity";
   static constexpr const char *missing_factory = "funnel";
 
   Searched_Bin(int elements, bool is_nested) {
@@ -35,7 +35,7 @@ public:
       if (inner != nullptr) add(innermost, inner);
       const int ends = (is_last_level ? 1 : 0) + (level == 1 ? 1 : 0);
       for (int i = ends; i < elements / levels; ++i)
-        add(innermost, make("identity"));
+        add(innermost, make(other_factory));
       if (level == 1) add(innermost, make(first_factory));
       innermost = inner;
     }
@@ -54,10 +54,26 @@ private:
   Owned_Element bin_ = owned(gst_pipeline_new(nullptr));
 };
 
+// What is searched for, and whether the bins have it.
+struct Wanted {
+  const char *name;
+  const char *factory;
+  const char *caps;
+  bool is_there;
+  bool takes_all;  // whether the search meets all elements
+};
+
+constexpr Wanted hit_first = {"hit first", Searched_Bin::first_factory, "ANY", true, false};
+constexpr Wanted hit_last = {"hit last", Searched_Bin::last_factory, "ANY", true, true};
+constexpr Wanted miss = {"miss", Searched_Bin::missing_factory, "ANY", false, true};
+// Nearly all elements are of the type, and none has caps that fit.
+constexpr Wanted miss_by_caps = {"miss by caps", Searched_Bin::other_factory, "text/x-raw", false,
+                                 true};
+
 struct Search {
   std::shared_ptr<const Searched_Bin> bin;  // the same for all: filling a large one takes long
-  int elements;
-  const char *factory;
+  bool is_long;
+  Wanted wanted;
 };
 
 GType type_of(const char *factory) {
@@ -68,17 +84,17 @@ template <typename Calls>
 class Search_Trial : public Trial {
 public:
   explicit Search_Trial(const Search &search)
-      : bin_(Calls::see_bin(search.bin->get())), type_(type_of(search.factory)),
-        is_there_(search.factory != Searched_Bin::missing_factory),
-        is_long_(search.factory != Searched_Bin::first_factory && search.elements >= 1000) {}
+      : search_(search), bin_(Calls::see_bin(search.bin->get())),
+        type_(type_of(search.wanted.factory)),
+        caps_(owned(gst_caps_from_string(search.wanted.caps))) {}
 
-  int counted_runs() const override { return is_long_ ? 1 : 20; }
+  int counted_runs() const override { return search_.is_long ? 1 : 20; }
 
 protected:
+  Search search_;
   typename Calls::Bin bin_;
   GType type_;
-  bool is_there_;
-  bool is_long_;
+  Owned_Caps caps_;
 };
 
 template <typename Calls>
@@ -87,12 +103,10 @@ public:
   using Search_Trial<Calls>::Search_Trial;
 
   void run() override {
-    require(Calls::find(this->bin_, this->type_, caps_.get()) == this->is_there_,
+    require(Calls::find(this->bin_, this->type_, this->caps_.get()) ==
+                this->search_.wanted.is_there,
             "a search by type and caps");
   }
-
-private:
-  Owned_Caps caps_ = owned(gst_caps_new_any());
 };
 
 template <typename Calls>
@@ -101,30 +115,34 @@ public:
   using Search_Trial<Calls>::Search_Trial;
 
   void run() override {
-    require(Calls::has_type(this->bin_, this->type_) == this->is_there_, "a search by type");
+    require(Calls::has_type(this->bin_, this->type_) == this->search_.wanted.is_there,
+            "a search by type");
   }
 };
+
+template <template <typename> class Search_By>
+void add_search(Programme &programme, const std::string &by, const Search &search,
+                const std::string &where, int elements) {
+  programme.add<Search_By, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
+      "bin search/" + by + ", " + where + ", " + search.wanted.name + "/" +
+          std::to_string(elements),
+      1, search);
+}
 
 }  // namespace
 
 void add_bin_search(Programme &programme) {
-  const std::pair<const char *, const char *> hits[] = {
-      {"hit first", Searched_Bin::first_factory},
-      {"hit last", Searched_Bin::last_factory},
-      {"miss", Searched_Bin::missing_factory},
-  };
   for (const bool is_nested : {false, true})
     for (const int elements : {10, 100, 1000, 10000}) {
       const auto bin = std::make_shared<const Searched_Bin>(elements, is_nested);
-      for (const auto &[hit, factory] : hits) {
-        const std::string where = std::string(is_nested ? "nested" : "flat") + ", " + hit + "/" +
-                                  std::to_string(elements);
-        const Search search{bin, elements, factory};
-        programme.add<Find, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
-            "bin search/type and caps, " + where, 1, search);
-        programme.add<Has_Type, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
-            "bin search/type, " + where, 1, search);
+      const std::string where = is_nested ? "nested" : "flat";
+      const bool is_large = elements >= 1000;
+      for (const Wanted &wanted : {hit_first, hit_last, miss}) {
+        const Search search{bin, is_large && wanted.takes_all, wanted};
+        add_search<Find>(programme, "type and caps", search, where, elements);
+        add_search<Has_Type>(programme, "type", search, where, elements);
       }
+      add_search<Find>(programme, "type and caps", {bin, is_large, miss_by_caps}, where, elements);
     }
 }
 

@@ -84,7 +84,6 @@ private:
     Element source = Calls::make_and_add(bin_, "appsrc");
     g_object_set(Calls::object(source), "caps", caps.get(), "format", GST_FORMAT_TIME, "is-live",
                  TRUE, nullptr);
-    elements_.push_back(source);
     return source;
   }
 
@@ -109,6 +108,7 @@ private:
     pads_.insert(pads_.end(), {sink_pad, src_pad, camera_pad});
     elements_.push_back(queue);
     elements_.insert(elements_.end(), branch.begin(), branch.end());
+    elements_.push_back(source);
   }
 
   Owned_Element owned_pipeline_ = owned(gst_pipeline_new(nullptr));

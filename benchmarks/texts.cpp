@@ -1,6 +1,8 @@
 // Texts for logs: enumerations, times, segments, queues.
 
-#include <string>
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 
 #include <benchmark/benchmark.h>
 
@@ -18,6 +20,56 @@ using benchmark::DoNotOptimize;
 
 constexpr GstClockTime some_time = 4521 * GST_SECOND + 987654321;
 
+// What the framework has no text for, as a C programmer writes it.
+const char *describe(GstState state) {
+  switch (state) {
+  case GST_STATE_VOID_PENDING:
+    return "GST_STATE_VOID_PENDING: no pending state";
+  case GST_STATE_NULL:
+    return "GST_STATE_NULL: the NULL state or initial state of an element";
+  case GST_STATE_READY:
+    return "GST_STATE_READY: the element is ready to go to PAUSED";
+  case GST_STATE_PAUSED:
+    return "GST_STATE_PAUSED: the element is ready to accept and process data";
+  case GST_STATE_PLAYING:
+    return "GST_STATE_PLAYING: the clock is running, and the data are flowing";
+  }
+  return "unknown";
+}
+
+const char *describe(GstDiscovererResult result) {
+  switch (result) {
+  case GST_DISCOVERER_OK:
+    return "GST_DISCOVERER_OK";
+  case GST_DISCOVERER_URI_INVALID:
+    return "GST_DISCOVERER_URI_INVALID";
+  case GST_DISCOVERER_ERROR:
+    return "GST_DISCOVERER_ERROR";
+  case GST_DISCOVERER_TIMEOUT:
+    return "GST_DISCOVERER_TIMEOUT";
+  case GST_DISCOVERER_BUSY:
+    return "GST_DISCOVERER_BUSY";
+  case GST_DISCOVERER_MISSING_PLUGINS:
+    return "GST_DISCOVERER_MISSING_PLUGINS";
+  }
+  return "unknown";
+}
+
+const char *describe(capture::MediaType kind) {
+  static constexpr const char *names[] = {"JPEG",         "H264",   "MPEG_AUDIO", "MPEG_VIDEO",
+                                          "RTP_METADATA", "RTP",    "VIDEO_RAW",  "AUDIO_RAW",
+                                          "MULAW",        "UNKNOWN"};
+  return names[std::min(static_cast<std::size_t>(kind), std::size(names) - 1)];
+}
+
+template <typename Value>
+void add_description(Programme &programme, const char *operation, Value value) {
+  programme.add_call(operation, "raw", [value]() mutable {
+    DoNotOptimize(value);
+    DoNotOptimize(describe(value));
+  });
+}
+
 // The framework's own names are constants; the library hands out copies.
 void add_enumerations(Programme &programme) {
   programme.add_call("texts/a state", "raw",
@@ -27,6 +79,7 @@ void add_enumerations(Programme &programme) {
   programme.add_call("texts/a state", "gstreamermm",
                      [] { DoNotOptimize(Gst::Enums::get_name(Gst::STATE_PLAYING)); });
 
+  add_description(programme, "texts/a state described", GST_STATE_PLAYING);
   programme.add_call("texts/a state described", "library",
                      [] { DoNotOptimize(Media_Helper::gst_enum_message(GST_STATE_PLAYING)); });
 
@@ -57,10 +110,12 @@ void add_enumerations(Programme &programme) {
   programme.add_call("texts/a message type", "gstreamermm",
                      [] { DoNotOptimize(Gst::Enums::get_name(Gst::MESSAGE_STATE_CHANGED)); });
 
+  add_description(programme, "texts/a discoverer's result", GST_DISCOVERER_TIMEOUT);
   programme.add_call("texts/a discoverer's result", "library", [] {
     DoNotOptimize(Media_Helper::gst_discoverer_result_to_string(GST_DISCOVERER_TIMEOUT));
   });
 
+  add_description(programme, "texts/a kind of media", capture::H264);
   programme.add_call("texts/a kind of media", "library",
                      [] { DoNotOptimize(Media_Helper::get_media_type_string(capture::H264)); });
 }

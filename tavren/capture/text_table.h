@@ -15,8 +15,8 @@ struct Text_Row {
   const char *text;
 };
 
-// The rows as an ordered map. Each text is made where it stays: none is copied. A row that follows the
-// one before in order is compared with that one only.
+// The rows as an ordered map. Each text is made where it stays: none is copied. A row that follows
+// the one before in order is compared with that one only.
 template <typename Key, std::size_t Size>
 std::map<Key, std::string> make_text_table(const Text_Row<Key> (&rows)[Size]) {
   std::map<Key, std::string> table;
