@@ -1,7 +1,6 @@
 // Measures what the library costs beside the framework's plain calls.
 //
-// As it is, with Google Benchmark's options: in time. The contestants take turns, so that what else
-// the machine does falls on all of them.
+// As it is, with Google Benchmark's options: in time.
 // --instructions REGEX: in instructions, when run by callgrind, what the expression finds.
 // --trace NAME: one run of one entry, when run by callgrind.
 // --resident-memory CONTESTANT CAMERAS: the memory that recordings take, in KiB for each camera.
