@@ -1,7 +1,7 @@
-// What all the example programs do alike: options, exit status, one clear line for a failure.
+// What all the programs do alike: options, exit status, one clear line for a failure.
 
-#ifndef TAVREN_EXAMPLES_PROGRAM_H
-#define TAVREN_EXAMPLES_PROGRAM_H
+#ifndef TAVREN_PROGRAMS_PROGRAM_H
+#define TAVREN_PROGRAMS_PROGRAM_H
 
 #include <functional>
 #include <stdexcept>
@@ -9,7 +9,7 @@
 
 #include <gst/gst.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // What an element reported on the bus, as an exception: its text starts with the domain and number
 // of the report.
@@ -51,6 +51,6 @@ void print_failure(const std::string &subject, const std::exception &error);
 int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
                 const std::function<void()> &body);
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -1,15 +1,15 @@
 // A camera's streams, served again over RTSP as they are: unpacked and packed, never decoded.
 
-#ifndef TAVREN_EXAMPLES_STREAM_RELAY_H
-#define TAVREN_EXAMPLES_STREAM_RELAY_H
+#ifndef TAVREN_PROGRAMS_STREAM_RELAY_H
+#define TAVREN_PROGRAMS_STREAM_RELAY_H
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "camera_streams.h"
+#include "camera/camera_streams.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // Serves from its making to its end, on 127.0.0.1, from the default main context. The camera is
 // played while somebody watches, once for all who watch.
@@ -36,6 +36,6 @@ private:
   std::unique_ptr<Server> server_;
 };
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -8,9 +8,9 @@
 #include <gst/rtsp/rtsp.h>
 #include <tavren/capture/media_helper.h>
 
-#include "program.h"
+#include "command_line/program.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -180,4 +180,4 @@ void check_camera_answers(const std::string &uri) {
   Connection(uri).ask_for_options();
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 void print_columns(std::ostream &out, const std::vector<Text_Row> &rows) {
   if (rows.empty()) return;
@@ -20,4 +20,4 @@ void print_columns(std::ostream &out, const std::vector<Text_Row> &rows) {
   }
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

@@ -5,7 +5,7 @@
 
 #include <tavren/capture/media_helper.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 namespace {
 
@@ -68,4 +68,4 @@ int run_program(int argc, char **argv, const char *summary, const GOptionEntry *
   }
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

@@ -1,7 +1,7 @@
 // What streams a camera offers, and how each of them can be relayed.
 
-#ifndef TAVREN_EXAMPLES_CAMERA_STREAMS_H
-#define TAVREN_EXAMPLES_CAMERA_STREAMS_H
+#ifndef TAVREN_PROGRAMS_CAMERA_STREAMS_H
+#define TAVREN_PROGRAMS_CAMERA_STREAMS_H
 
 #include <string>
 #include <vector>
@@ -9,7 +9,7 @@
 #include <gst/gst.h>
 #include <tavren/handles/reference_adapters.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 struct Camera_Stream {
   guint number = 0;                    // its place among the camera's streams
@@ -36,6 +36,6 @@ std::vector<Camera_Stream> ask_for_streams(const std::string &uri);
 // Throws Bus_Error when no camera answers any more.
 void check_camera_answers(const std::string &uri);
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

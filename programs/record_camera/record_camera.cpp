@@ -7,12 +7,12 @@
 #include <tavren/capture/media_helper.h>
 
 #include "camera_recorder.h"
-#include "media_table.h"
-#include "program.h"
-#include "signal_watch.h"
-#include "simulated_camera.h"
+#include "command_line/program.h"
+#include "command_line/signal_watch.h"
+#include "probe_media/media_table.h"
+#include "simulated_camera/simulated_camera.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 namespace {
 
@@ -43,10 +43,10 @@ void record(const Recording_Options &options) {
 
 }  // namespace
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 int main(int argc, char **argv) {
-  using namespace kel::tavren::examples;
+  using namespace kel::tavren::programs;
   Text_Option uri;
   Text_Option output;
   Text_Option graph;

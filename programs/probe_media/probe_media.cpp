@@ -6,10 +6,10 @@
 
 #include <tavren/capture/media_helper.h>
 
+#include "command_line/program.h"
 #include "media_table.h"
-#include "program.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -88,10 +88,10 @@ bool probe_all(const std::vector<std::string> &sources, GstClockTime timeout,
 
 }  // namespace
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 int main(int argc, char **argv) {
-  using namespace kel::tavren::examples;
+  using namespace kel::tavren::programs;
   Arguments sources;
   Text_Option fit;
   double timeout = 10;

@@ -63,10 +63,10 @@ GType payloader_type() {
 
 }  // namespace
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 void register_onvif_metadata_payloader() {
   gst_element_register(nullptr, "onvifmetadatapay", GST_RANK_NONE, payloader_type());
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

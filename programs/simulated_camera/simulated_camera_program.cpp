@@ -5,11 +5,11 @@
 
 #include <tavren/capture/media_helper.h>
 
-#include "program.h"
-#include "signal_watch.h"
+#include "command_line/program.h"
+#include "command_line/signal_watch.h"
 #include "simulated_camera.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 namespace {
 
@@ -33,10 +33,10 @@ void serve(const Camera_Streams &streams, int lifetime) {
 
 }  // namespace
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 int main(int argc, char **argv) {
-  using namespace kel::tavren::examples;
+  using namespace kel::tavren::programs;
   Text_Option video;
   Text_Option audio;
   int metadata = 0;

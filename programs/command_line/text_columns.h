@@ -1,19 +1,19 @@
 // Tables for people: columns as wide as their widest cell.
 
-#ifndef TAVREN_EXAMPLES_TEXT_COLUMNS_H
-#define TAVREN_EXAMPLES_TEXT_COLUMNS_H
+#ifndef TAVREN_PROGRAMS_TEXT_COLUMNS_H
+#define TAVREN_PROGRAMS_TEXT_COLUMNS_H
 
 #include <iosfwd>
 #include <string>
 #include <vector>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using Text_Row = std::vector<std::string>;
 
 // Writes the rows one a line, two blanks between columns. All rows have as many cells as the first.
 void print_columns(std::ostream &out, const std::vector<Text_Row> &rows);
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

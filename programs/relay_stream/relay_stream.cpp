@@ -5,10 +5,10 @@
 
 #include <tavren/capture/media_helper.h>
 
-#include "program.h"
+#include "command_line/program.h"
 #include "stream_relay.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -37,10 +37,10 @@ void relay(const std::string &uri, int port, int duration) {
 
 }  // namespace
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 int main(int argc, char **argv) {
-  using namespace kel::tavren::examples;
+  using namespace kel::tavren::programs;
   Text_Option uri;
   int port = 0;
   int duration = 0;

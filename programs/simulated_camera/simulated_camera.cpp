@@ -10,7 +10,7 @@
 
 #include "onvif_metadata_payloader.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -212,4 +212,4 @@ const std::string &Simulated_Camera::uri() const noexcept {
   return server_->uri();
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

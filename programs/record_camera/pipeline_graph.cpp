@@ -6,7 +6,7 @@
 #include <gio/gio.h>
 #include <tavren/capture/media_helper.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 namespace {
 
@@ -44,4 +44,4 @@ void draw_graph(const std::string &description, const std::string &file) {
     throw_error(error);
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

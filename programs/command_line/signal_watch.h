@@ -1,7 +1,7 @@
-// How the example programs end on Ctrl-C and SIGTERM.
+// How the programs end on Ctrl-C and SIGTERM.
 
-#ifndef TAVREN_EXAMPLES_SIGNAL_WATCH_H
-#define TAVREN_EXAMPLES_SIGNAL_WATCH_H
+#ifndef TAVREN_PROGRAMS_SIGNAL_WATCH_H
+#define TAVREN_PROGRAMS_SIGNAL_WATCH_H
 
 #include <csignal>
 
@@ -9,7 +9,7 @@
 
 #include <glib-unix.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // Calls a function from the default main context when the process is asked to end; while a watch
 // lives, these signals do not kill the process.
@@ -39,6 +39,6 @@ private:
   guint terminate_;
 };
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -8,10 +8,10 @@
 
 #include <tavren/capture/media_helper.h>
 
-#include "program.h"
-#include "text_columns.h"
+#include "command_line/program.h"
+#include "command_line/text_columns.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 using capture::MediaType;
@@ -274,10 +274,10 @@ void check() {
 
 }  // namespace
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 int main(int argc, char **argv) {
-  using namespace kel::tavren::examples;
+  using namespace kel::tavren::programs;
   const GOptionEntry options[] = {{nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
   return run_program(argc, argv,
                      "Lists the elements that the library names: what is here, and what brings it.",

@@ -8,10 +8,10 @@
 #include <gst/rtsp-server/rtsp-server.h>
 #include <tavren/capture/media_helper.h>
 
-#include "program.h"
-#include "signal_watch.h"
+#include "command_line/program.h"
+#include "command_line/signal_watch.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -304,4 +304,4 @@ void Stream_Relay::run(int seconds) {
   server_->run(seconds);
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

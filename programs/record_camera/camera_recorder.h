@@ -1,14 +1,14 @@
 // Records a camera's RTSP stream into a file.
 
-#ifndef TAVREN_EXAMPLES_CAMERA_RECORDER_H
-#define TAVREN_EXAMPLES_CAMERA_RECORDER_H
+#ifndef TAVREN_PROGRAMS_CAMERA_RECORDER_H
+#define TAVREN_PROGRAMS_CAMERA_RECORDER_H
 
 #include <memory>
 #include <string>
 
 #include <gst/gst.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // What to record and where to.
 struct Recording_Options {
@@ -60,6 +60,6 @@ private:
   std::unique_ptr<Session> session_;
 };
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -1,7 +1,7 @@
 // What a media file or stream holds, as a table for people.
 
-#ifndef TAVREN_EXAMPLES_MEDIA_TABLE_H
-#define TAVREN_EXAMPLES_MEDIA_TABLE_H
+#ifndef TAVREN_PROGRAMS_MEDIA_TABLE_H
+#define TAVREN_PROGRAMS_MEDIA_TABLE_H
 
 #include <iosfwd>
 #include <optional>
@@ -9,7 +9,7 @@
 
 #include <tavren/capture/media_info.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // Width and height in pixels.
 using Resolution = std::pair<unsigned long long, unsigned long long>;
@@ -20,6 +20,6 @@ using Resolution = std::pair<unsigned long long, unsigned long long>;
 void print_media_table(std::ostream &out, const capture::Media_Info &info,
                        const std::optional<Resolution> &box = std::nullopt);
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -16,11 +16,11 @@
 #include <tavren/capture/media_helper.h>
 #include <unistd.h>
 
-#include "camera_streams.h"
+#include "camera/camera_streams.h"
+#include "command_line/program.h"
 #include "pipeline_graph.h"
-#include "program.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 using capture::MediaType;
@@ -693,4 +693,4 @@ Recording_Result Camera_Recorder::result() const {
   return session_->result();
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

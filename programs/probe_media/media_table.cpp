@@ -4,9 +4,9 @@
 
 #include <tavren/capture/media_helper.h>
 
-#include "text_columns.h"
+#include "command_line/text_columns.h"
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
@@ -85,4 +85,4 @@ void print_media_table(std::ostream &out, const capture::Media_Info &info,
   print_columns(out, rows);
 }
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs

@@ -1,12 +1,12 @@
 // A camera that is not there: a real RTSP server on loopback that serves test pictures and tones.
 
-#ifndef TAVREN_EXAMPLES_SIMULATED_CAMERA_H
-#define TAVREN_EXAMPLES_SIMULATED_CAMERA_H
+#ifndef TAVREN_PROGRAMS_SIMULATED_CAMERA_H
+#define TAVREN_PROGRAMS_SIMULATED_CAMERA_H
 
 #include <memory>
 #include <string>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // What the camera sends.
 struct Camera_Streams {
@@ -35,6 +35,6 @@ private:
   std::unique_ptr<Server> server_;
 };
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif

@@ -1,13 +1,13 @@
 // Pictures of running pipelines.
 
-#ifndef TAVREN_EXAMPLES_PIPELINE_GRAPH_H
-#define TAVREN_EXAMPLES_PIPELINE_GRAPH_H
+#ifndef TAVREN_PROGRAMS_PIPELINE_GRAPH_H
+#define TAVREN_PROGRAMS_PIPELINE_GRAPH_H
 
 #include <string>
 
 #include <gst/gst.h>
 
-namespace kel::tavren::examples {
+namespace kel::tavren::programs {
 
 // Describes a bin as it is now, with its elements, links and caps, in Graphviz' language.
 std::string describe_graph(GstBin *bin);
@@ -16,6 +16,6 @@ std::string describe_graph(GstBin *bin);
 // the domain and number of the cause, when dot is missing or fails or the file cannot be written.
 void draw_graph(const std::string &description, const std::string &file);
 
-}  // namespace kel::tavren::examples
+}  // namespace kel::tavren::programs
 
 #endif
