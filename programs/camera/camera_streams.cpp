@@ -8,6 +8,7 @@
 #include <gst/rtsp/rtsp.h>
 #include <tavren/capture/media_helper.h>
 
+#include "camera_source.h"
 #include "command_line/program.h"
 
 namespace kel::tavren::programs {
@@ -136,24 +137,13 @@ boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered) {
   return caps;
 }
 
-GstElement *add_camera_source(GstElement *bin, const std::string &uri) {
-  GstRTSPUrl *url = nullptr;
-  if (gst_rtsp_url_parse(uri.c_str(), &url) != GST_RTSP_OK)
-    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "not the address of a camera: \"" + uri + '"');
-  gst_rtsp_url_free(url);
-
-  GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, "camera");
-  gst_util_set_object_arg(G_OBJECT(source), "protocols", "tcp");
-  g_object_set(source, "location", uri.c_str(), "tcp-timeout", static_cast<guint64>(longest_wait),
-               "latency", 200U, nullptr);
-  return source;
-}
-
 std::vector<Camera_Stream> ask_for_streams(const std::string &uri) {
   Answer answer;
   const boost::intrusive_ptr<GstElement> pipeline(
       GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new("question"))), false);
-  GstElement *const source = add_camera_source(pipeline.get(), uri);
+  Camera_Options options;
+  options.address = parse_camera_address(uri);
+  GstElement *const source = add_camera_source(pipeline.get(), options, Transport::tcp);
   Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(note_stream),
                                           &answer);
   const boost::intrusive_ptr<GstBus> bus(Media_Helper::gst_element_get_bus_or_throw(pipeline.get()),

@@ -25,10 +25,6 @@ struct Camera_Stream {
 // Before the transport is agreed on, the source names them application/x-unknown.
 boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered);
 
-// Adds an RTSP source to a bin, which owns it: TCP only, and at most seconds of waiting. Throws
-// Bus_Error for what is no RTSP address.
-GstElement *add_camera_source(GstElement *bin, const std::string &uri);
-
 // Opens a session with the camera, looks at its streams and ends the session. Throws Bus_Error when
 // the camera cannot be asked, and what the library throws when an element is missing.
 std::vector<Camera_Stream> ask_for_streams(const std::string &uri);

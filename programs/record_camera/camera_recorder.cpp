@@ -16,6 +16,7 @@
 #include <tavren/capture/media_helper.h>
 #include <unistd.h>
 
+#include "camera/camera_source.h"
 #include "camera/camera_streams.h"
 #include "command_line/program.h"
 #include "pipeline_graph.h"
@@ -164,7 +165,9 @@ public:
                       Media_Helper::gst_element_factory_make_or_throw("pipeline", "recorder"))),
                   false) {
     check_output(options.output);
-    GstElement *const camera = add_camera_source(pipeline_.get(), options_.uri);
+    Camera_Options camera_options;
+    camera_options.address = parse_camera_address(options_.uri);
+    GstElement *const camera = add_camera_source(pipeline_.get(), camera_options, Transport::tcp);
     Media_Helper::g_signal_connect_or_throw(camera, "select-stream", G_CALLBACK(on_select_stream),
                                             this);
     Media_Helper::g_signal_connect_or_throw(camera, "pad-added", G_CALLBACK(on_pad_added), this);

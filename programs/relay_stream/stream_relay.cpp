@@ -8,6 +8,7 @@
 #include <gst/rtsp-server/rtsp-server.h>
 #include <tavren/capture/media_helper.h>
 
+#include "camera/camera_source.h"
 #include "command_line/program.h"
 #include "command_line/signal_watch.h"
 
@@ -150,7 +151,9 @@ GstElement *make_elements(const Shared_State &state) {
   std::unique_ptr<GstElement, decltype(&gst_object_unref)> bin(gst_bin_new("relay"),
                                                                gst_object_unref);
   keep_state(bin.get(), state);
-  GstElement *const source = add_camera_source(bin.get(), state->uri());
+  Camera_Options options;
+  options.address = parse_camera_address(state->uri());
+  GstElement *const source = add_camera_source(bin.get(), options, Transport::tcp);
   Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(select_stream),
                                           state.get());
   Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(link_stream),

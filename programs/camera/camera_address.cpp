@@ -1,0 +1,79 @@
+#include "camera_address.h"
+
+#include <memory>
+
+#include <gst/rtsp/rtsp.h>
+#include <tavren/handles/emancipator.h>
+
+#include "command_line/program.h"
+
+namespace kel::tavren::programs {
+
+namespace {
+
+using Url = std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)>;
+
+// The part of a URI between "scheme://" and "@", by position; empty if there is none. The last "@"
+// of the authority counts, so that a password may contain one.
+struct User_Info {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  bool present = false;
+};
+
+User_Info find_user_info(const std::string &uri) {
+  const std::size_t scheme = uri.find("://");
+  if (scheme == std::string::npos) return {};
+  const std::size_t begin = scheme + 3;
+  const std::string authority = uri.substr(begin, uri.find('/', begin) - begin);
+  const std::size_t at = authority.rfind('@');
+  if (at == std::string::npos) return {};
+  return {begin, begin + at, true};
+}
+
+// Unescapes percent escapes; text with broken ones is taken literally.
+std::string unescape(const std::string &text) {
+  const std::unique_ptr<char, Emancipator<char>> unescaped(
+      g_uri_unescape_string(text.c_str(), nullptr));
+  return unescaped ? unescaped.get() : text;
+}
+
+Transport requested_transport(GstRTSPLowerTrans transports) {
+  if ((transports & (GST_RTSP_LOWER_TRANS_UDP | GST_RTSP_LOWER_TRANS_UDP_MCAST)) == 0)
+    return Transport::tcp;
+  return (transports & GST_RTSP_LOWER_TRANS_TCP) != 0 ? Transport::automatic : Transport::udp;
+}
+
+}  // namespace
+
+Camera_Address parse_camera_address(const std::string &uri) {
+  Camera_Address address;
+  address.location = uri;
+  if (const User_Info info = find_user_info(uri); info.present) {
+    const std::string text = uri.substr(info.begin, info.end - info.begin);
+    const std::size_t colon = text.find(':');
+    address.user = unescape(text.substr(0, colon));
+    if (colon != std::string::npos) address.password = unescape(text.substr(colon + 1));
+    address.location.erase(info.begin, info.end + 1 - info.begin);
+  }
+
+  GstRTSPUrl *url = nullptr;
+  if (gst_rtsp_url_parse(address.location.c_str(), &url) != GST_RTSP_OK)
+    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND,
+                    "not the address of a camera: \"" + conceal_password(uri) + '"');
+  const Url owned(url, gst_rtsp_url_free);
+  if (url->host == nullptr || *url->host == '\0')
+    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND,
+                    "the address of the camera names no host: \"" + conceal_password(uri) + '"');
+  address.transport = requested_transport(url->transports);
+  return address;
+}
+
+std::string conceal_password(const std::string &uri) {
+  const User_Info info = find_user_info(uri);
+  const std::size_t colon = uri.find(':', info.begin);
+  if (!info.present || colon == std::string::npos || colon >= info.end) return uri;
+  return uri.substr(0, colon + 1) + "***" + uri.substr(info.end);
+}
+
+}  // namespace kel::tavren::programs

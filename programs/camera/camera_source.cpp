@@ -1,0 +1,106 @@
+#include "camera_source.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include <gio/gio.h>
+#include <tavren/capture/media_helper.h>
+
+namespace kel::tavren::programs {
+
+using capture::Media_Helper;
+
+namespace {
+
+constexpr guint64 connection_timeout = 10 * G_USEC_PER_SEC;
+
+using Error = std::unique_ptr<GError, decltype(&g_error_free)>;
+using Tls_Database = std::unique_ptr<GTlsDatabase, decltype(&g_object_unref)>;
+
+// rtspsrc validates certificates against the authorities in the file only.
+void trust_authorities(GstElement *source, const std::string &file) {
+  const std::unique_ptr<char, Emancipator<char>> path(
+      g_canonicalize_filename(file.c_str(), nullptr));
+  GError *error = nullptr;
+  const Tls_Database database(g_tls_file_database_new(path.get(), &error), g_object_unref);
+  const Error owned(error, g_error_free);
+  if (!database)
+    throw Bus_Error(GST_RESOURCE_ERROR_OPEN_READ,
+                    "cannot read the certificate authorities: " + std::string(error->message));
+  g_object_set(source, "tls-database", database.get(), nullptr);
+}
+
+Transport parse_transport(const std::string &name) {
+  if (name == "auto") return Transport::automatic;
+  if (name == "tcp") return Transport::tcp;
+  if (name == "udp") return Transport::udp;
+  throw std::invalid_argument("--transport takes auto, tcp or udp, not \"" + name + '"');
+}
+
+// The first line of a file.
+std::string read_password(const std::string &file) {
+  gchar *contents = nullptr;
+  GError *error = nullptr;
+  const bool read = g_file_get_contents(file.c_str(), &contents, nullptr, &error) != FALSE;
+  const std::unique_ptr<char, Emancipator<char>> owned_contents(contents);
+  const Error owned_error(error, g_error_free);
+  if (!read) throw std::runtime_error("cannot read the password: " + std::string(error->message));
+  const std::string text = contents;
+  return text.substr(0, text.find_first_of("\r\n"));
+}
+
+}  // namespace
+
+std::vector<Transport> transports_to_try(Transport transport) {
+  if (transport == Transport::automatic) return {Transport::tcp, Transport::udp};
+  return {transport};
+}
+
+GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Transport transport) {
+  GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, "camera");
+  gst_util_set_object_arg(G_OBJECT(source), "protocols",
+                          transport == Transport::udp ? "udp+udp-mcast" : "tcp+http");
+  // The programs notice themselves that nothing arrives. Over UDP the element would give up when a
+  // camera pauses for longer than its timeout.
+  g_object_set(source, "location", options.address.location.c_str(), "tcp-timeout",
+               connection_timeout, "timeout", guint64{0}, "latency", options.latency, nullptr);
+  if (!options.address.user.empty())
+    g_object_set(source, "user-id", options.address.user.c_str(), "user-pw",
+                 options.address.password.c_str(), nullptr);
+  if (!options.ca_file.empty()) trust_authorities(source, options.ca_file);
+  return source;
+}
+
+std::vector<GOptionEntry> Camera_Arguments::entries() {
+  return {{"uri", 0, 0, G_OPTION_ARG_STRING, uri_.target(), "address of the camera", "rtsp://..."},
+          {"transport", 0, 0, G_OPTION_ARG_STRING, transport_.target(),
+           "auto (TCP, or UDP if the camera refuses TCP; the default), tcp or udp", "NAME"},
+          {"latency", 0, 0, G_OPTION_ARG_INT, &latency_,
+           "wait this long for packets that are late or out of order (default 200)", "MS"},
+          {"user", 0, 0, G_OPTION_ARG_STRING, user_.target(), "user name for the camera", "NAME"},
+          {"password-file", 0, 0, G_OPTION_ARG_FILENAME, password_file_.target(),
+           "file with the password in its first line (default: $TAVREN_CAMERA_PASSWORD)", "FILE"},
+          {"ca-file", 0, 0, G_OPTION_ARG_FILENAME, ca_file_.target(),
+           "PEM file of the certificate authorities to trust for rtsps://", "FILE"}};
+}
+
+Camera_Options Camera_Arguments::options(const std::string &uri) const {
+  if (latency_ < 0 || latency_ > 60000)
+    throw std::invalid_argument("--latency takes 0 to 60000 milliseconds");
+  Camera_Options options;
+  options.transport = parse_transport(transport_.value_or("auto"));
+  options.latency = static_cast<guint>(latency_);
+  options.ca_file = ca_file_.value_or("");
+  options.address = parse_camera_address(uri);
+  if (options.transport == Transport::automatic) options.transport = options.address.transport;
+  if (user_.given()) options.address.user = user_.value_or("");
+  if (password_file_.given())
+    options.address.password = read_password(password_file_.value_or(""));
+  else if (const char *const password = g_getenv("TAVREN_CAMERA_PASSWORD"))
+    options.address.password = password;
+  if (password_file_.given() && options.address.user.empty())
+    throw std::invalid_argument("--password-file needs --user or a user name in the URI");
+  return options;
+}
+
+}  // namespace kel::tavren::programs
