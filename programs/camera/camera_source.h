@@ -28,6 +28,10 @@ std::vector<Transport> transports_to_try(Transport transport);
 // certificate authorities cannot be read, and what the library throws if the element is missing.
 GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Transport transport);
 
+// The number of the stream, as the camera describes it, that a pad of the source carries. Throws
+// Bus_Error if it is not a pad of an RTSP source.
+guint stream_number(GstPad *pad);
+
 // The command line options --uri, --transport, --latency, --user, --password-file and --ca-file.
 class Camera_Arguments {
 public:

@@ -278,7 +278,8 @@ void check() {
 
 int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
-  const GOptionEntry options[] = {{nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+  const std::vector<GOptionEntry> options = {
+      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
   return run_program(argc, argv,
                      "Lists the elements that the library names: what is here, and what brings it.",
                      options, check);

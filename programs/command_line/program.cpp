@@ -15,26 +15,48 @@ std::string coded(GQuark domain, int code, const std::string &text) {
   return std::string(g_quark_to_string(domain)) + ' ' + std::to_string(code) + ": " + text;
 }
 
-std::string text_of(GstMessage *message) {
-  GError *error = nullptr;
-  gchar *details = nullptr;
-  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING)
-    gst_message_parse_warning(message, &error, &details);
-  else
-    gst_message_parse_error(message, &error, &details);
-  const Text owned_details(details);
-  const std::unique_ptr<GError, decltype(&g_error_free)> owned_error(error, g_error_free);
-
-  return coded(error->domain, error->code,
-               std::string(error->message) + " (from " + GST_MESSAGE_SRC_NAME(message) + ')');
+// The part of an element's debug text that says why: what follows the place in its source.
+std::string reason_in(const char *debug) {
+  const std::string text = debug != nullptr ? debug : "";
+  const std::size_t line_end = text.find('\n');
+  std::string reason = line_end == std::string::npos ? "" : text.substr(line_end + 1);
+  for (char &character : reason)
+    if (character == '\n') character = ' ';
+  return reason;
 }
 
 }  // namespace
 
-Bus_Error::Bus_Error(GstMessage *message) : std::runtime_error(text_of(message)) {}
+struct Bus_Error::Report {
+  explicit Report(GstMessage *message) {
+    GError *error = nullptr;
+    gchar *debug = nullptr;
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING)
+      gst_message_parse_warning(message, &error, &debug);
+    else
+      gst_message_parse_error(message, &error, &debug);
+    const Text owned_debug(debug);
+    const std::unique_ptr<GError, decltype(&g_error_free)> owned_error(error, g_error_free);
+    domain = error->domain;
+    code = error->code;
+    text = std::string(error->message) + " (from " + GST_MESSAGE_SRC_NAME(message) + ')';
+    if (const std::string reason = reason_in(debug); !reason.empty()) text += ": " + reason;
+  }
+
+  GQuark domain = 0;
+  int code = 0;
+  std::string text;
+};
+
+Bus_Error::Bus_Error(GstMessage *message) : Bus_Error(Report(message)) {}
+
+Bus_Error::Bus_Error(const Report &report)
+    : std::runtime_error(coded(report.domain, report.code, report.text)), domain_(report.domain),
+      code_(report.code) {}
 
 Bus_Error::Bus_Error(GstResourceError error, const std::string &text)
-    : std::runtime_error(coded(GST_RESOURCE_ERROR, error, text)) {}
+    : std::runtime_error(coded(GST_RESOURCE_ERROR, error, text)), domain_(GST_RESOURCE_ERROR),
+      code_(error) {}
 
 //! [tell a failure]
 void print_failure(const std::string &subject, const std::exception &error) {
@@ -45,19 +67,26 @@ void print_failure(const std::string &subject, const std::exception &error) {
 }
 //! [tell a failure]
 
-int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
+int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,
                 const std::function<void()> &body) {
   const Text program(g_path_get_basename(argv[0]));
   try {
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
         g_option_context_new(nullptr), g_option_context_free);
     g_option_context_set_summary(context.get(), summary);
-    g_option_context_add_main_entries(context.get(), options, nullptr);
+    int version = 0;
+    options.push_back({"version", 0, 0, G_OPTION_ARG_NONE, &version, "print the version", nullptr});
+    options.push_back({nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr});
+    g_option_context_add_main_entries(context.get(), options.data(), nullptr);
     g_option_context_add_group(context.get(), gst_init_get_option_group());
     GError *error = nullptr;
     if (!g_option_context_parse(context.get(), &argc, &argv, &error)) {
       const std::unique_ptr<GError, decltype(&g_error_free)> owned(error, g_error_free);
       throw std::runtime_error(error->message);
+    }
+    if (version != 0) {
+      std::cout << program.get() << ' ' << TAVREN_CAPTURE_VERSION << std::endl;
+      return 0;
     }
     if (argc > 1) throw std::runtime_error(std::string("unexpected argument ") + argv[1]);
     body();

@@ -6,20 +6,30 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gst/gst.h>
 
 namespace kel::tavren::programs {
 
-// What an element reported on the bus, as an exception: its text starts with the domain and number
-// of the report.
+// An error that an element reported on the bus. Its text starts with the domain and number of the
+// report, and ends with the reason that the element gave for developers.
 class Bus_Error : public std::runtime_error {
 public:
   // The message is borrowed; it must be an error or a warning.
   explicit Bus_Error(GstMessage *message);
 
-  // What no element reports and the program finds out by itself, told as an element would.
+  // A failure that the program notices itself, in the form of an element's.
   Bus_Error(GstResourceError error, const std::string &text);
+
+  bool is(GQuark domain, int code) const noexcept { return domain == domain_ && code == code_; }
+
+private:
+  struct Report;
+  explicit Bus_Error(const Report &report);
+
+  GQuark domain_ = 0;
+  int code_ = 0;
 };
 
 // A text that GLib's option parser fills in and its owner frees.
@@ -44,11 +54,12 @@ private:
 void print_failure(const std::string &subject, const std::exception &error);
 
 // Parses the options with GLib's parser (which brings --help) and the framework's own options,
-// initialises the framework, and runs the body. An argument that no option takes is refused. A
-// failure becomes one line on stderr, with the error's code where it has one.
+// initialises the framework, and runs the body; --version prints the version instead. An argument
+// that no option takes is refused. A failure becomes one line on stderr, with the error's code if
+// it has one.
 //
-// Returns the exit status: 0, or 1 after a failure.
-int run_program(int argc, char **argv, const char *summary, const GOptionEntry *options,
+// The options need no terminator. Returns the exit status: 0, or 1 after a failure.
+int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,
                 const std::function<void()> &body);
 
 }  // namespace kel::tavren::programs

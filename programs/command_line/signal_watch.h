@@ -1,4 +1,4 @@
-// How the programs end on Ctrl-C and SIGTERM.
+// How the programs end on Ctrl-C, SIGTERM and SIGHUP.
 
 #ifndef TAVREN_PROGRAMS_SIGNAL_WATCH_H
 #define TAVREN_PROGRAMS_SIGNAL_WATCH_H
@@ -18,11 +18,13 @@ public:
   // The function must not throw.
   explicit Signal_Watch(std::function<void()> on_end)
       : on_end_(std::move(on_end)), interrupt_(g_unix_signal_add(SIGINT, call, this)),
-        terminate_(g_unix_signal_add(SIGTERM, call, this)) {}
+        terminate_(g_unix_signal_add(SIGTERM, call, this)),
+        hang_up_(g_unix_signal_add(SIGHUP, call, this)) {}
 
   ~Signal_Watch() {
     g_source_remove(interrupt_);
     g_source_remove(terminate_);
+    g_source_remove(hang_up_);
   }
 
   Signal_Watch(const Signal_Watch &) = delete;
@@ -37,6 +39,7 @@ private:
   std::function<void()> on_end_;
   guint interrupt_;
   guint terminate_;
+  guint hang_up_;
 };
 
 }  // namespace kel::tavren::programs

@@ -96,14 +96,13 @@ int main(int argc, char **argv) {
   Text_Option fit;
   double timeout = 10;
   bool good = true;
-  const GOptionEntry options[] = {{"fit", 0, 0, G_OPTION_ARG_STRING, fit.target(),
-                                   "show the size at which pictures fill a box of this size",
-                                   "WxH"},
-                                  {"timeout", 0, 0, G_OPTION_ARG_DOUBLE, &timeout,
-                                   "wait this long for each (default 10)", "SECONDS"},
-                                  {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY,
-                                   sources.target(), nullptr, "URI|FILE..."},
-                                  {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+  const std::vector<GOptionEntry> options = {
+      {"fit", 0, 0, G_OPTION_ARG_STRING, fit.target(),
+       "show the size at which pictures fill a box of this size", "WxH"},
+      {"timeout", 0, 0, G_OPTION_ARG_DOUBLE, &timeout, "wait this long for each (default 10)",
+       "SECONDS"},
+      {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, sources.target(), nullptr,
+       "URI|FILE..."}};
   const int status =
       run_program(argc, argv, "Shows what media files and streams hold.", options, [&] {
         if (sources.values().empty())

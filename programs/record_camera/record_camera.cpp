@@ -1,4 +1,4 @@
-// Records a camera into a file: a real one, or without --uri the simulated one.
+// Records a camera into a file or several: a real one, or without --uri the simulated one.
 
 #include <cmath>
 #include <iostream>
@@ -19,6 +19,7 @@ namespace {
 using capture::Media_Helper;
 
 constexpr GstClockTime probe_timeout = 10 * GST_SECOND;
+constexpr double longest_time = 1e9;  // s
 
 //! [look into the file]
 void print_streams(const std::string &file) {
@@ -28,18 +29,89 @@ void print_streams(const std::string &file) {
 }
 //! [look into the file]
 
-void record(const Recording_Options &options) {
+void record(const Recorder_Options &options) {
   Camera_Recorder recorder(options);
   const Signal_Watch signals([&recorder] { recorder.stop(); });
   recorder.record();
-  const Recording_Result result = recorder.result();
-  if (result.bytes > 0)
-    std::cout << "wrote " << options.output << ": "
-              << Media_Helper::gst_time_to_string(result.duration) << ", " << result.bytes
-              << " bytes; the viewer saw " << result.viewed_pictures << " pictures" << std::endl;
-  recorder.rethrow_failure();
-  print_streams(options.output);
+  if (!options.quiet && recorder.files().size() == 1) print_streams(recorder.files().front());
 }
+
+double checked_seconds(double seconds, const char *option) {
+  if (!(seconds >= 0 && seconds <= longest_time))
+    throw std::invalid_argument(std::string(option) + " must be from 0 to 1000000000 seconds");
+  return seconds;
+}
+
+GstClockTime in_ns(double seconds) {
+  return static_cast<GstClockTime>(std::ceil(seconds * GST_SECOND));
+}
+
+// The options of the program but those that describe a camera.
+struct Arguments {
+  Text_Option output;
+  Text_Option graph;
+  Text_Option video;
+  Text_Option audio;
+  double duration = 10;
+  double retry = 0;
+  double segment = 0;
+  gint64 keep_free = 0;
+  int overwrite = 0;
+  int view = 0;
+  int quiet = 0;
+  int verbose = 0;
+  int metadata = 0;
+
+  std::vector<GOptionEntry> entries() {
+    return {
+        {"output", 0, 0, G_OPTION_ARG_FILENAME, output.target(),
+         "file: .mkv, .mp4, .avi or .mov (default recording.mkv)", "FILE"},
+        {"overwrite", 0, 0, G_OPTION_ARG_NONE, &overwrite, "replace a file that exists", nullptr},
+        {"duration", 0, 0, G_OPTION_ARG_DOUBLE, &duration,
+         "how long to record; 0: until a signal (default 10)", "SECONDS"},
+        {"retry", 0, 0, G_OPTION_ARG_DOUBLE, &retry,
+         "how long to try again if the camera cannot be reached or has gone (default 0)",
+         "SECONDS"},
+        {"segment", 0, 0, G_OPTION_ARG_DOUBLE, &segment,
+         "begin a new file at the first key frame after this time, named by its UTC time",
+         "SECONDS"},
+        {"keep-free", 0, 0, G_OPTION_ARG_INT64, &keep_free,
+         "remove the oldest files of this recording to keep this much space free", "BYTES"},
+        {"view", 0, 0, G_OPTION_ARG_NONE, &view, "show the pictures in a window", nullptr},
+        {"quiet", 0, 0, G_OPTION_ARG_NONE, &quiet, "show nothing but a failure", nullptr},
+        {"verbose", 0, 0, G_OPTION_ARG_NONE, &verbose, "show how full the queues are, and warnings",
+         nullptr},
+        {"graph", 0, 0, G_OPTION_ARG_FILENAME, graph.target(),
+         "draw the pipeline while it runs, or when it fails", "FILE.svg"},
+        {"video", 0, 0, G_OPTION_ARG_STRING, video.target(),
+         "of the simulated camera: h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
+        {"audio", 0, 0, G_OPTION_ARG_STRING, audio.target(),
+         "of the simulated camera: aac (default), mulaw, opus or none", "KIND"},
+        {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata,
+         "the simulated camera sends ONVIF metadata too", nullptr}};
+  }
+
+  // All but the camera.
+  Recorder_Options options() const {
+    if (keep_free < 0) throw std::invalid_argument("--keep-free must not be negative");
+    Recorder_Options options;
+    options.recording.output = output.value_or("recording.mkv");
+    options.recording.overwrite = overwrite != 0;
+    options.recording.duration = in_ns(checked_seconds(duration, "--duration"));
+    options.recording.segment = in_ns(checked_seconds(segment, "--segment"));
+    options.recording.keep_free = static_cast<guint64>(keep_free);
+    options.retry = static_cast<gint64>(checked_seconds(retry, "--retry") * G_TIME_SPAN_SECOND);
+    options.view = view != 0;
+    options.quiet = quiet != 0;
+    options.verbose = verbose != 0;
+    options.graph = graph.value_or("");
+    return options;
+  }
+
+  Camera_Streams simulated_streams() const {
+    return {video.value_or("h264"), audio.value_or("aac"), metadata != 0};
+  }
+};
 
 }  // namespace
 
@@ -47,47 +119,19 @@ void record(const Recording_Options &options) {
 
 int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
-  Text_Option uri;
-  Text_Option output;
-  Text_Option graph;
-  Text_Option video;
-  Text_Option audio;
-  double duration = 10;
-  int metadata = 0;
-  int verbose = 0;
-  const GOptionEntry entries[] = {
-      {"uri", 0, 0, G_OPTION_ARG_STRING, uri.target(), "the camera; without it, a simulated one",
-       "rtsp://…"},
-      {"output", 0, 0, G_OPTION_ARG_FILENAME, output.target(),
-       "the file: .mkv, .mp4, .avi or .mov (default recording.mkv)", "FILE"},
-      {"duration", 0, 0, G_OPTION_ARG_DOUBLE, &duration,
-       "how long to record; 0: until Ctrl-C (default 10)", "SECONDS"},
-      {"verbose", 0, 0, G_OPTION_ARG_NONE, &verbose, "tell how full the queues are, and warnings",
-       nullptr},
-      {"graph", 0, 0, G_OPTION_ARG_FILENAME, graph.target(), "draw the running pipeline",
-       "FILE.svg"},
-      {"video", 0, 0, G_OPTION_ARG_STRING, video.target(),
-       "of the simulated camera: h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
-      {"audio", 0, 0, G_OPTION_ARG_STRING, audio.target(),
-       "of the simulated camera: aac (default), mulaw, opus or none", "KIND"},
-      {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata,
-       "the simulated camera sends ONVIF metadata too", nullptr},
-      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
-
+  Camera_Arguments camera;
+  Arguments arguments;
+  std::vector<GOptionEntry> entries = camera.entries();
+  const std::vector<GOptionEntry> others = arguments.entries();
+  entries.insert(entries.end(), others.begin(), others.end());
   return run_program(argc, argv, "Records a camera into a file.", entries, [&] {
-    if (!(duration >= 0 && duration <= 1e9))
-      throw std::invalid_argument("--duration must be from 0 to 1000000000 seconds");
-    Recording_Options options;
-    options.uri = uri.value_or("");
-    options.output = output.value_or("recording.mkv");
-    options.duration = static_cast<GstClockTime>(std::ceil(duration * GST_SECOND));
-    options.verbose = verbose != 0;
-    options.graph = graph.value_or("");
-
-    std::optional<Simulated_Camera> camera;
-    if (!uri.given()) {
-      camera.emplace(Camera_Streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0});
-      options.uri = camera->uri();
+    Recorder_Options options = arguments.options();
+    std::optional<Simulated_Camera> simulated;
+    if (camera.has_uri()) {
+      options.camera = camera.options();
+    } else {
+      simulated.emplace(arguments.simulated_streams());
+      options.camera = camera.options(simulated->uri());
     }
     record(options);
   });

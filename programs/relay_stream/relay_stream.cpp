@@ -44,12 +44,11 @@ int main(int argc, char **argv) {
   Text_Option uri;
   int port = 0;
   int duration = 0;
-  const GOptionEntry options[] = {
+  const std::vector<GOptionEntry> options = {
       {"uri", 0, 0, G_OPTION_ARG_STRING, uri.target(), "the camera", "rtsp://..."},
       {"port", 0, 0, G_OPTION_ARG_INT, &port, "listen here (default 0: the system picks)", "N"},
       {"duration", 0, 0, G_OPTION_ARG_INT, &duration,
-       "end after this long (default 0: when asked to by a signal)", "SECONDS"},
-      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+       "end after this long (default 0: when asked to by a signal)", "SECONDS"}};
   return run_program(argc, argv, "Serves a camera's RTSP streams again on 127.0.0.1.", options,
                      [&] {
                        if (uri.value_or("").empty())

@@ -41,14 +41,13 @@ int main(int argc, char **argv) {
   Text_Option audio;
   int metadata = 0;
   int lifetime = 3600;
-  const GOptionEntry options[] = {
+  const std::vector<GOptionEntry> options = {
       {"video", 0, 0, G_OPTION_ARG_STRING, video.target(),
        "h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
       {"audio", 0, 0, G_OPTION_ARG_STRING, audio.target(), "aac (default), mulaw, opus or none",
        "KIND"},
       {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata, "send ONVIF metadata too", nullptr},
-      {"lifetime", 0, 0, G_OPTION_ARG_INT, &lifetime, "serve this long (default 3600)", "SECONDS"},
-      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+      {"lifetime", 0, 0, G_OPTION_ARG_INT, &lifetime, "serve this long (default 3600)", "SECONDS"}};
   return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", options, [&] {
     const Camera_Streams streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0};
     if (lifetime <= 0) throw std::invalid_argument("--lifetime must be positive");

@@ -1,0 +1,209 @@
+#include "camera_connection.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+#include <tavren/handles/emancipator.h>
+
+#include "camera/connection_failure.h"
+#include "command_line/program.h"
+
+namespace kel::tavren::programs {
+
+namespace {
+
+constexpr gint64 seconds = G_TIME_SPAN_SECOND;
+constexpr gint64 start_limit = 10 * seconds;    // for the camera's first frame
+constexpr gint64 silence_limit = 10 * seconds;  // of a camera that was sending
+
+gint64 now() {
+  return g_get_monotonic_time();
+}
+
+std::string utc_text(gint64 time) {
+  using Date = std::unique_ptr<GDateTime, decltype(&g_date_time_unref)>;
+  const Date whole(g_date_time_new_from_unix_utc(time / seconds), g_date_time_unref);
+  const std::unique_ptr<char, Emancipator<char>> text(
+      g_date_time_format(whole.get(), "%Y-%m-%dT%H:%M:%S"));
+  std::ostringstream complete;
+  complete << text.get() << '.' << std::setw(3) << std::setfill('0') << time % seconds / 1000
+           << 'Z';
+  return complete.str();
+}
+
+std::string text_of(const std::exception_ptr &failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception &error) {
+    return error.what();
+  }
+}
+
+std::exception_ptr read_error(const std::string &text) {
+  return std::make_exception_ptr(Bus_Error(GST_RESOURCE_ERROR_READ, text));
+}
+
+}  // namespace
+
+Camera_Connection::Camera_Connection(GstElement *pipeline, const Camera_Options &options,
+                                     gint64 retry, Recording &recording, Progress_Display &display,
+                                     Hooks hooks)
+    : pipeline_(pipeline), options_(options), recording_(recording), display_(display),
+      hooks_(std::move(hooks)), transports_(transports_to_try(options.transport)), retries_(retry) {
+}
+
+void Camera_Connection::connect() {
+  reconnect_at_ = 0;
+  connected_at_ = now();
+  has_received_ = false;
+  last_warning_ = nullptr;
+  plans_.clear();
+  session_ = std::make_unique<Camera_Session>(pipeline_, options_, transports_.front(),
+                                              recording_.container());
+  try {
+    session_->start();
+  } catch (const Bus_Error &) {
+    end_session(std::current_exception());
+  }
+}
+
+bool Camera_Connection::handle(GstMessage *message) {
+  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_APPLICATION) {
+    handle_events();
+    return true;
+  }
+  if (!session_ || !session_->owns(message)) return false;
+  if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING) {
+    last_warning_ = std::make_exception_ptr(Bus_Error(message));
+  } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+    handle_events();  // what came before the error
+    if (session_) end_session(std::make_exception_ptr(Bus_Error(message)));
+  }
+  return true;
+}
+
+void Camera_Connection::handle_events() {
+  if (!session_) return;
+  for (const Camera_Event &event : session_->take_events()) {
+    handle(event);
+    if (!session_) return;
+  }
+  session_->hold_back(recording_.is_congested());
+}
+
+void Camera_Connection::handle(const Camera_Event &event) {
+  switch (event.kind) {
+  case Camera_Event::Kind::offered:
+    return offer(event);
+  case Camera_Event::Kind::frame:
+    return accept_frame(event);
+  case Camera_Event::Kind::restarted:
+    session_->remove_old_branches();
+    return recording_.restart_stream(event.number);
+  case Camera_Event::Kind::ended:
+    return end_stream(event.number);
+  case Camera_Event::Kind::failed:
+    return end_session(event.failure);
+  }
+}
+
+// Shows each stream once, however often the camera is connected to.
+void Camera_Connection::offer(const Camera_Event &event) {
+  const Stream_Plan &plan = plans_[event.number] = event.plan;
+  if (plan.is_recorded()) recording_.add_stream(event.number, plan.name(), plan.is_video());
+  const std::string line = "stream " + std::to_string(event.number) + ": " + plan.name() +
+                           (plan.is_recorded() ? "" : ": not recorded, " + plan.obstacle);
+  if (std::exchange(shown_[event.number], line) != line) display_.line(line);
+}
+
+void Camera_Connection::accept_frame(const Camera_Event &event) {
+  if (!has_received_) {
+    has_received_ = true;
+    transports_.resize(1);
+    retries_.reset();
+    show_gap();
+  }
+  last_frame_at_ = g_get_real_time();
+  recording_.add_frame(event.number, event.sample.get());
+  hooks_.frame_arrives(plans_[event.number], event.sample.get());
+}
+
+void Camera_Connection::end_stream(guint number) {
+  recording_.end_stream(number);
+  if (!recording_.all_ended() || recording_.is_complete()) return;
+  end_session(last_warning_ ? last_warning_ : read_error("the camera went away"));
+}
+
+// Tries the next transport, or again later; throws the failure if neither may help.
+void Camera_Connection::end_session(const std::exception_ptr &failure) {
+  const bool next_transport = can_try_next_transport(failure);
+  const std::exception_ptr reason = next_transport ? failure : explain(failure);
+  if (!next_transport) hooks_.session_fails();
+  session_.reset();
+  recording_.end_session();
+  if (next_transport) {
+    transports_.erase(transports_.begin());
+    return connect();
+  }
+  const auto retry = is_permanent(reason) ? std::nullopt : retries_.next(now());
+  if (!retry) std::rethrow_exception(reason);
+  reconnect_at_ = *retry;
+  if (absence_) return;
+  absence_ = std::make_unique<Absence>(Absence{text_of(reason), last_frame_at_});
+  display_.line((last_frame_at_ != 0 ? "lost the camera, trying again: "
+                                     : "cannot reach the camera, trying again: ") +
+                absence_->reason);
+}
+
+// A camera that refuses a transport, or sends nothing over it, may offer another.
+bool Camera_Connection::can_try_next_transport(const std::exception_ptr &failure) const {
+  return transports_.size() > 1 && !has_received_ && wants_any_stream() && !is_permanent(failure);
+}
+
+// The source reports that it has no streams if none that the camera offers is wanted.
+std::exception_ptr Camera_Connection::explain(const std::exception_ptr &failure) const {
+  if (plans_.empty() || wants_any_stream())
+    return has_received_ ? failure : with_connection_failure(failure, options_);
+  for (const auto &[number, plan] : plans_)
+    if (!plan.is_metadata) return std::make_exception_ptr(Nothing_To_Record(plan));
+  return std::make_exception_ptr(
+      Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "the camera offers neither video nor audio"));
+}
+
+bool Camera_Connection::wants_any_stream() const {
+  return std::any_of(plans_.begin(), plans_.end(),
+                     [](const auto &plan) { return plan.second.is_recorded(); });
+}
+
+void Camera_Connection::tick() {
+  if (reconnect_at_ != 0 && now() >= reconnect_at_) return connect();
+  if (session_) check_session();
+}
+
+void Camera_Connection::check_session() {
+  if (!has_received_) {
+    if (now() - connected_at_ > start_limit)
+      end_session(read_error("the camera does not send anything"));
+    return;
+  }
+  const gint64 limit = std::max(silence_limit, 3 * recording_.longest_wait());
+  if (now() - recording_.last_arrival() > limit)
+    end_session(read_error("the camera has gone silent"));
+  else if (recording_.waits_for_key_frame())
+    end_session(read_error("the camera sends no key frame"));
+}
+
+void Camera_Connection::show_gap() {
+  const auto absence = std::move(absence_);
+  if (!absence || absence->since == 0) return;
+  const gint64 until = g_get_real_time();
+  std::ostringstream line;
+  line << "gap from " << utc_text(absence->since) << " to " << utc_text(until) << " (" << std::fixed
+       << std::setprecision(1) << static_cast<double>(until - absence->since) / seconds
+       << " s): " << absence->reason;
+  display_.line(line.str());
+}
+
+}  // namespace kel::tavren::programs

@@ -1,0 +1,92 @@
+// Keeps a recording supplied with a camera's streams.
+
+#ifndef TAVREN_PROGRAMS_CAMERA_CONNECTION_H
+#define TAVREN_PROGRAMS_CAMERA_CONNECTION_H
+
+#include <exception>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gst/gst.h>
+
+#include "camera/camera_source.h"
+#include "camera_session.h"
+#include "progress_display.h"
+#include "recording.h"
+#include "retry_schedule.h"
+
+namespace kel::tavren::programs {
+
+// Connects to a camera, with another transport if it refuses the first, and again after a while if
+// it cannot be reached or has gone. For the main context only.
+//
+// Whatever ends the connection for good is thrown by the function that notices it.
+class Camera_Connection {
+public:
+  // What the owner does besides recording.
+  struct Hooks {
+    // Before a session that has failed is ended.
+    std::function<void()> session_fails;
+    // For each frame.
+    std::function<void(const Stream_Plan &, GstSample *)> frame_arrives;
+  };
+
+  // Retry is how long an absent camera is tried again, in us.
+  Camera_Connection(GstElement *pipeline, const Camera_Options &options, gint64 retry,
+                    Recording &recording, Progress_Display &display, Hooks hooks);
+
+  void connect();
+  // Ends the session; nothing is recorded any more.
+  void close() noexcept { session_.reset(); }
+
+  // Handles a message about the connection; returns whether it is about it.
+  bool handle(GstMessage *message);
+  // Does what time brings; called several times a second.
+  void tick();
+
+  // Whether the camera has not sent anything yet in this session.
+  bool is_waiting() const noexcept { return !has_received_; }
+
+private:
+  // Why, and since when, a camera that was sending does not send.
+  struct Absence {
+    std::string reason;
+    gint64 since = 0;  // UTC in us
+  };
+
+  void handle_events();
+  void handle(const Camera_Event &event);
+  void offer(const Camera_Event &event);
+  void accept_frame(const Camera_Event &event);
+  void end_stream(guint number);
+  void end_session(const std::exception_ptr &failure);
+  bool wants_any_stream() const;
+  bool can_try_next_transport(const std::exception_ptr &failure) const;
+  std::exception_ptr explain(const std::exception_ptr &failure) const;
+  void check_session();
+  void show_gap();
+
+  GstElement *pipeline_;
+  Camera_Options options_;
+  Recording &recording_;
+  Progress_Display &display_;
+  Hooks hooks_;
+  std::vector<Transport> transports_;  // the first one is in use, the others are still to try
+  Retry_Schedule retries_;
+  std::unique_ptr<Camera_Session> session_;
+  std::map<guint, Stream_Plan> plans_;
+  std::map<guint, std::string> shown_;  // the lines about streams that have been shown
+  bool has_received_ = false;           // in this session
+  gint64 connected_at_ = 0;             // on the monotonic clock in us
+  gint64 reconnect_at_ = 0;             // 0: not waiting to connect again
+  gint64 last_frame_at_ = 0;            // UTC in us; 0: none yet
+  std::unique_ptr<Absence> absence_;
+  std::exception_ptr last_warning_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

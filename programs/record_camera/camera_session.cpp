@@ -1,0 +1,240 @@
+#include "camera_session.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <tavren/capture/media_helper.h>
+
+#include "camera/camera_streams.h"
+#include "camera/stream_clock.h"
+
+namespace kel::tavren::programs {
+
+using capture::Media_Helper;
+
+Camera_Session::Camera_Session(GstElement *pipeline, const Camera_Options &options,
+                               Transport transport, const Container &container)
+    : pipeline_(pipeline), container_(container), bin_(pipeline, "") {
+  //! [connect]
+  GstElement *const source = add_camera_source(bin_.element(), options, transport);
+  Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
+                                          this);
+  Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
+  //! [connect]
+}
+
+//! [disconnect]
+Camera_Session::~Camera_Session() {
+  {
+    const std::lock_guard lock(mutex_);
+    closing_ = true;
+  }
+  released_.notify_all();
+  // Once the bin has stopped, nothing calls back any more.
+  bin_.stop();
+}
+//! [disconnect]
+
+std::deque<Camera_Event> Camera_Session::take_events() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(events_, {});
+}
+
+void Camera_Session::hold_back(bool held) noexcept {
+  {
+    const std::lock_guard lock(mutex_);
+    held_back_ = held;
+  }
+  released_.notify_all();
+}
+
+// Any thread.
+void Camera_Session::add_event(Camera_Event event) {
+  bool is_first = false;
+  {
+    const std::lock_guard lock(mutex_);
+    is_first = events_.empty();
+    events_.push_back(std::move(event));
+  }
+  if (is_first)
+    gst_element_post_message(pipeline_,
+                             gst_message_new_application(GST_OBJECT_CAST(pipeline_),
+                                                         gst_structure_new_empty(events_message)));
+}
+
+//! [guard callbacks]
+// Runs a step of a callback: no exception may cross the framework, which is written in C.
+template <typename Step>
+void Camera_Session::guarded(Step step) noexcept {
+  try {
+    step(*this);
+  } catch (...) {
+    Camera_Event event;
+    event.failure = std::current_exception();
+    add_event(std::move(event));
+  }
+}
+//! [guard callbacks]
+
+gboolean Camera_Session::on_select_stream(GstElement *, guint number, GstCaps *caps,
+                                          gpointer session) noexcept {
+  bool is_wanted = false;
+  static_cast<Camera_Session *>(session)->guarded(
+      [&](Camera_Session &self) { is_wanted = self.select_stream(number, caps); });
+  return is_wanted;
+}
+
+void Camera_Session::on_pad_added(GstElement *, GstPad *pad, gpointer session) noexcept {
+  static_cast<Camera_Session *>(session)->guarded(
+      [&](Camera_Session &self) { self.add_branch(pad); });
+}
+
+GstFlowReturn Camera_Session::on_sample(GstAppSink *sink, gpointer data) noexcept {
+  const Branch &branch = *static_cast<Branch *>(data);
+  branch.session->guarded([&](Camera_Session &self) {
+    Camera_Event event;
+    event.kind = Camera_Event::Kind::frame;
+    event.sample.reset(gst_app_sink_pull_sample(sink), false);
+    if (event.sample) self.deliver(branch, std::move(event));
+  });
+  return GST_FLOW_OK;
+}
+
+void Camera_Session::on_end(GstAppSink *, gpointer data) noexcept {
+  const Branch &branch = *static_cast<Branch *>(data);
+  branch.session->guarded([&](Camera_Session &self) {
+    Camera_Event event;
+    event.kind = Camera_Event::Kind::ended;
+    self.deliver(branch, std::move(event));
+  });
+}
+
+// Adds an event of a branch unless another has replaced it. Waits while the session is held back.
+void Camera_Session::deliver(const Branch &branch, Camera_Event event) {
+  {
+    std::unique_lock lock(mutex_);
+    released_.wait(lock, [this] { return !held_back_ || closing_; });
+    if (!branch.is_current) return;
+  }
+  event.number = branch.number;
+  add_event(std::move(event));
+}
+
+//! [select streams]
+// Accepts one of the streams that the camera offers, or passes it over. The camera's thread.
+bool Camera_Session::select_stream(guint number, GstCaps *offered) {
+  Camera_Event event;
+  event.kind = Camera_Event::Kind::offered;
+  event.number = number;
+  event.plan = plan_stream(offered_rtp_caps(offered).get(), container_);
+  const bool is_recorded = event.plan.is_recorded();
+  {
+    const std::lock_guard lock(mutex_);
+    plans_[number] = event.plan;
+  }
+  add_event(std::move(event));
+  return is_recorded;
+}
+//! [select streams]
+
+//! [add a stream]
+// Builds the branch of a stream that begins. If the stream has one already, its SSRC has changed:
+// the new branch replaces it. The camera's thread.
+void Camera_Session::add_branch(GstPad *pad) {
+  const guint number = stream_number(pad);
+  Branch *branch = nullptr;
+  Stream_Plan plan;
+  bool is_new = true;
+  {
+    const std::lock_guard lock(mutex_);
+    plan = plans_.at(number);
+    for (Branch &other : branches_) {
+      if (other.number != number) continue;
+      other.is_current = false;
+      is_new = false;
+    }
+    branch = &branches_.emplace_back();
+    branch->session = this;
+    branch->number = number;
+    branch->source = pad;
+  }
+  if (!is_new) {
+    Camera_Event event;
+    event.kind = Camera_Event::Kind::restarted;
+    event.number = number;
+    add_event(std::move(event));
+  }
+  build_branch(*branch, plan);
+}
+//! [add a stream]
+
+//! [build a branch]
+// Leads a stream from the camera's pad to its appsink. The elements are started from the last to
+// the first, and the camera's pad is linked last: no buffer meets half a branch.
+void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
+  GstElement *last = add_frame_sink(branch);
+  branch.elements = {last};
+  const auto prepend = [&](const std::string &factory) {
+    GstElement *const element = bin_.add(factory);
+    Media_Helper::gst_element_link_many_or_throw(element, last, nullptr);
+    branch.elements.push_back(element);
+    last = element;
+  };
+  if (!plan.timestamper.empty()) {
+    prepend(plan.timestamper);
+    // The timestamper does not hand the sink's choice of a format on to the parser.
+    prepend("capsfilter");
+    g_object_set(last, "caps", container_.accepted.get(), nullptr);
+  }
+  if (!plan.parser.empty()) {
+    prepend(plan.parser);
+    configure_parser(last);
+  }
+  prepend(plan.depayloader);
+  add_stream_clock(last);
+  for (GstElement *const element : branch.elements)
+    Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
+  Media_Helper::link_pad_to_element_or_throw(branch.source.get(), last);
+}
+//! [build a branch]
+
+// The AVI muxer has no place for parameter sets but the stream.
+void Camera_Session::configure_parser(GstElement *parser) const {
+  if (container_.needs_frame_rate &&
+      g_object_class_find_property(G_OBJECT_GET_CLASS(parser), "config-interval") != nullptr)
+    g_object_set(parser, "config-interval", -1, nullptr);
+}
+
+// The caps that the sink takes make the parser choose the format that the container needs.
+GstElement *Camera_Session::add_frame_sink(Branch &branch) {
+  GstElement *const sink = bin_.add("appsink");
+  g_object_set(sink, "caps", container_.accepted.get(), "sync", FALSE, "async", FALSE,
+               "enable-last-sample", FALSE, nullptr);
+  GstAppSinkCallbacks callbacks = {};
+  callbacks.new_sample = on_sample;
+  callbacks.eos = on_end;
+  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, &branch, nullptr);
+  return sink;
+}
+
+void Camera_Session::remove_old_branches() {
+  std::list<Branch> old;
+  {
+    const std::lock_guard lock(mutex_);
+    for (auto branch = branches_.begin(); branch != branches_.end();) {
+      const auto next = std::next(branch);
+      if (!branch->is_current) old.splice(old.end(), branches_, branch);
+      branch = next;
+    }
+  }
+  for (const Branch &branch : old) {
+    if (!branch.elements.empty())
+      Media_Helper::unlink_pad_from_element(branch.source.get(), branch.elements.back());
+    for (GstElement *const element : branch.elements) {
+      gst_element_set_state(element, GST_STATE_NULL);
+      gst_bin_remove(GST_BIN(bin_.element()), element);
+    }
+  }
+}
+
+}  // namespace kel::tavren::programs

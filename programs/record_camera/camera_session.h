@@ -1,0 +1,113 @@
+// One connection to a camera.
+
+#ifndef TAVREN_PROGRAMS_CAMERA_SESSION_H
+#define TAVREN_PROGRAMS_CAMERA_SESSION_H
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <gst/app/gstappsink.h>
+#include <gst/gst.h>
+
+#include "camera/camera_source.h"
+#include "pipeline_bin.h"
+#include "stream_plan.h"
+
+namespace kel::tavren::programs {
+
+// What a session reports, in the order in which it happened.
+struct Camera_Event {
+  enum class Kind {
+    offered,    // the camera offers a stream: number and plan
+    frame,      // number and sample
+    restarted,  // the stream begins anew under another SSRC: number
+    ended,      // the camera ended a stream: number
+    failed      // failure
+  };
+  Kind kind = Kind::failed;
+  guint number = 0;  // of the stream, as the camera describes it
+  Stream_Plan plan;
+  boost::intrusive_ptr<GstSample> sample;
+  std::exception_ptr failure;
+};
+
+// A bin in the pipeline: the RTSP source, and for each stream a depayloader, a parser and an
+// appsink.
+//
+// What its threads notice becomes an event; for each first event that waits, an application message
+// with the name below is posted, so that the main context fetches them.
+class Camera_Session {
+public:
+  static constexpr const char *events_message = "camera-events";
+
+  // Throws what the library throws, and Bus_Error if a certificate file cannot be read.
+  Camera_Session(GstElement *pipeline, const Camera_Options &options, Transport transport,
+                 const Container &container);
+  // Ends the session with the camera.
+  ~Camera_Session();
+
+  Camera_Session(const Camera_Session &) = delete;
+  Camera_Session &operator=(const Camera_Session &) = delete;
+
+  // Connects. Failures that come later are events, or messages on the bus.
+  void start() { bin_.start(); }
+
+  std::deque<Camera_Event> take_events();
+
+  // Removes the elements of branches that a new SSRC has replaced.
+  void remove_old_branches();
+
+  // While the session is held back, its threads wait before they deliver a frame.
+  void hold_back(bool held) noexcept;
+
+  // Whether a message is about this session.
+  bool owns(const GstMessage *message) const { return bin_.posted(message); }
+
+private:
+  // A stream on its way to its appsink. An SSRC that replaces another gets a new branch.
+  struct Branch {
+    Camera_Session *session = nullptr;
+    guint number = 0;
+    bool is_current = true;
+    boost::intrusive_ptr<GstPad> source;  // the camera's, linked to the depayloader
+    std::vector<GstElement *> elements;   // borrowed from the bin, those downstream first
+  };
+
+  static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,
+                                   gpointer session) noexcept;
+  static void on_pad_added(GstElement *, GstPad *pad, gpointer session) noexcept;
+  static GstFlowReturn on_sample(GstAppSink *sink, gpointer branch) noexcept;
+  static void on_end(GstAppSink *sink, gpointer branch) noexcept;
+
+  bool select_stream(guint number, GstCaps *offered);
+  void add_branch(GstPad *pad);
+  void build_branch(Branch &branch, const Stream_Plan &plan);
+  void configure_parser(GstElement *parser) const;
+  GstElement *add_frame_sink(Branch &branch);
+  void add_event(Camera_Event event);
+  void deliver(const Branch &branch, Camera_Event event);
+  template <typename Step>
+  void guarded(Step step) noexcept;
+
+  GstElement *pipeline_;
+  const Container &container_;
+  Pipeline_Bin bin_;
+
+  std::mutex mutex_;  // guards all that follows
+  std::condition_variable released_;
+  bool held_back_ = false;
+  bool closing_ = false;
+  std::map<guint, Stream_Plan> plans_;
+  std::list<Branch> branches_;
+  std::deque<Camera_Event> events_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

@@ -1,0 +1,33 @@
+// The container that a file name chooses, and the media it holds.
+
+#ifndef TAVREN_PROGRAMS_CONTAINER_H
+#define TAVREN_PROGRAMS_CONTAINER_H
+
+#include <string>
+
+#include <gst/gst.h>
+#include <tavren/handles/reference_adapters.h>
+
+namespace kel::tavren::programs {
+
+struct Container {
+  std::string extension;  // with its dot
+  std::string muxer;      // the name of its factory
+  // The media that the muxer takes, without what only a running stream knows: size and frame rate.
+  boost::intrusive_ptr<GstCaps> accepted;
+  bool needs_frame_rate = false;
+
+  // How messages name it: .mp4 (mp4mux).
+  std::string name() const { return extension + " (" + muxer + ')'; }
+};
+
+// Chooses the container by the file name's extension. Throws what the library throws if it does not
+// know the extension, with the choices added to the text, or if the muxer is missing.
+Container choose_container(const std::string &file);
+
+// The union of the caps of an element factory's pad templates in one direction.
+boost::intrusive_ptr<GstCaps> template_caps(const std::string &factory, GstPadDirection direction);
+
+}  // namespace kel::tavren::programs
+
+#endif

@@ -1,0 +1,32 @@
+// What a recorder shows while it works.
+
+#ifndef TAVREN_PROGRAMS_PROGRESS_DISPLAY_H
+#define TAVREN_PROGRAMS_PROGRESS_DISPLAY_H
+
+#include <string>
+
+#include <glib.h>
+
+namespace kel::tavren::programs {
+
+// Writes lines to stdout. On a terminal the progress is one line that is rewritten; elsewhere it is
+// a line every ten seconds.
+class Progress_Display {
+public:
+  explicit Progress_Display(bool quiet);
+
+  // Shows a line that stays.
+  void line(const std::string &text);
+  // Shows how far the work has got; called as often as there is news.
+  void progress(const std::string &text);
+
+private:
+  bool quiet_;
+  bool is_terminal_;
+  bool line_is_open_ = false;
+  gint64 last_progress_ = 0;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

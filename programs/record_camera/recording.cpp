@@ -1,0 +1,427 @@
+#include "recording.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+
+#include <tavren/capture/media_helper.h>
+
+#include "command_line/program.h"
+
+namespace kel::tavren::programs {
+
+using capture::Media_Helper;
+using Caps = boost::intrusive_ptr<GstCaps>;
+
+namespace {
+
+constexpr gint64 seconds = G_TIME_SPAN_SECOND;
+constexpr gint64 late_limit = 5 * seconds;         // for streams that do not begin with the others
+constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
+constexpr gint64 quiet_limit = 10 * seconds;       // for a stream that has stopped
+constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
+constexpr gint64 finish_limit = 10 * seconds;      // for the end of a file
+constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
+constexpr gint64 free_space_interval = 2 * seconds;
+constexpr guint64 congestion = guint64{64} << 20U;  // bytes
+constexpr std::size_t frames_for_rate = 10;
+
+gint64 now() {
+  return g_get_monotonic_time();
+}
+
+gint64 in_ns(gint64 us) {
+  return us * 1000;
+}
+
+std::string in_seconds(GstClockTime time) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(1) << static_cast<double>(time) / GST_SECOND << " s";
+  return text.str();
+}
+
+bool has_frame_rate(const GstCaps *caps) {
+  int numerator = 0;
+  int denominator = 1;
+  return gst_structure_get_fraction(gst_caps_get_structure(caps, 0), "framerate", &numerator,
+                                    &denominator) != FALSE &&
+         numerator > 0;
+}
+
+}  // namespace
+
+Recording::Recording(GstElement *pipeline, const Recording_Options &options,
+                     Progress_Display &display)
+    : pipeline_(pipeline), options_(options), container_(choose_container(options.output)),
+      display_(display), names_(options.output, options.overwrite, options.segment != 0) {}
+
+void Recording::add_stream(guint number, const std::string &name, bool is_video) {
+  Stream &stream = streams_[number];
+  stream.number = number;
+  stream.name = name;
+  stream.is_video = is_video;
+  totals_[number].name = name;
+}
+
+void Recording::add_frame(guint number, GstSample *sample) {
+  const auto found = streams_.find(number);
+  if (found == streams_.end() || is_finishing_ || found->second.is_over) return;
+  Stream &stream = found->second;
+  auto frame = stream.times.make_frame(sample);
+  if (!frame) return;
+  const gint64 arrival = now();
+  if (last_arrival_ != 0) longest_wait_ = std::max(longest_wait_, arrival - last_arrival_);
+  last_arrival_ = stream.last_arrival = arrival;
+  if (first_arrival_ == 0) first_arrival_ = arrival;
+  if (stream.is_quiet) display_.line(stream.name + " sends again");
+  stream.is_quiet = false;
+  stream.caps = frame->caps();
+  stream.waiting.push_back(*std::move(frame));
+  route_all();
+}
+
+// The frames until the next key frame refer to pictures that have never arrived.
+void Recording::restart_stream(guint number) {
+  const auto found = streams_.find(number);
+  if (found == streams_.end()) return;
+  Stream &stream = found->second;
+  const bool is_leading = &stream == leading_stream();
+  stream.is_over = false;
+  stream.needs_key = true;
+  stream.times = Frame_Times();
+  if (is_leading && stream.file != nullptr) leave_file(stream);
+}
+
+void Recording::end_stream(guint number) {
+  const auto found = streams_.find(number);
+  if (found == streams_.end()) return;
+  found->second.is_over = true;
+  if (found->second.file != nullptr) leave_file(found->second);
+  route_all();
+}
+
+// What waits for further streams is recorded without them.
+void Recording::end_session() {
+  is_session_ending_ = true;
+  route_all();
+  is_session_ending_ = false;
+  streams_.clear();
+  for (Open_File &file : files_)
+    file.media->end();
+  first_arrival_ = last_arrival_ = longest_wait_ = 0;
+}
+
+void Recording::finish() {
+  end_session();
+  is_finishing_ = true;
+}
+
+//! [route the frames]
+// Moves frames to their files until none can be moved; a file that begins lets others follow.
+void Recording::route_all() {
+  for (bool moved = true; moved;) {
+    moved = false;
+    for (auto &[number, stream] : streams_)
+      moved = route(stream) || moved;
+  }
+}
+
+// Moves the frames that wait in a stream. Returns whether any was moved.
+bool Recording::route(Stream &stream) {
+  bool moved = false;
+  while (!stream.waiting.empty()) {
+    const Frame &frame = stream.waiting.front();
+    if (stream.file != nullptr && begins_new_file(stream, frame)) leave_file(stream);
+    if (stream.file == nullptr && !open_file()) return moved;
+    if (stream.file == nullptr) return moved;
+    move_to_newest_file(stream, frame);
+    if (stream.file == nullptr) continue;
+    if (!stream.needs_key || frame.is_key) write(stream, frame);
+    stream.waiting.pop_front();
+    moved = true;
+    if (stream.is_over) stream.waiting.clear();
+  }
+  return moved;
+}
+//! [route the frames]
+
+bool Recording::begins_new_file(const Stream &stream, const Frame &frame) {
+  if (!stream.file->takes(stream.number, frame.caps())) return true;
+  if (&stream != leading_stream() || !frame.is_key) return false;
+  const bool segment_is_over = options_.segment != 0 && frame.pts - stream.file->start() >=
+                                                            static_cast<gint64>(options_.segment);
+  return segment_is_over || others_wait_for_file(stream);
+}
+
+bool Recording::others_wait_for_file(const Stream &stream) const {
+  return std::any_of(streams_.begin(), streams_.end(), [&stream](const auto &entry) {
+    const Stream &other = entry.second;
+    return other.number != stream.number && other.file == nullptr && !other.waiting.empty();
+  });
+}
+
+void Recording::leave_file(Stream &stream) {
+  stream.file->end_track(stream.number);
+  stream.file = nullptr;
+}
+
+// Streams that have stopped would keep an old file open.
+void Recording::leave_old_file(Media_File &file) {
+  Media_File *const newest = files_.back().media.get();
+  for (auto &[number, stream] : streams_) {
+    if (stream.file != &file) continue;
+    stream.file = newest->takes(number, stream.caps.get()) ? newest : nullptr;
+    stream.needs_key = true;
+  }
+  file.end();
+}
+
+// A stream changes to the newest file with its first frame that belongs there.
+void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
+  Media_File *const newest = files_.back().media.get();
+  if (stream.file == newest || !frame.is_key || frame.pts < newest->start()) return;
+  stream.file->end_track(stream.number);
+  stream.file = newest->takes(stream.number, frame.caps()) ? newest : nullptr;
+}
+
+void Recording::write(Stream &stream, const Frame &frame) {
+  stream.needs_key = false;
+  if (is_past_end(stream, frame)) {
+    leave_file(stream);
+    stream.is_over = true;
+    if (first_over_ == 0) first_over_ = now();
+    return;
+  }
+  if (!stream.has_begun) stream.begin_dts = frame.dts;
+  stream.has_begun = true;
+  stream.file->write(stream.number, frame);
+  const GstClockTime length = frame.duration != 0 ? frame.duration : stream.times.interval();
+  totals_[stream.number].duration += length;
+  end_ = std::max(end_, frame.pts + static_cast<gint64>(length));
+}
+
+// Frames are counted in the order in which they are decoded: a frame that others refer to may be
+// shown later than they are.
+bool Recording::is_past_end(Stream &stream, const Frame &frame) const {
+  if (options_.duration == 0) return false;
+  const gint64 delay = stream.has_begun ? 0 : frame.pts - frame.dts;
+  const gint64 begin = stream.has_begun ? std::min(stream.begin_dts, *begin_) : *begin_ - delay;
+  return frame.dts - begin >= static_cast<gint64>(options_.duration);
+}
+
+Recording::Stream *Recording::leading_stream() {
+  Stream *first = nullptr;
+  for (auto &[number, stream] : streams_) {
+    if (stream.is_over || stream.last_arrival == 0) continue;
+    if (stream.is_video) return &stream;
+    if (first == nullptr) first = &stream;
+  }
+  return first;
+}
+
+// At the beginning of a session, all its streams are waited for. A container that needs the frame
+// rate waits until it can be measured if the camera does not announce it.
+bool Recording::may_open(const Stream &leading) const {
+  const bool is_late = is_session_ending_ || now() - first_arrival_ > late_limit;
+  const bool all_arrive = std::all_of(streams_.begin(), streams_.end(), [](const auto &entry) {
+    return entry.second.is_over || entry.second.last_arrival != 0;
+  });
+  const bool rate_is_known = !container_.needs_frame_rate || !leading.is_video ||
+                             has_frame_rate(leading.waiting.front().caps()) || leading.has_begun ||
+                             leading.waiting.size() >= frames_for_rate;
+  return is_late || (all_arrive && rate_is_known);
+}
+
+//! [open a file]
+// Opens a file at the next key frame of the leading stream, if there is one. Returns whether it
+// did.
+bool Recording::open_file() {
+  Stream *const leading = leading_stream();
+  if (leading == nullptr || leading->file != nullptr) return false;
+  std::deque<Frame> &frames = leading->waiting;
+  while (!frames.empty() && !frames.front().is_key)
+    frames.pop_front();
+  if (frames.empty() || !may_open(*leading)) return false;
+
+  const gint64 start = frames.front().pts;
+  Open_File file;
+  file.reservation = names_.next();
+  file.media = std::make_unique<Media_File>(pipeline_, container_, file.reservation->path(),
+                                            tracks_for_file(), start);
+  files_.push_back(std::move(file));
+  if (!begin_) {
+    begin_ = start;
+    begin_arrival_ = now();
+  }
+  for (auto &[number, stream] : streams_) {
+    if (stream.file != nullptr || stream.caps == nullptr) continue;
+    stream.file = files_.back().media.get();
+    stream.needs_key = true;
+    while (!stream.waiting.empty() && stream.waiting.front().pts < start)
+      stream.waiting.pop_front();
+  }
+  return true;
+}
+//! [open a file]
+
+std::vector<Track> Recording::tracks_for_file() const {
+  std::vector<Track> tracks;
+  for (const auto &[number, stream] : streams_) {
+    if (stream.is_over || stream.caps == nullptr) continue;
+    Track &track = tracks.emplace_back();
+    track.stream = number;
+    track.name = stream.name;
+    track.caps = caps_for_file(stream);
+  }
+  return tracks;
+}
+
+// The stream's caps, with the measured frame rate if the container needs one and the camera did not
+// announce it.
+Caps Recording::caps_for_file(const Stream &stream) const {
+  const Caps caps = stream.waiting.empty() ? stream.caps : Caps(stream.waiting.front().caps());
+  if (!container_.needs_frame_rate || !stream.is_video || has_frame_rate(caps.get())) return caps;
+  const GstClockTime interval = stream.times.interval();
+  int numerator = 25;
+  int denominator = 1;
+  if (interval != 0)
+    gst_util_double_to_fraction(static_cast<double>(GST_SECOND) / static_cast<double>(interval),
+                                &numerator, &denominator);
+  Caps complete(gst_caps_copy(caps.get()), false);
+  gst_caps_set_simple(complete.get(), "framerate", GST_TYPE_FRACTION, numerator, denominator,
+                      nullptr);
+  return complete;
+}
+
+void Recording::tick() {
+  const gint64 time = now();
+  for (const Open_File &file : files_)
+    file.media->bridge_gaps();
+  route_all();
+  show_stopped_streams();
+  close_files(time);
+  if (options_.keep_free != 0 && time - last_free_space_check_ > free_space_interval) {
+    last_free_space_check_ = time;
+    free_space();
+  }
+}
+
+void Recording::show_stopped_streams() {
+  for (auto &[number, stream] : streams_) {
+    if (stream.is_quiet || stream.is_over || stream.file == nullptr ||
+        last_arrival_ - stream.last_arrival < quiet_limit)
+      continue;
+    stream.is_quiet = true;
+    display_.line(stream.name + " has stopped; recording the other streams");
+  }
+}
+
+void Recording::close_files(gint64 now) {
+  for (auto file = files_.begin(); file != files_.end();) {
+    const auto next = std::next(file);
+    Media_File &media = *file->media;
+    const bool is_old = next != files_.end();
+    if (media.has_ended() && file->ended_at == 0) file->ended_at = now;
+    if (is_old && !media.has_ended() &&
+        end_ - files_.back().media->start() > in_ns(straggler_limit))
+      leave_old_file(media);
+    if (media.is_finished()) {
+      report(media);
+      finished_bytes_ += media.bytes();
+      finished_files_.push_back(media.path());
+      files_.erase(file);
+    } else if (file->ended_at != 0 && now - file->ended_at > finish_limit) {
+      const std::string path = media.path();
+      files_.erase(file);
+      throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, path + " could not be finished in time");
+    }
+    file = next;
+  }
+}
+
+void Recording::report(const Media_File &file) {
+  std::string line = "wrote " + file.path() + ": " +
+                     Media_Helper::gst_time_to_string(file.duration()) + ", " +
+                     std::to_string(file.bytes()) + " bytes";
+  for (const Track &track : file.tracks())
+    line += ", " + track.name + ' ' + in_seconds(track.duration());
+  display_.line(line);
+}
+
+void Recording::free_space() {
+  std::vector<std::string> in_use;
+  for (const Open_File &file : files_)
+    in_use.push_back(file.media->path());
+  for (const std::string &path : names_.keep_free(options_.keep_free, in_use))
+    display_.line("removed " + path + " to keep space free");
+}
+
+bool Recording::handle(GstMessage *message) {
+  for (const Open_File &file : files_) {
+    if (!file.media->owns(message)) continue;
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+      abandon_files();
+      throw Bus_Error(message);
+    }
+    file.media->handle(message);
+    if (file.media->is_finished()) close_files(now());
+    return true;
+  }
+  return false;
+}
+
+// A file that cannot be written cannot be finished either: what there is of it stays.
+void Recording::abandon_files() {
+  is_finishing_ = true;
+  streams_.clear();
+  files_.clear();
+}
+
+bool Recording::is_complete() const {
+  if (options_.duration == 0 || !begin_) return false;
+  if (first_over_ != 0 && (all_ended() || now() - first_over_ > last_frames_limit)) return true;
+  // Nothing need arrive at the end: a camera may send few frames, or be away.
+  const gint64 quiet = now() - std::max(last_arrival_, begin_arrival_);
+  return quiet > last_frames_limit &&
+         in_ns(now() - begin_arrival_ - last_frames_limit) > static_cast<gint64>(options_.duration);
+}
+
+bool Recording::all_ended() const {
+  return std::all_of(streams_.begin(), streams_.end(),
+                     [](const auto &entry) { return entry.second.is_over; });
+}
+
+bool Recording::waits_for_key_frame() const {
+  return files_.empty() && first_arrival_ != 0 && now() - first_arrival_ > key_frame_limit;
+}
+
+bool Recording::is_congested() const {
+  guint64 waiting = 0;
+  for (const Open_File &file : files_)
+    waiting += file.media->waiting_bytes();
+  return waiting > congestion;
+}
+
+GstClockTime Recording::recorded() const noexcept {
+  return begin_ && end_ > *begin_ ? static_cast<GstClockTime>(end_ - *begin_) : 0;
+}
+
+guint64 Recording::bytes() const {
+  guint64 sum = finished_bytes_;
+  for (const Open_File &file : files_)
+    sum += file.media->bytes();
+  return sum;
+}
+
+std::vector<std::string> Recording::queue_reports() const {
+  return files_.empty() ? std::vector<std::string>() : files_.back().media->queue_reports();
+}
+
+std::string Recording::summary() const {
+  std::string text;
+  for (const auto &[number, total] : totals_)
+    text += (text.empty() ? "" : ", ") + total.name + ' ' + in_seconds(total.duration);
+  return text;
+}
+
+}  // namespace kel::tavren::programs

@@ -1,0 +1,47 @@
+// When to try an absent camera again.
+
+#ifndef TAVREN_PROGRAMS_RETRY_SCHEDULE_H
+#define TAVREN_PROGRAMS_RETRY_SCHEDULE_H
+
+#include <algorithm>
+#include <optional>
+
+#include <glib.h>
+
+namespace kel::tavren::programs {
+
+// Pauses that grow from half a second to half a minute, until the camera has been away for too
+// long. All times are in us of the monotonic clock.
+class Retry_Schedule {
+public:
+  explicit Retry_Schedule(gint64 limit) noexcept : limit_(limit) {}
+
+  // The camera has gone, or does not answer. Returns when to try again, or nothing if it has been
+  // away for too long.
+  std::optional<gint64> next(gint64 now) noexcept {
+    if (!since_) since_ = now;
+    const gint64 left = *since_ + limit_ - now;
+    if (left <= 0) return std::nullopt;
+    const gint64 pause = std::min(pause_, left);
+    pause_ = std::min(2 * pause_, longest_pause);
+    return now + pause;
+  }
+
+  // The camera is back.
+  void reset() noexcept {
+    since_.reset();
+    pause_ = first_pause;
+  }
+
+private:
+  static constexpr gint64 first_pause = G_TIME_SPAN_SECOND / 2;
+  static constexpr gint64 longest_pause = 30 * G_TIME_SPAN_SECOND;
+
+  gint64 limit_;
+  gint64 pause_ = first_pause;
+  std::optional<gint64> since_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

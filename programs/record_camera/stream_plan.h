@@ -1,0 +1,48 @@
+// The elements that lead one of a camera's streams to a container.
+
+#ifndef TAVREN_PROGRAMS_STREAM_PLAN_H
+#define TAVREN_PROGRAMS_STREAM_PLAN_H
+
+#include <stdexcept>
+#include <string>
+
+#include <gst/gst.h>
+#include <tavren/capture/media_type.h>
+
+#include "container.h"
+
+namespace kel::tavren::programs {
+
+struct Stream_Plan {
+  std::string media;     // video, audio or another kind, as the camera names it
+  std::string encoding;  // the RTP encoding name, or the number of the payload type
+  std::string depayloader;
+  std::string parser;       // empty: none needed
+  std::string timestamper;  // adds decoding times; empty: none needed, or none installed
+  capture::MediaType kind = capture::UNKNOWN;  // of the depayloaded media
+  bool is_metadata = false;
+  std::string obstacle;  // why the stream cannot be recorded, with the code; empty: it can
+
+  bool is_video() const { return media == "video"; }
+  bool is_recorded() const { return obstacle.empty(); }
+  // How messages name the stream: video H264.
+  std::string name() const { return media + ' ' + encoding; }
+};
+
+// The camera offers no stream that can be recorded.
+class Nothing_To_Record : public std::runtime_error {
+public:
+  // The plan is that of the first stream.
+  explicit Nothing_To_Record(const Stream_Plan &plan)
+      : std::runtime_error(plan.obstacle + " (" + plan.name() +
+                           "); no stream of the camera can be recorded") {}
+};
+
+// Plans how to record a stream with these RTP caps. The library's tables are asked first; for a
+// stream that they do not know, any depayloader and parser of the registry will do if the container
+// takes the result. Throws what the library throws if an element that its tables name is missing.
+Stream_Plan plan_stream(GstCaps *rtp_caps, const Container &container);
+
+}  // namespace kel::tavren::programs
+
+#endif
