@@ -200,7 +200,7 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
 
 // The AVI muxer has no place for parameter sets but the stream.
 void Camera_Session::configure_parser(GstElement *parser) const {
-  if (container_.needs_frame_rate &&
+  if (!container_.has_times &&
       g_object_class_find_property(G_OBJECT_GET_CLASS(parser), "config-interval") != nullptr)
     g_object_set(parser, "config-interval", -1, nullptr);
 }

@@ -50,7 +50,7 @@ Container choose_container(const std::string &file) {
   container.muxer = select_muxer(file);
   container.extension = file.substr(file.rfind('.'));
   container.accepted = without_picture_fields(template_caps(container.muxer, GST_PAD_SINK));
-  container.needs_frame_rate = container.muxer == "avimux";
+  container.has_times = container.muxer != "avimux";
   return container;
 }
 

@@ -15,7 +15,8 @@ struct Container {
   std::string muxer;      // the name of its factory
   // The media that the muxer takes, without what only a running stream knows: size and frame rate.
   boost::intrusive_ptr<GstCaps> accepted;
-  bool needs_frame_rate = false;
+  // AVI stores frames at a fixed rate: it has no times, and no parameter sets beside the stream.
+  bool has_times = true;
 
   // How messages name it: .mp4 (mp4mux).
   std::string name() const { return extension + " (" + muxer + ')'; }

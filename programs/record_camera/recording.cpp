@@ -226,7 +226,7 @@ bool Recording::may_open(const Stream &leading) const {
   const bool all_arrive = std::all_of(streams_.begin(), streams_.end(), [](const auto &entry) {
     return entry.second.is_over || entry.second.last_arrival != 0;
   });
-  const bool rate_is_known = !container_.needs_frame_rate || !leading.is_video ||
+  const bool rate_is_known = container_.has_times || !leading.is_video ||
                              has_frame_rate(leading.waiting.front().caps()) || leading.has_begun ||
                              leading.waiting.size() >= frames_for_rate;
   return is_late || (all_arrive && rate_is_known);
@@ -280,7 +280,7 @@ std::vector<Track> Recording::tracks_for_file() const {
 // announce it.
 Caps Recording::caps_for_file(const Stream &stream) const {
   const Caps caps = stream.waiting.empty() ? stream.caps : Caps(stream.waiting.front().caps());
-  if (!container_.needs_frame_rate || !stream.is_video || has_frame_rate(caps.get())) return caps;
+  if (container_.has_times || !stream.is_video || has_frame_rate(caps.get())) return caps;
   const GstClockTime interval = stream.times.interval();
   int numerator = 25;
   int denominator = 1;

@@ -109,8 +109,10 @@ std::optional<std::string> find_parser(MediaType kind, const Caps &media,
   return passes_unparsed ? std::optional<std::string>("") : std::nullopt;
 }
 
-// The element that adds decoding times to a codec that sends frames out of display order.
-std::string find_timestamper(const Caps &media) {
+// The element that adds decoding times to a codec that sends frames out of display order, for a
+// container that has a place for them.
+std::string find_timestamper(const Caps &media, const Container &container) {
+  if (!container.has_times) return {};
   const GstStructure *const structure = gst_caps_get_structure(media.get(), 0);
   for (const auto &[name, factory] :
        {std::pair("video/x-h264", "h264timestamper"), std::pair("video/x-h265", "h265timestamper")})
@@ -128,7 +130,7 @@ void choose_parser(Stream_Plan &plan, const Container &container) {
     const MediaType kind = Media_Helper::get_media_type(media.get());
     if (const auto parser = find_parser(kind, media, container)) {
       plan.parser = *parser;
-      plan.timestamper = find_timestamper(media);
+      plan.timestamper = find_timestamper(media, container);
       plan.kind = kind;
       return;
     }
