@@ -1,6 +1,7 @@
 #include "stream_clock.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -18,6 +19,9 @@ constexpr gint64 ns_per_us = 1000;
 // are shown in another order than they are sent step back by less.
 constexpr gint64 tolerance = GST_SECOND;
 constexpr gint64 shortest_step = GST_MSECOND;
+constexpr gint64 window_length = 4 * G_TIME_SPAN_SECOND;  // us
+constexpr gint64 noticeable = 20 * GST_MSECOND;
+constexpr gint64 steps_per_correction = 200;
 
 gint64 now_in_ns(gint64 us) noexcept {
   return us * ns_per_us;
@@ -85,18 +89,42 @@ GstPadProbeReturn set_times(GstPad *pad, GstPadProbeInfo *info, gpointer data) n
 
 }  // namespace
 
-GstClockTime Stream_Clock::time_of(guint32 timestamp, GstClockTime start, gint64 now) noexcept {
+GstClockTime Stream_Clock::time_of(guint32 timestamp, GstClockTime expected, gint64 now) noexcept {
   if (!started_) {
     started_ = true;
-    time_ = static_cast<gint64>(start);
+    time_ = static_cast<gint64>(expected);
   } else if (timestamp == timestamp_) {
     return static_cast<GstClockTime>(time_);
   } else {
-    time_ = std::max<gint64>(0, time_ + step_to(timestamp, now_in_ns(now - arrival_)));
+    const gint64 step = step_to(timestamp, now_in_ns(now - arrival_));
+    time_ = std::max<gint64>(0, time_ + step + correction(step));
   }
+  observe(static_cast<gint64>(expected) - time_, now);
   timestamp_ = timestamp;
   arrival_ = now;
   return static_cast<GstClockTime>(time_);
+}
+
+// A difference counts if it has had the same sign for a whole window: late packets differ too.
+void Stream_Clock::observe(gint64 difference, gint64 now) noexcept {
+  if (window_began_ == 0) {
+    smallest_ = largest_ = difference;
+    window_began_ = now;
+  }
+  smallest_ = std::min(smallest_, difference);
+  largest_ = std::max(largest_, difference);
+  if (now - window_began_ < window_length) return;
+  window_began_ = 0;
+  const gint64 lasting = smallest_ > 0 ? smallest_ : std::min<gint64>(largest_, 0);
+  remaining_ = std::abs(lasting) > noticeable ? lasting : 0;
+}
+
+// The part of the difference that a step wears off.
+gint64 Stream_Clock::correction(gint64 step) noexcept {
+  const gint64 most = std::abs(step) / steps_per_correction;
+  const gint64 part = std::clamp(remaining_, -most, most);
+  remaining_ -= part;
+  return part;
 }
 
 // The step in ns from the last timestamp to this one; elapsed is the time between their arrivals.

@@ -1,36 +1,23 @@
 #include "camera_connection.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <sstream>
 #include <utility>
-
-#include <tavren/handles/emancipator.h>
 
 #include "camera/connection_failure.h"
 #include "command_line/program.h"
+#include "time_text.h"
 
 namespace kel::tavren::programs {
 
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 start_limit = 10 * seconds;    // for the camera's first frame
-constexpr gint64 silence_limit = 10 * seconds;  // of a camera that was sending
+constexpr gint64 start_limit = 10 * seconds;        // for the camera's first frame
+constexpr guint64 congestion = guint64{64} << 20U;  // bytes that wait to be written
+constexpr gint64 silence_limit = 10 * seconds;      // of a camera that was sending
 
 gint64 now() {
   return g_get_monotonic_time();
-}
-
-std::string utc_text(gint64 time) {
-  using Date = std::unique_ptr<GDateTime, decltype(&g_date_time_unref)>;
-  const Date whole(g_date_time_new_from_unix_utc(time / seconds), g_date_time_unref);
-  const std::unique_ptr<char, Emancipator<char>> text(
-      g_date_time_format(whole.get(), "%Y-%m-%dT%H:%M:%S"));
-  std::ostringstream complete;
-  complete << text.get() << '.' << std::setw(3) << std::setfill('0') << time % seconds / 1000
-           << 'Z';
-  return complete.str();
 }
 
 std::string text_of(const std::exception_ptr &failure) {
@@ -90,7 +77,7 @@ void Camera_Connection::handle_events() {
     handle(event);
     if (!session_) return;
   }
-  session_->hold_back(recording_.is_congested());
+  session_->hold_back(recording_.files().waiting_bytes() > congestion);
 }
 
 void Camera_Connection::handle(const Camera_Event &event) {
@@ -123,11 +110,12 @@ void Camera_Connection::accept_frame(const Camera_Event &event) {
     has_received_ = true;
     transports_.resize(1);
     retries_.reset();
-    show_gap();
   }
-  last_frame_at_ = g_get_real_time();
   recording_.add_frame(event.number, event.sample.get());
+  if (const auto gap = recording_.take_gap()) show_gap(*gap);
   hooks_.frame_arrives(plans_[event.number], event.sample.get());
+  if (recording_.all_ended() && !recording_.is_complete())
+    end_session(read_error("nothing that the camera sends can be recorded"));
 }
 
 void Camera_Connection::end_stream(guint number) {
@@ -151,10 +139,10 @@ void Camera_Connection::end_session(const std::exception_ptr &failure) {
   if (!retry) std::rethrow_exception(reason);
   reconnect_at_ = *retry;
   if (absence_) return;
-  absence_ = std::make_unique<Absence>(Absence{text_of(reason), last_frame_at_});
-  display_.line((last_frame_at_ != 0 ? "lost the camera, trying again: "
-                                     : "cannot reach the camera, trying again: ") +
-                absence_->reason);
+  absence_ = text_of(reason);
+  display_.line((recording_.has_begun() ? "lost the camera, trying again: "
+                                        : "cannot reach the camera, trying again: ") +
+                *absence_);
 }
 
 // A camera that refuses a transport, or sends nothing over it, may offer another.
@@ -195,15 +183,11 @@ void Camera_Connection::check_session() {
     end_session(read_error("the camera sends no key frame"));
 }
 
-void Camera_Connection::show_gap() {
-  const auto absence = std::move(absence_);
-  if (!absence || absence->since == 0) return;
-  const gint64 until = g_get_real_time();
-  std::ostringstream line;
-  line << "gap from " << utc_text(absence->since) << " to " << utc_text(until) << " (" << std::fixed
-       << std::setprecision(1) << static_cast<double>(until - absence->since) / seconds
-       << " s): " << absence->reason;
-  display_.line(line.str());
+void Camera_Connection::show_gap(const Recording::Gap &gap) {
+  const auto length = static_cast<GstClockTime>((gap.to - gap.from) * GST_USECOND);
+  display_.line("gap from " + in_utc(gap.from) + " to " + in_utc(gap.to) + " (" +
+                in_seconds(length) + "): " + absence_.value_or("the camera went away"));
+  absence_.reset();
 }
 
 }  // namespace kel::tavren::programs

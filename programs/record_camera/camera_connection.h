@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,12 +52,6 @@ public:
   bool is_waiting() const noexcept { return !has_received_; }
 
 private:
-  // Why, and since when, a camera that was sending does not send.
-  struct Absence {
-    std::string reason;
-    gint64 since = 0;  // UTC in us
-  };
-
   void handle_events();
   void handle(const Camera_Event &event);
   void offer(const Camera_Event &event);
@@ -67,7 +62,7 @@ private:
   bool can_try_next_transport(const std::exception_ptr &failure) const;
   std::exception_ptr explain(const std::exception_ptr &failure) const;
   void check_session();
-  void show_gap();
+  void show_gap(const Recording::Gap &gap);
 
   GstElement *pipeline_;
   Camera_Options options_;
@@ -82,8 +77,7 @@ private:
   bool has_received_ = false;           // in this session
   gint64 connected_at_ = 0;             // on the monotonic clock in us
   gint64 reconnect_at_ = 0;             // 0: not waiting to connect again
-  gint64 last_frame_at_ = 0;            // UTC in us; 0: none yet
-  std::unique_ptr<Absence> absence_;
+  std::optional<std::string> absence_;  // why the camera is away
   std::exception_ptr last_warning_;
 };
 

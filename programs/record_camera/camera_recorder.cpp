@@ -1,13 +1,12 @@
 #include "camera_recorder.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <sstream>
 
 #include <tavren/capture/media_helper.h>
 
 #include "command_line/program.h"
 #include "pipeline_graph.h"
+#include "time_text.h"
 
 namespace kel::tavren::programs {
 
@@ -23,10 +22,6 @@ constexpr gint64 patience = 2 * seconds;  // with a user who stops the program t
 
 gint64 now() {
   return g_get_monotonic_time();
-}
-
-double in_seconds(GstClockTime time) {
-  return static_cast<double>(time) / GST_SECOND;
 }
 
 }  // namespace
@@ -62,7 +57,7 @@ void Camera_Recorder::record() {
                                                  "starting to record");
     self.connection_.connect();
   });
-  if (!is_finishing_ || !recording_.is_idle()) g_main_loop_run(loop_.get());
+  if (!is_finishing_ || !recording_.files().is_empty()) g_main_loop_run(loop_.get());
   g_source_remove(ticker);
   connection_.close();
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
@@ -110,7 +105,7 @@ void Camera_Recorder::handle(GstMessage *message) {
   } else if (!recording_.handle(message) && !is_finishing_) {
     connection_.handle(message);
   }
-  if (is_finishing_ && recording_.is_idle()) g_main_loop_quit(loop_.get());
+  if (is_finishing_ && recording_.files().is_empty()) g_main_loop_quit(loop_.get());
   if (!is_finishing_ && recording_.is_complete()) finish();
 }
 //! [handle messages]
@@ -125,7 +120,7 @@ void Camera_Recorder::handle_viewer_error(const std::string &text) {
 void Camera_Recorder::tick() {
   recording_.tick();
   if (is_finishing_) {
-    if (recording_.is_idle()) g_main_loop_quit(loop_.get());
+    if (recording_.files().is_empty()) g_main_loop_quit(loop_.get());
     return;
   }
   connection_.tick();
@@ -160,7 +155,7 @@ void Camera_Recorder::finish() {
   finishing_since_ = now();
   recording_.finish();
   connection_.close();
-  if (recording_.is_idle()) g_main_loop_quit(loop_.get());
+  if (recording_.files().is_empty()) g_main_loop_quit(loop_.get());
 }
 
 // Keeps the first failure and ends the recording.
@@ -195,16 +190,15 @@ void Camera_Recorder::show(const Stream_Plan &plan, GstSample *sample) {
 }
 
 void Camera_Recorder::show_progress() {
-  std::ostringstream line;
-  line << std::fixed << std::setprecision(1) << "recording: " << in_seconds(recording_.recorded())
-       << " s";
+  std::string line = "recording: " + in_seconds(recording_.recorded());
   if (const GstClockTime duration = options_.recording.duration; duration != 0)
-    line << " of " << in_seconds(duration) << " s, "
-         << std::min<GstClockTime>(100, 100 * recording_.recorded() / duration) << " %";
-  display_.progress(line.str() + ", " + std::to_string(recording_.bytes()) + " bytes");
+    line += " of " + in_seconds(duration) + ", " +
+            std::to_string(std::min<GstClockTime>(100, 100 * recording_.recorded() / duration)) +
+            " %";
+  display_.progress(line + ", " + std::to_string(recording_.files().bytes()) + " bytes");
   if (!options_.verbose || now() - queues_shown_ < queue_interval) return;
   queues_shown_ = now();
-  for (const std::string &queue : recording_.queue_reports())
+  for (const std::string &queue : recording_.files().queue_reports())
     display_.line(queue);
 }
 

@@ -48,7 +48,7 @@ public:
   void stop() noexcept;
 
   // The files that are finished.
-  const std::vector<std::string> &files() const noexcept { return recording_.finished_files(); }
+  const std::vector<std::string> &files() const noexcept { return recording_.files().finished(); }
 
 private:
   static gboolean on_message(GstBus *, GstMessage *message, gpointer recorder) noexcept;

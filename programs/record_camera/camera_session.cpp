@@ -184,11 +184,18 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
     prepend(plan.timestamper);
     // The timestamper does not hand the sink's choice of a format on to the parser.
     prepend("capsfilter");
-    g_object_set(last, "caps", container_.accepted.get(), nullptr);
+    g_object_set(last, "caps", container_.formats.get(), nullptr);
   }
   if (!plan.parser.empty()) {
     prepend(plan.parser);
     configure_parser(last);
+  }
+  if (plan.has_access_units) {
+    // The camera marks the end of an access unit. A parser that has to find it without the mark
+    // takes parameter sets between two slices, as some cameras send them, for the next beginning.
+    prepend("capsfilter");
+    gst_util_set_object_arg(G_OBJECT(last), "caps",
+                            "video/x-h264, alignment=au; video/x-h265, alignment=au");
   }
   prepend(plan.depayloader);
   add_stream_clock(last);
@@ -208,7 +215,7 @@ void Camera_Session::configure_parser(GstElement *parser) const {
 // The caps that the sink takes make the parser choose the format that the container needs.
 GstElement *Camera_Session::add_frame_sink(Branch &branch) {
   GstElement *const sink = bin_.add("appsink");
-  g_object_set(sink, "caps", container_.accepted.get(), "sync", FALSE, "async", FALSE,
+  g_object_set(sink, "caps", container_.formats.get(), "sync", FALSE, "async", FALSE,
                "enable-last-sample", FALSE, nullptr);
   GstAppSinkCallbacks callbacks = {};
   callbacks.new_sample = on_sample;

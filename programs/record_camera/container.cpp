@@ -21,12 +21,11 @@ std::string select_muxer(const std::string &file) {
   }
 }
 
-// The caps of the parsers name no size or frame rate before the stream runs.
-Caps without_picture_fields(const Caps &caps) {
+Caps without_stream_fields(const Caps &caps) {
   Caps plain(gst_caps_copy(caps.get()), false);
   for (guint i = 0; i < gst_caps_get_size(plain.get()); ++i)
     gst_structure_remove_fields(gst_caps_get_structure(plain.get(), i), "width", "height",
-                                "framerate", nullptr);
+                                "framerate", "rate", "channels", nullptr);
   return plain;
 }
 
@@ -45,11 +44,44 @@ Caps template_caps(const std::string &factory, GstPadDirection direction) {
   return all;
 }
 
+Caps complete_caps(const Container &container, const Caps &caps, GstClockTime interval) {
+  constexpr int opus_rate = 48000;
+  constexpr int default_frame_rate = 25;
+  const GstStructure *const structure = gst_caps_get_structure(caps.get(), 0);
+  const bool lacks_rate = gst_structure_has_name(structure, "audio/x-opus") != FALSE &&
+                          gst_structure_has_field(structure, "rate") == FALSE;
+  const bool lacks_frame_rate = needs_frame_rate(container, caps.get());
+  if (!lacks_rate && !lacks_frame_rate) return caps;
+
+  Caps complete(gst_caps_copy(caps.get()), false);
+  if (lacks_rate) gst_caps_set_simple(complete.get(), "rate", G_TYPE_INT, opus_rate, nullptr);
+  if (!lacks_frame_rate) return complete;
+  int numerator = default_frame_rate;
+  int denominator = 1;
+  if (interval != 0)
+    gst_util_double_to_fraction(static_cast<double>(GST_SECOND) / static_cast<double>(interval),
+                                &numerator, &denominator);
+  gst_caps_set_simple(complete.get(), "framerate", GST_TYPE_FRACTION, numerator, denominator,
+                      nullptr);
+  return complete;
+}
+
+bool needs_frame_rate(const Container &container, const GstCaps *caps) {
+  const GstStructure *const structure = gst_caps_get_structure(caps, 0);
+  const std::string media = gst_structure_get_name(structure);
+  if (container.has_times || media.rfind("audio/", 0) == 0) return false;
+  int numerator = 0;
+  int denominator = 1;
+  return gst_structure_get_fraction(structure, "framerate", &numerator, &denominator) == FALSE ||
+         numerator <= 0;
+}
+
 Container choose_container(const std::string &file) {
   Container container;
   container.muxer = select_muxer(file);
   container.extension = file.substr(file.rfind('.'));
-  container.accepted = without_picture_fields(template_caps(container.muxer, GST_PAD_SINK));
+  container.accepted = template_caps(container.muxer, GST_PAD_SINK);
+  container.formats = without_stream_fields(container.accepted);
   container.has_times = container.muxer != "avimux";
   return container;
 }

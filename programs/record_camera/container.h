@@ -13,8 +13,10 @@ namespace kel::tavren::programs {
 struct Container {
   std::string extension;  // with its dot
   std::string muxer;      // the name of its factory
-  // The media that the muxer takes, without what only a running stream knows: size and frame rate.
+  // The media that the muxer takes.
   boost::intrusive_ptr<GstCaps> accepted;
+  // The same without what only a running stream knows: size, rates and channels.
+  boost::intrusive_ptr<GstCaps> formats;
   // AVI stores frames at a fixed rate: it has no times, and no parameter sets beside the stream.
   bool has_times = true;
 
@@ -25,6 +27,15 @@ struct Container {
 // Chooses the container by the file name's extension. Throws what the library throws if it does not
 // know the extension, with the choices added to the text, or if the muxer is missing.
 Container choose_container(const std::string &file);
+
+// Whether the caps of a running stream lack a frame rate without which the container cannot begin.
+bool needs_frame_rate(const Container &container, const GstCaps *caps);
+
+// The caps of a running stream, completed with what the muxer has to know and the camera did not
+// announce. Interval is the usual time between two frames in ns; 0: unknown.
+boost::intrusive_ptr<GstCaps> complete_caps(const Container &container,
+                                            const boost::intrusive_ptr<GstCaps> &caps,
+                                            GstClockTime interval);
 
 // The union of the caps of an element factory's pad templates in one direction.
 boost::intrusive_ptr<GstCaps> template_caps(const std::string &factory, GstPadDirection direction);

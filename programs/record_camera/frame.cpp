@@ -38,6 +38,7 @@ std::optional<Frame> Frame_Times::make_frame(GstSample *sample) {
   const GstSegment *const segment = gst_sample_get_segment(sample);
   Frame frame;
   frame.sample = sample;
+  frame.arrival = g_get_real_time();
   frame.is_key = !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
   frame.duration = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer)
                                                         : aac_frame_duration(frame.caps());

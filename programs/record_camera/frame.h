@@ -16,6 +16,7 @@ struct Frame {
   gint64 dts = 0;
   GstClockTime duration = 0;  // in ns; 0 if unknown
   bool is_key = false;        // decoding can begin here
+  gint64 arrival = 0;         // UTC in us
 
   GstCaps *caps() const { return gst_sample_get_caps(sample.get()); }
 };

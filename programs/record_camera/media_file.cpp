@@ -36,12 +36,12 @@ void write_fragments(GstElement *muxer) {
 bool fields_are_equal(const GstStructure *one, const GstStructure *other, const char *field) {
   const GValue *const first = gst_structure_get_value(one, field);
   const GValue *const second = gst_structure_get_value(other, field);
-  if (first == nullptr || second == nullptr) return first == second;
+  if (first == nullptr || second == nullptr) return true;
   return gst_value_compare(first, second) == GST_VALUE_EQUAL;
 }
 
 // Whether a muxer that was given the first caps can go on with the second. The frame rate and the
-// like may change.
+// like may change, and a stream need not know all that a track was given.
 bool can_go_on(const GstCaps *begun, const GstCaps *now) {
   const GstStructure *const one = gst_caps_get_structure(begun, 0);
   const GstStructure *const other = gst_caps_get_structure(now, 0);

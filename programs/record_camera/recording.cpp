@@ -1,29 +1,26 @@
 #include "recording.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <sstream>
+#include <memory>
+#include <utility>
 
-#include <tavren/capture/media_helper.h>
+#include <tavren/handles/emancipator.h>
 
 #include "command_line/program.h"
+#include "time_text.h"
 
 namespace kel::tavren::programs {
 
-using capture::Media_Helper;
 using Caps = boost::intrusive_ptr<GstCaps>;
 
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 late_limit = 5 * seconds;         // for streams that do not begin with the others
+constexpr gint64 late_limit = 8 * seconds;         // for streams that do not begin with the others
 constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
 constexpr gint64 quiet_limit = 10 * seconds;       // for a stream that has stopped
 constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
-constexpr gint64 finish_limit = 10 * seconds;      // for the end of a file
 constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
-constexpr gint64 free_space_interval = 2 * seconds;
-constexpr guint64 congestion = guint64{64} << 20U;  // bytes
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -34,26 +31,14 @@ gint64 in_ns(gint64 us) {
   return us * 1000;
 }
 
-std::string in_seconds(GstClockTime time) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(1) << static_cast<double>(time) / GST_SECOND << " s";
-  return text.str();
-}
-
-bool has_frame_rate(const GstCaps *caps) {
-  int numerator = 0;
-  int denominator = 1;
-  return gst_structure_get_fraction(gst_caps_get_structure(caps, 0), "framerate", &numerator,
-                                    &denominator) != FALSE &&
-         numerator > 0;
-}
-
 }  // namespace
 
 Recording::Recording(GstElement *pipeline, const Recording_Options &options,
                      Progress_Display &display)
-    : pipeline_(pipeline), options_(options), container_(choose_container(options.output)),
-      display_(display), names_(options.output, options.overwrite, options.segment != 0) {}
+    : options_(options), container_(choose_container(options.output)), display_(display),
+      files_(pipeline, container_,
+             Recording_Files(options.output, options.overwrite, options.segment != 0),
+             options.keep_free, display) {}
 
 void Recording::add_stream(guint number, const std::string &name, bool is_video) {
   Stream &stream = streams_[number];
@@ -69,15 +54,35 @@ void Recording::add_frame(guint number, GstSample *sample) {
   Stream &stream = found->second;
   auto frame = stream.times.make_frame(sample);
   if (!frame) return;
+  note_arrival(stream);
+  const bool has_new_caps = stream.caps.get() != frame->caps();
+  stream.caps = frame->caps();
+  if (has_new_caps && !accepts(stream)) return refuse(stream);
+  stream.waiting.push_back(*std::move(frame));
+  route_all();
+}
+
+void Recording::note_arrival(Stream &stream) {
   const gint64 arrival = now();
   if (last_arrival_ != 0) longest_wait_ = std::max(longest_wait_, arrival - last_arrival_);
   last_arrival_ = stream.last_arrival = arrival;
   if (first_arrival_ == 0) first_arrival_ = arrival;
   if (stream.is_quiet) display_.line(stream.name + " sends again");
   stream.is_quiet = false;
-  stream.caps = frame->caps();
-  stream.waiting.push_back(*std::move(frame));
-  route_all();
+}
+
+// What a stream is exactly is known only when it runs.
+bool Recording::accepts(const Stream &stream) const {
+  const Caps caps = complete_caps(container_, stream.caps, stream.times.interval());
+  return gst_caps_can_intersect(caps.get(), container_.accepted.get()) != FALSE;
+}
+
+void Recording::refuse(Stream &stream) {
+  const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
+  display_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
+                caps.get());
+  if (stream.file != nullptr) leave_file(stream);
+  stream.is_over = true;
 }
 
 // The frames until the next key frame refer to pictures that have never arrived.
@@ -105,9 +110,9 @@ void Recording::end_session() {
   is_session_ending_ = true;
   route_all();
   is_session_ending_ = false;
+  is_resuming_ = has_begun();
   streams_.clear();
-  for (Open_File &file : files_)
-    file.media->end();
+  files_.end();
   first_arrival_ = last_arrival_ = longest_wait_ = 0;
 }
 
@@ -130,10 +135,13 @@ void Recording::route_all() {
 bool Recording::route(Stream &stream) {
   bool moved = false;
   while (!stream.waiting.empty()) {
+    if (stream.file != nullptr && begins_new_file(stream, stream.waiting.front()))
+      leave_file(stream);
+    if (stream.file == nullptr) {
+      if (!open_file()) return moved;
+      continue;  // the frames before the file's beginning are gone
+    }
     const Frame &frame = stream.waiting.front();
-    if (stream.file != nullptr && begins_new_file(stream, frame)) leave_file(stream);
-    if (stream.file == nullptr && !open_file()) return moved;
-    if (stream.file == nullptr) return moved;
     move_to_newest_file(stream, frame);
     if (stream.file == nullptr) continue;
     if (!stream.needs_key || frame.is_key) write(stream, frame);
@@ -166,19 +174,22 @@ void Recording::leave_file(Stream &stream) {
 }
 
 // Streams that have stopped would keep an old file open.
-void Recording::leave_old_file(Media_File &file) {
-  Media_File *const newest = files_.back().media.get();
-  for (auto &[number, stream] : streams_) {
-    if (stream.file != &file) continue;
-    stream.file = newest->takes(number, stream.caps.get()) ? newest : nullptr;
-    stream.needs_key = true;
+void Recording::leave_old_files() {
+  for (Media_File *const old : files_.old_files()) {
+    Media_File &newest = files_.newest();
+    if (end_ - newest.start() <= in_ns(straggler_limit)) continue;
+    for (auto &[number, stream] : streams_) {
+      if (stream.file != old) continue;
+      stream.file = newest.takes(number, stream.caps.get()) ? &newest : nullptr;
+      stream.needs_key = true;
+    }
+    old->end();
   }
-  file.end();
 }
 
 // A stream changes to the newest file with its first frame that belongs there.
 void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
-  Media_File *const newest = files_.back().media.get();
+  Media_File *const newest = &files_.newest();
   if (stream.file == newest || !frame.is_key || frame.pts < newest->start()) return;
   stream.file->end_track(stream.number);
   stream.file = newest->takes(stream.number, frame.caps()) ? newest : nullptr;
@@ -195,6 +206,8 @@ void Recording::write(Stream &stream, const Frame &frame) {
   if (!stream.has_begun) stream.begin_dts = frame.dts;
   stream.has_begun = true;
   stream.file->write(stream.number, frame);
+  if (std::exchange(is_resuming_, false)) gap_ = Gap{last_recorded_, frame.arrival};
+  last_recorded_ = std::max(last_recorded_, frame.arrival);
   const GstClockTime length = frame.duration != 0 ? frame.duration : stream.times.interval();
   totals_[stream.number].duration += length;
   end_ = std::max(end_, frame.pts + static_cast<gint64>(length));
@@ -226,9 +239,8 @@ bool Recording::may_open(const Stream &leading) const {
   const bool all_arrive = std::all_of(streams_.begin(), streams_.end(), [](const auto &entry) {
     return entry.second.is_over || entry.second.last_arrival != 0;
   });
-  const bool rate_is_known = container_.has_times || !leading.is_video ||
-                             has_frame_rate(leading.waiting.front().caps()) || leading.has_begun ||
-                             leading.waiting.size() >= frames_for_rate;
+  const bool rate_is_known = !needs_frame_rate(container_, leading.waiting.front().caps()) ||
+                             leading.has_begun || leading.waiting.size() >= frames_for_rate;
   return is_late || (all_arrive && rate_is_known);
 }
 
@@ -244,18 +256,14 @@ bool Recording::open_file() {
   if (frames.empty() || !may_open(*leading)) return false;
 
   const gint64 start = frames.front().pts;
-  Open_File file;
-  file.reservation = names_.next();
-  file.media = std::make_unique<Media_File>(pipeline_, container_, file.reservation->path(),
-                                            tracks_for_file(), start);
-  files_.push_back(std::move(file));
+  Media_File &file = files_.open(tracks_for_file(), start);
   if (!begin_) {
     begin_ = start;
     begin_arrival_ = now();
   }
   for (auto &[number, stream] : streams_) {
     if (stream.file != nullptr || stream.caps == nullptr) continue;
-    stream.file = files_.back().media.get();
+    stream.file = &file;
     stream.needs_key = true;
     while (!stream.waiting.empty() && stream.waiting.front().pts < start)
       stream.waiting.pop_front();
@@ -271,39 +279,17 @@ std::vector<Track> Recording::tracks_for_file() const {
     Track &track = tracks.emplace_back();
     track.stream = number;
     track.name = stream.name;
-    track.caps = caps_for_file(stream);
+    const Caps caps = stream.waiting.empty() ? stream.caps : Caps(stream.waiting.front().caps());
+    track.caps = complete_caps(container_, caps, stream.times.interval());
   }
   return tracks;
 }
 
-// The stream's caps, with the measured frame rate if the container needs one and the camera did not
-// announce it.
-Caps Recording::caps_for_file(const Stream &stream) const {
-  const Caps caps = stream.waiting.empty() ? stream.caps : Caps(stream.waiting.front().caps());
-  if (container_.has_times || !stream.is_video || has_frame_rate(caps.get())) return caps;
-  const GstClockTime interval = stream.times.interval();
-  int numerator = 25;
-  int denominator = 1;
-  if (interval != 0)
-    gst_util_double_to_fraction(static_cast<double>(GST_SECOND) / static_cast<double>(interval),
-                                &numerator, &denominator);
-  Caps complete(gst_caps_copy(caps.get()), false);
-  gst_caps_set_simple(complete.get(), "framerate", GST_TYPE_FRACTION, numerator, denominator,
-                      nullptr);
-  return complete;
-}
-
 void Recording::tick() {
-  const gint64 time = now();
-  for (const Open_File &file : files_)
-    file.media->bridge_gaps();
   route_all();
+  leave_old_files();
+  files_.tick();
   show_stopped_streams();
-  close_files(time);
-  if (options_.keep_free != 0 && time - last_free_space_check_ > free_space_interval) {
-    last_free_space_check_ = time;
-    free_space();
-  }
 }
 
 void Recording::show_stopped_streams() {
@@ -316,65 +302,14 @@ void Recording::show_stopped_streams() {
   }
 }
 
-void Recording::close_files(gint64 now) {
-  for (auto file = files_.begin(); file != files_.end();) {
-    const auto next = std::next(file);
-    Media_File &media = *file->media;
-    const bool is_old = next != files_.end();
-    if (media.has_ended() && file->ended_at == 0) file->ended_at = now;
-    if (is_old && !media.has_ended() &&
-        end_ - files_.back().media->start() > in_ns(straggler_limit))
-      leave_old_file(media);
-    if (media.is_finished()) {
-      report(media);
-      finished_bytes_ += media.bytes();
-      finished_files_.push_back(media.path());
-      files_.erase(file);
-    } else if (file->ended_at != 0 && now - file->ended_at > finish_limit) {
-      const std::string path = media.path();
-      files_.erase(file);
-      throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, path + " could not be finished in time");
-    }
-    file = next;
-  }
-}
-
-void Recording::report(const Media_File &file) {
-  std::string line = "wrote " + file.path() + ": " +
-                     Media_Helper::gst_time_to_string(file.duration()) + ", " +
-                     std::to_string(file.bytes()) + " bytes";
-  for (const Track &track : file.tracks())
-    line += ", " + track.name + ' ' + in_seconds(track.duration());
-  display_.line(line);
-}
-
-void Recording::free_space() {
-  std::vector<std::string> in_use;
-  for (const Open_File &file : files_)
-    in_use.push_back(file.media->path());
-  for (const std::string &path : names_.keep_free(options_.keep_free, in_use))
-    display_.line("removed " + path + " to keep space free");
-}
-
 bool Recording::handle(GstMessage *message) {
-  for (const Open_File &file : files_) {
-    if (!file.media->owns(message)) continue;
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
-      abandon_files();
-      throw Bus_Error(message);
-    }
-    file.media->handle(message);
-    if (file.media->is_finished()) close_files(now());
-    return true;
+  try {
+    return files_.handle(message);
+  } catch (const Bus_Error &) {
+    is_finishing_ = true;
+    streams_.clear();
+    throw;
   }
-  return false;
-}
-
-// A file that cannot be written cannot be finished either: what there is of it stays.
-void Recording::abandon_files() {
-  is_finishing_ = true;
-  streams_.clear();
-  files_.clear();
 }
 
 bool Recording::is_complete() const {
@@ -392,29 +327,11 @@ bool Recording::all_ended() const {
 }
 
 bool Recording::waits_for_key_frame() const {
-  return files_.empty() && first_arrival_ != 0 && now() - first_arrival_ > key_frame_limit;
-}
-
-bool Recording::is_congested() const {
-  guint64 waiting = 0;
-  for (const Open_File &file : files_)
-    waiting += file.media->waiting_bytes();
-  return waiting > congestion;
+  return files_.is_empty() && first_arrival_ != 0 && now() - first_arrival_ > key_frame_limit;
 }
 
 GstClockTime Recording::recorded() const noexcept {
   return begin_ && end_ > *begin_ ? static_cast<GstClockTime>(end_ - *begin_) : 0;
-}
-
-guint64 Recording::bytes() const {
-  guint64 sum = finished_bytes_;
-  for (const Open_File &file : files_)
-    sum += file.media->bytes();
-  return sum;
-}
-
-std::vector<std::string> Recording::queue_reports() const {
-  return files_.empty() ? std::vector<std::string>() : files_.back().media->queue_reports();
 }
 
 std::string Recording::summary() const {

@@ -4,20 +4,18 @@
 #define TAVREN_PROGRAMS_RECORDING_H
 
 #include <deque>
-#include <list>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gst/gst.h>
 
 #include "container.h"
+#include "file_set.h"
 #include "frame.h"
-#include "media_file.h"
 #include "progress_display.h"
-#include "recording_files.h"
 
 namespace kel::tavren::programs {
 
@@ -57,12 +55,19 @@ public:
   // Handles a message about a file; returns whether it is about one. Throws Bus_Error for an error.
   bool handle(GstMessage *message);
 
+  // The time, in UTC us, between the last frame of a session and the first recorded frame of the
+  // next; once for each such gap, when it is over.
+  struct Gap {
+    gint64 from = 0;
+    gint64 to = 0;
+  };
+  std::optional<Gap> take_gap() { return std::exchange(gap_, std::nullopt); }
+
   bool has_begun() const noexcept { return begin_.has_value(); }
   bool has_streams() const noexcept { return !streams_.empty(); }
   // Whether all that was asked for has been recorded.
   bool is_complete() const;
-  // Whether all files are finished.
-  bool is_idle() const noexcept { return files_.empty(); }
+  const File_Set &files() const noexcept { return files_; }
   // Whether all streams of the session have ended.
   bool all_ended() const;
   // When the last frame arrived, in us of the monotonic clock, and the longest wait for one.
@@ -70,13 +75,7 @@ public:
   gint64 longest_wait() const noexcept { return longest_wait_; }
   // Whether video arrives but no key frame, so that no file can begin.
   bool waits_for_key_frame() const;
-  // Whether more waits to be written than is reasonable to keep.
-  bool is_congested() const;
-
-  const std::vector<std::string> &finished_files() const noexcept { return finished_files_; }
   GstClockTime recorded() const noexcept;
-  guint64 bytes() const;
-  std::vector<std::string> queue_reports() const;
   // How much of each stream the files hold: video H264 10.0 s, audio PCMA 10.0 s.
   std::string summary() const;
 
@@ -102,52 +101,42 @@ private:
     GstClockTime duration = 0;
   };
 
-  struct Open_File {
-    std::unique_ptr<Reserved_File> reservation;
-    std::unique_ptr<Media_File> media;
-    gint64 ended_at = 0;  // on the monotonic clock in us; 0: it goes on
-  };
-
   void route_all();
   bool route(Stream &stream);
   bool begins_new_file(const Stream &stream, const Frame &frame);
   bool others_wait_for_file(const Stream &stream) const;
   void leave_file(Stream &stream);
-  void leave_old_file(Media_File &file);
+  void leave_old_files();
   void move_to_newest_file(Stream &stream, const Frame &frame);
   void write(Stream &stream, const Frame &frame);
+  bool accepts(const Stream &stream) const;
+  void refuse(Stream &stream);
+  void note_arrival(Stream &stream);
   bool is_past_end(Stream &stream, const Frame &frame) const;
   Stream *leading_stream();
   bool may_open(const Stream &leading) const;
   bool open_file();
   std::vector<Track> tracks_for_file() const;
-  boost::intrusive_ptr<GstCaps> caps_for_file(const Stream &stream) const;
   void show_stopped_streams();
-  void close_files(gint64 now);
-  void abandon_files();
-  void report(const Media_File &file);
-  void free_space();
 
-  GstElement *pipeline_;
   Recording_Options options_;
   Container container_;
   Progress_Display &display_;
-  Recording_Files names_;
+  File_Set files_;
   std::map<guint, Stream> streams_;
-  std::list<Open_File> files_;   // the newest last
   std::optional<gint64> begin_;  // running time of the first file
   gint64 begin_arrival_ = 0;     // when that file was opened, in us of the monotonic clock
   gint64 end_ = 0;               // running time of the end of what has been recorded
   std::map<guint, Total> totals_;
-  std::vector<std::string> finished_files_;
-  guint64 finished_bytes_ = 0;
   bool is_finishing_ = false;
   bool is_session_ending_ = false;
+  bool is_resuming_ = false;  // nothing has been recorded since the last session
+  gint64 last_recorded_ = 0;  // when the last recorded frame arrived, UTC in us
+  std::optional<Gap> gap_;
   gint64 first_arrival_ = 0;  // in the session, in us of the monotonic clock; 0: none yet
   gint64 last_arrival_ = 0;
   gint64 longest_wait_ = 0;
   gint64 first_over_ = 0;  // when the first stream was over; 0: none is
-  gint64 last_free_space_check_ = 0;
 };
 
 }  // namespace kel::tavren::programs

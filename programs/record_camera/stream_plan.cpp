@@ -35,6 +35,10 @@ bool intersect(const Caps &one, const Caps &other) {
   return gst_caps_can_intersect(one.get(), other.get()) != FALSE;
 }
 
+bool is_named(const Caps &caps, const char *name) {
+  return gst_structure_has_name(gst_caps_get_structure(caps.get(), 0), name) != FALSE;
+}
+
 std::string describe_refusal(TEC::Tavren_Error_Code code, const std::string &text) {
   std::ostringstream refusal;
   refusal << "0x" << std::hex << std::uppercase << code << ": " << text;
@@ -92,14 +96,14 @@ std::string select_parser(MediaType kind) {
 // Whether a parser takes the media and can make of it what the container holds.
 bool leads_to(const std::string &parser, const Caps &media, const Container &container) {
   return intersect(media, template_caps(parser, GST_PAD_SINK)) &&
-         intersect(template_caps(parser, GST_PAD_SRC), container.accepted);
+         intersect(template_caps(parser, GST_PAD_SRC), container.formats);
 }
 
 // The name of the parser for the media; empty if none is needed, nothing if there is no way.
 std::optional<std::string> find_parser(MediaType kind, const Caps &media,
                                        const Container &container) {
   const std::string selected = select_parser(kind);
-  const bool passes_unparsed = intersect(media, container.accepted);
+  const bool passes_unparsed = intersect(media, container.formats);
   if (selected == "identity")
     return passes_unparsed ? std::optional<std::string>("") : std::nullopt;
   if (!selected.empty() && leads_to(selected, media, container)) return selected;
@@ -112,12 +116,10 @@ std::optional<std::string> find_parser(MediaType kind, const Caps &media,
 // The element that adds decoding times to a codec that sends frames out of display order, for a
 // container that has a place for them.
 std::string find_timestamper(const Caps &media, const Container &container) {
-  if (!container.has_times) return {};
-  const GstStructure *const structure = gst_caps_get_structure(media.get(), 0);
-  for (const auto &[name, factory] :
-       {std::pair("video/x-h264", "h264timestamper"), std::pair("video/x-h265", "h265timestamper")})
-    if (gst_structure_has_name(structure, name) && is_installed(factory)) return factory;
-  return {};
+  const std::string factory = is_named(media, "video/x-h264")   ? "h264timestamper"
+                              : is_named(media, "video/x-h265") ? "h265timestamper"
+                                                                : "";
+  return container.has_times && is_installed(factory) ? factory : "";
 }
 
 // Sets the parser and what depends on the media, or the obstacle.
@@ -130,6 +132,7 @@ void choose_parser(Stream_Plan &plan, const Container &container) {
     const MediaType kind = Media_Helper::get_media_type(media.get());
     if (const auto parser = find_parser(kind, media, container)) {
       plan.parser = *parser;
+      plan.has_access_units = is_named(media, "video/x-h264") || is_named(media, "video/x-h265");
       plan.timestamper = find_timestamper(media, container);
       plan.kind = kind;
       return;

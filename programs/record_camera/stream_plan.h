@@ -21,7 +21,8 @@ struct Stream_Plan {
   std::string timestamper;  // adds decoding times; empty: none needed, or none installed
   capture::MediaType kind = capture::UNKNOWN;  // of the depayloaded media
   bool is_metadata = false;
-  std::string obstacle;  // why the stream cannot be recorded, with the code; empty: it can
+  bool has_access_units = false;  // H.264 or H.265: an access unit may have several slices
+  std::string obstacle;           // why the stream cannot be recorded, with the code; empty: it can
 
   bool is_video() const { return media == "video"; }
   bool is_recorded() const { return obstacle.empty(); }

@@ -6,15 +6,26 @@ namespace kel::tavren::programs {
 
 using capture::Media_Helper;
 
+namespace {
+
+// The sink for the display that the user has. autovideosink would try all that are installed, and
+// some of them crash without a display.
+std::string select_window() {
+  if (g_getenv("WAYLAND_DISPLAY") != nullptr) return "waylandsink";
+  return g_getenv("DISPLAY") != nullptr ? "ximagesink" : "fakesink";
+}
+
+}  // namespace
+
 //! [show the pictures]
 Viewer::Viewer(GstElement *pipeline, capture::MediaType kind, GstSample *first)
     : bin_(pipeline, "viewer"), caps_(gst_sample_get_caps(first)) {
   GstElement *const queue = bin_.add("queue");
   GstElement *const decoder = bin_.add(Media_Helper::select_decoder(kind));
   GstElement *const converter = bin_.add("videoconvert");
-  GstElement *const window = bin_.add("autovideosink");
+  GstElement *const window = bin_.add(select_window());
   gst_util_set_object_arg(G_OBJECT(queue), "leaky", "downstream");
-  g_object_set(window, "sync", FALSE, nullptr);
+  g_object_set(window, "sync", FALSE, "async", FALSE, nullptr);
   Media_Helper::gst_element_link_many_or_throw(queue, decoder, converter, window, nullptr);
   Media_Helper::add_probe_to_sink_pad_or_throw(converter, GST_PAD_PROBE_TYPE_BUFFER, on_picture,
                                                this, nullptr);

@@ -15,7 +15,8 @@
 namespace kel::tavren::programs {
 
 // A bin in the pipeline that decodes frames and shows them. It has no link to the recording: it can
-// fail without any effect there, and it drops frames if it cannot keep up.
+// fail without any effect there, and it drops frames if it cannot keep up. Without a display the
+// pictures are decoded only.
 class Viewer {
 public:
   // Throws what the library throws if it has no decoder for the kind, or if an element is missing.

@@ -1,0 +1,74 @@
+// The files of a recording: those that are being written, and those that are finished.
+
+#ifndef TAVREN_PROGRAMS_FILE_SET_H
+#define TAVREN_PROGRAMS_FILE_SET_H
+
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gst/gst.h>
+
+#include "container.h"
+#include "media_file.h"
+#include "progress_display.h"
+#include "recording_files.h"
+
+namespace kel::tavren::programs {
+
+// Usually one file is being written. When a new one begins, the old one stays open until its last
+// streams have moved on.
+class File_Set {
+public:
+  // Keep_free is the space in bytes that the oldest files make way for; 0: no limit.
+  File_Set(GstElement *pipeline, const Container &container, Recording_Files names,
+           guint64 keep_free, Progress_Display &display);
+
+  // Begins a file at a running time in ns. Throws what Media_File and Reserved_File throw.
+  Media_File &open(std::vector<Track> tracks, gint64 start);
+  bool is_empty() const noexcept { return files_.empty(); }
+  Media_File &newest() noexcept { return *files_.back().media; }
+  // The files but the newest that still have tracks.
+  std::vector<Media_File *> old_files() const;
+
+  // Handles a message about a file; returns whether it is about one. Throws Bus_Error for an error,
+  // and gives all files up: a file that cannot be written cannot be finished either.
+  bool handle(GstMessage *message);
+  // Closes the files that are finished. Throws Bus_Error if one cannot be finished in time.
+  void tick();
+  // Ends all files.
+  void end();
+
+  const std::vector<std::string> &finished() const noexcept { return finished_; }
+  guint64 bytes() const;
+  // The bytes that wait to be written.
+  guint64 waiting_bytes() const;
+  // How full the queues of the newest file are.
+  std::vector<std::string> queue_reports() const;
+
+private:
+  struct Open_File {
+    std::unique_ptr<Reserved_File> reservation;
+    std::unique_ptr<Media_File> media;
+    gint64 ended_at = 0;  // on the monotonic clock in us; 0: it goes on
+  };
+
+  void close_finished();
+  void report(const Media_File &file);
+  void free_space();
+
+  GstElement *pipeline_;
+  const Container &container_;
+  Recording_Files names_;
+  guint64 keep_free_;
+  Progress_Display &display_;
+  std::list<Open_File> files_;  // the newest last
+  std::vector<std::string> finished_;
+  guint64 finished_bytes_ = 0;
+  gint64 space_checked_at_ = 0;  // on the monotonic clock in us
+};
+
+}  // namespace kel::tavren::programs
+
+#endif
