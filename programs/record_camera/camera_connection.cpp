@@ -28,6 +28,13 @@ std::string text_of(const std::exception_ptr &failure) {
   }
 }
 
+std::string offer_line(const Stream_Plan &plan) {
+  const std::string line = "the camera offers " + plan.encoding;
+  if (plan.is_recorded()) return line + " (" + plan.media + ')';
+  if (plan.is_metadata) return line + ": metadata, not recorded";
+  return line + ": " + plan.media + ", not recorded, error " + plan.obstacle;
+}
+
 std::exception_ptr read_error(const std::string &text) {
   return std::make_exception_ptr(Bus_Error(GST_RESOURCE_ERROR_READ, text));
 }
@@ -100,9 +107,8 @@ void Camera_Connection::handle(const Camera_Event &event) {
 void Camera_Connection::offer(const Camera_Event &event) {
   const Stream_Plan &plan = plans_[event.number] = event.plan;
   if (plan.is_recorded()) recording_.add_stream(event.number, plan.name(), plan.is_video());
-  const std::string line = "stream " + std::to_string(event.number) + ": " + plan.name() +
-                           (plan.is_recorded() ? "" : ": not recorded, " + plan.obstacle);
-  if (std::exchange(shown_[event.number], line) != line) display_.line(line);
+  if (const std::string line = offer_line(plan); std::exchange(shown_[event.number], line) != line)
+    display_.line(line);
 }
 
 void Camera_Connection::accept_frame(const Camera_Event &event) {

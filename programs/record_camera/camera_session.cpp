@@ -195,7 +195,9 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
     // takes parameter sets between two slices, as some cameras send them, for the next beginning.
     prepend("capsfilter");
     gst_util_set_object_arg(G_OBJECT(last), "caps",
-                            "video/x-h264, alignment=au; video/x-h265, alignment=au");
+                            container_.has_times
+                                ? "video/x-h264, alignment=au; video/x-h265, alignment=au"
+                                : "video/x-h264, stream-format=byte-stream, alignment=au");
   }
   prepend(plan.depayloader);
   add_stream_clock(last);

@@ -1,5 +1,7 @@
 #include "pipeline_bin.h"
 
+#include <vector>
+
 #include <tavren/capture/media_helper.h>
 
 #include "command_line/program.h"
@@ -27,12 +29,28 @@ void Pipeline_Bin::start() const {
   try {
     Media_Helper::gst_element_sync_state_with_parent_or_throw(bin_.get());
   } catch (const Backend_Error<std::runtime_error> &) {
-    const boost::intrusive_ptr<GstBus> bus(Media_Helper::gst_element_get_bus_or_throw(pipeline_),
-                                           false);
-    while (const Message reason{gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR), false})
-      if (posted(reason.get())) throw Bus_Error(reason.get());
+    if (const Message reason = take_error()) throw Bus_Error(reason.get());
     throw;
   }
+}
+
+// Takes the first error of this bin from the bus; the other messages stay there.
+Message Pipeline_Bin::take_error() const {
+  const boost::intrusive_ptr<GstBus> bus(Media_Helper::gst_element_get_bus_or_throw(pipeline_),
+                                         false);
+  Message error;
+  std::vector<Message> others;
+  while (const Message message{gst_bus_pop(bus.get()), false}) {
+    const bool is_wanted =
+        !error && GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR && posted(message.get());
+    if (is_wanted)
+      error = message;
+    else
+      others.push_back(message);
+  }
+  for (const Message &message : others)
+    gst_bus_post(bus.get(), gst_message_ref(message.get()));
+  return error;
 }
 
 bool Pipeline_Bin::posted(const GstMessage *message) const {

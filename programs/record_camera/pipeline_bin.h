@@ -37,6 +37,8 @@ public:
   bool posted(const GstMessage *message) const;
 
 private:
+  boost::intrusive_ptr<GstMessage> take_error() const;
+
   GstElement *pipeline_;
   boost::intrusive_ptr<GstElement> bin_;
 };

@@ -8,11 +8,16 @@ using capture::Media_Helper;
 
 namespace {
 
+bool is_set(const char *variable) {
+  const char *const value = g_getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
 // The sink for the display that the user has. autovideosink would try all that are installed, and
 // some of them crash without a display.
 std::string select_window() {
-  if (g_getenv("WAYLAND_DISPLAY") != nullptr) return "waylandsink";
-  return g_getenv("DISPLAY") != nullptr ? "ximagesink" : "fakesink";
+  if (is_set("WAYLAND_DISPLAY")) return "waylandsink";
+  return is_set("DISPLAY") ? "ximagesink" : "fakesink";
 }
 
 }  // namespace

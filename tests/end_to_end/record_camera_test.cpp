@@ -167,7 +167,9 @@ INSTANTIATE_TEST_SUITE_P(EachContainerAndCodec, Recordings,
                                          Recording{"mov", "jpeg", "mulaw", {"mjpeg", "pcm_mulaw"}},
                                          Recording{"mov", "mpeg4", "aac", {"aac", "mpeg4"}},
                                          Recording{"mkv", "h264", "none", {"h264"}},
-                                         Recording{"mov", "none", "mulaw", {"pcm_mulaw"}}));
+                                         Recording{"mkv", "vp8", "opus", {"opus", "vp8"}},
+                                         Recording{"mp4", "h264", "opus", {"h264", "opus"}},
+                                         Recording{"mov", "none", "mulaw", {"aac"}}));
 
 // What a container or a table does not take: one line, and no file is left behind.
 struct Refusal {
@@ -195,18 +197,75 @@ TEST_P(Refusals, AreToldInOneLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     EachReason, Refusals,
-    testing::Values(Refusal{"mp4", "h264", "mulaw",
-                            "record_camera: error 0x151C0: Failed to link "},
-                    Refusal{"mp4", "jpeg", "none", "record_camera: error 0x151C0: Failed to link "},
-                    Refusal{"mkv", "vp8", "aac",
-                            "record_camera: error 0x15010: Failed to select proxy elements: "
-                            "Unsupported caps.\n"},
-                    Refusal{"mkv", "h264", "opus",
-                            "record_camera: error 0x15010: Failed to select proxy elements: "
-                            "Unsupported caps.\n"},
-                    Refusal{"webm", "h264", "aac",
-                            "record_camera: error 0x15000: Unknown file extension : could not "
-                            "create muxer\n"}));
+    testing::Values(
+        Refusal{"mp4", "none", "mulaw",
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold audio/x-mulaw "
+                "(audio PCMU); no stream of the camera can be recorded\n"},
+        Refusal{"mp4", "jpeg", "none",
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold image/jpeg "
+                "(video JPEG); no stream of the camera can be recorded\n"},
+        Refusal{"mp4", "vp8", "none",
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold video/x-vp8 "
+                "(video VP8); no stream of the camera can be recorded\n"},
+        Refusal{"webm", "h264", "aac",
+                "record_camera: error 0x15000: Unknown file extension : could not create muxer "
+                "for \""}));
+
+// A stream that the container does not hold is passed over; the others are recorded.
+struct Passing_Over {
+  const char *container;
+  const char *video;
+  const char *audio;
+  const char *line;
+  std::vector<std::string> codecs;
+};
+
+void PrintTo(const Passing_Over &passing, std::ostream *out) {
+  *out << passing.video << " and " << passing.audio << " in ." << passing.container;
+}
+
+class Passing_Overs : public testing::TestWithParam<Passing_Over> {};
+
+TEST_P(Passing_Overs, NameTheStreamAndTheCode) {
+  const Passing_Over &passing = GetParam();
+  Scratch_Folder folder;
+  const std::string file = folder.file(std::string("camera.") + passing.container);
+  const Outcome outcome = record(
+      {"--duration", "1", "--video", passing.video, "--audio", passing.audio, "--output", file});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(outcome.out.find(passing.line), std::string::npos) << outcome.out;
+  EXPECT_EQ(read_back(file).codecs(), passing.codecs);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachReason, Passing_Overs,
+    testing::Values(Passing_Over{"mp4",
+                                 "h264",
+                                 "mulaw",
+                                 "the camera offers PCMU: audio, not recorded, error 0x151C0: .mp4 "
+                                 "(mp4mux) does not hold audio/x-mulaw\n",
+                                 {"h264"}},
+                    Passing_Over{"avi",
+                                 "vp8",
+                                 "mulaw",
+                                 "the camera offers VP8: video, not recorded, error 0x151C0: .mp4 "
+                                 "(mp4mux) does not hold video/x-vp8\n",
+                                 {"aac"}}));
+
+TEST(RecordCamera, KeepsAFileThatExistsUnlessToldOtherwise) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  ASSERT_TRUE(g_file_set_contents(file.c_str(), "precious", -1, nullptr));
+  expect_one_line(record({"--duration", "1", "--output", file}),
+                  "cannot write " + file + ": it exists already; --overwrite replaces it");
+  GStatBuf status;
+  ASSERT_EQ(g_stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, 8);
+
+  EXPECT_EQ(record({"--duration", "1", "--overwrite", "--output", file}).status, 0);
+  EXPECT_NEAR(read_back(file).duration, 1, 0.5);
+}
 
 TEST(RecordCamera, TellsThatItsFileCannotBeWritten) {
   for (const char *const file : {"/nonexistent/camera.mkv", "/proc/camera.mkv"})
@@ -298,7 +357,7 @@ TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
   const std::string file = folder.file("camera.mkv");
   const std::string graph = folder.file("camera.svg");
   const Outcome outcome =
-      record({"--duration", "4", "--verbose", "--graph", graph, "--output", file});
+      record({"--duration", "4", "--view", "--verbose", "--graph", graph, "--output", file});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_EQ(outcome.out.find("the viewer saw 0 pictures"), std::string::npos) << outcome.out;
   EXPECT_NE(outcome.out.find(" Stats : Num Buffers = "), std::string::npos) << outcome.out;
@@ -308,7 +367,7 @@ TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
   ASSERT_TRUE(g_file_get_contents(graph.c_str(), &drawn, nullptr, nullptr));
   const std::string picture = drawn;
   g_free(drawn);
-  for (const char *const element : {"GstRTSPSrc", "GstTee", "GstMultiQueue", "GstMatroskaMux"})
+  for (const char *const element : {"GstRTSPSrc", "GstAppSink", "GstQueue", "GstMatroskaMux"})
     EXPECT_NE(picture.find(element), std::string::npos) << element;
 }
 
