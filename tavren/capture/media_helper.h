@@ -740,7 +740,8 @@ public:
   /// @{
 
   /// Writes how full a queue is on one line: buffers, bytes, whole seconds.
-  /// @param queue (nullable) the queue; not checked for its type.
+  /// @param queue (nullable) the queue; not checked for its type. Its levels may have any integer
+  /// type.
   /// @return the text; a fixed text for null, 0 for the first level that the element does not
   /// have and for those after it, with GLib's warning; empty when the element has no name. Any
   /// thread.
