@@ -79,6 +79,34 @@ private:
   guint buffers_ = 0;
 };
 
+// Makes a level property, which always has its default value.
+using Make_Level = GParamSpec *(*)(const char *name);
+
+void install_levels(gpointer element_class, gpointer make_level) {
+  GObjectClass *const object_class = G_OBJECT_CLASS(element_class);
+  object_class->get_property = [](GObject *, guint, GValue *value, GParamSpec *level) {
+    g_param_value_set_default(level, value);
+  };
+  guint id = 0;
+  for (const char *const name :
+       {"current-level-buffers", "current-level-bytes", "current-level-time"})
+    g_object_class_install_property(object_class, ++id,
+                                    (*static_cast<const Make_Level *>(make_level))(name));
+}
+
+// Makes an element of a new type with three such properties.
+Element make_element_with(const Make_Level &make_level, const std::string &type_name) {
+  GTypeInfo type{};
+  type.class_size = sizeof(GstElementClass);
+  type.class_init = install_levels;
+  type.class_data = &make_level;
+  type.instance_size = sizeof(GstElement);
+  const GType registered =
+      g_type_register_static(GST_TYPE_ELEMENT, type_name.c_str(), &type, GTypeFlags{});
+  auto *const element = GST_ELEMENT(g_object_new(registered, "name", "e", nullptr));
+  return Element(GST_ELEMENT(gst_object_ref_sink(element)), false);
+}
+
 TEST(Queue_Report, tells_buffers_bytes_and_seconds) {
   Filled_Queue queue("queue0");
   queue.add(7000, 0, 700 * GST_MSECOND);
@@ -126,6 +154,55 @@ TEST(Queue_Report, does_not_change_with_the_locale) {
 
 TEST(Queue_Report, of_no_queue) {
   EXPECT_EQ(Media_Helper::generate_queue_stats_report(nullptr), "queue == NULL");
+}
+
+// The framework writes as many bytes as the property's type has.
+TEST(Queue_Report, takes_levels_of_any_integer_type) {
+  const struct {
+    Make_Level make_level;
+    const char *report;
+  } rows[] = {
+      {[](const char *name) {
+         return g_param_spec_uchar(name, nullptr, nullptr, 0, G_MAXUINT8, 200, G_PARAM_READABLE);
+       },
+       "e Stats : Num Buffers = 200, Num Bytes = 200, Num Seconds = 0"},
+      {[](const char *name) {
+         return g_param_spec_int(name, nullptr, nullptr, 0, G_MAXINT, G_MAXINT, G_PARAM_READABLE);
+       },
+       "e Stats : Num Buffers = 2147483647, Num Bytes = 2147483647, Num Seconds = 2"},
+      {[](const char *name) {
+         return g_param_spec_uint(name, nullptr, nullptr, 0, G_MAXUINT, G_MAXUINT,
+                                  G_PARAM_READABLE);
+       },
+       "e Stats : Num Buffers = 4294967295, Num Bytes = 4294967295, Num Seconds = 4"},
+      {[](const char *name) {
+         return g_param_spec_int64(name, nullptr, nullptr, 0, G_MAXINT64, G_MAXINT64,
+                                   G_PARAM_READABLE);
+       },
+       "e Stats : Num Buffers = 9223372036854775807, Num Bytes = 9223372036854775807, "
+       "Num Seconds = 9223372036"},
+      {[](const char *name) {
+         return g_param_spec_uint64(name, nullptr, nullptr, 0, G_MAXUINT64, 5000000000,
+                                    G_PARAM_READABLE);
+       },
+       "e Stats : Num Buffers = 5000000000, Num Bytes = 5000000000, Num Seconds = 5"},
+  };
+  int count = 0;
+  for (const auto &row : rows) {
+    const Element element =
+        make_element_with(row.make_level, "Element_With_Levels_" + std::to_string(++count));
+    EXPECT_EQ(Media_Helper::generate_queue_stats_report(element.get()), row.report);
+  }
+}
+
+// An appsrc has levels of 8 bytes.
+TEST(Queue_Report, of_an_appsrc) {
+  const Element source = make_element("appsrc", "source");
+  GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, 7000, nullptr);
+  gst_buffer_memset(buffer, 0, 0, 7000);
+  ASSERT_EQ(gst_app_src_push_buffer(GST_APP_SRC(source.get()), buffer), GST_FLOW_OK);
+  EXPECT_EQ(Media_Helper::generate_queue_stats_report(source.get()),
+            "source Stats : Num Buffers = 1, Num Bytes = 7000, Num Seconds = 0");
 }
 
 // The framework complains about the first property and reads no other.

@@ -1,4 +1,6 @@
+#include <array>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <locale>
 #include <sstream>
@@ -20,6 +22,24 @@ public:
     imbue(std::locale::classic());
     rethrow_failures(*this);
   }
+};
+
+// Room for a level of any integer type: g_object_get writes as many bytes as the property's type
+// has, 4 for a queue.
+class Level {
+public:
+  void *address() noexcept { return words_.data(); }
+
+  guint64 value() const noexcept {
+    // A type of 4 bytes has filled the first word, whatever the byte order.
+    if (words_[1] == 0) return words_[0];
+    guint64 value = 0;
+    std::memcpy(&value, words_.data(), sizeof value);
+    return value;
+  }
+
+private:
+  alignas(guint64) std::array<guint32, 2> words_{};
 };
 
 }  // namespace
@@ -167,17 +187,18 @@ std::string Media_Helper::gst_segment_to_string(const GstSegment *segment) {
 
 std::string Media_Helper::generate_queue_stats_report(GstElement *queue) {
   if (queue == nullptr) return "queue == NULL";
-  guint buffers = 0;
-  guint bytes = 0;
-  guint64 nanoseconds = 0;
-  g_object_get(queue, "current-level-buffers", &buffers, "current-level-bytes", &bytes,
-               "current-level-time", &nanoseconds, nullptr);
+  Level buffers;
+  Level bytes;
+  Level nanoseconds;
+  g_object_get(queue, "current-level-buffers", buffers.address(), "current-level-bytes",
+               bytes.address(), "current-level-time", nanoseconds.address(), nullptr);
   const Text name = object_name(queue);
   if (!name) return {};
 
   Classic_Stream text;
-  text << name.get() << " Stats : Num Buffers = " << buffers << ", Num Bytes = " << bytes
-       << ", Num Seconds = " << nanoseconds / GST_SECOND;
+  text << name.get() << " Stats : Num Buffers = " << buffers.value()
+       << ", Num Bytes = " << bytes.value()
+       << ", Num Seconds = " << nanoseconds.value() / GST_SECOND;
   return text.str();
 }
 

@@ -444,8 +444,8 @@ public:
 
   /// Tells the kind of media that caps describe.
   /// @param caps the caps.
-  /// @return the kind; `UNKNOWN` for empty caps, any caps, caps of several kinds, and what no kind
-  /// stands for.
+  /// @return the kind; `UNKNOWN` for EMPTY caps, ANY caps, structures of several media types (even
+  /// of one kind, such as "video/mpeg" and "video/x-divx"), and media types of no kind.
   /// @throws Backend_Error<std::runtime_error> `NOT_CAPS` for bad caps. Any thread.
   static MediaType get_media_type(GstCaps *caps);
 
@@ -534,8 +534,9 @@ public:
 
   /// Finds out what a media file or stream holds, waiting for the answer.
   /// @param uri the URI, handed on as it is; a file's path must have been made one.
-  /// @param timeout the longest wait in ns, handed on as it is. The framework takes 1 s to 1 h; any
-  /// other value but `GST_CLOCK_TIME_NONE` it drops, with GLib's warning, and waits 15 s.
+  /// @param timeout how long to wait in ns, handed on as it is. The framework takes 1 s to 1 h; any
+  /// other value but `GST_CLOCK_TIME_NONE` it drops, with GLib's warning, and waits 15 s. The wait
+  /// is longer when a source blocks while it is opened, as a FIFO does until it has a writer.
   /// @return (not nullable) what was found; the caller is its only owner.
   /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` when no discoverer can
   /// be made, also because the timeout is `GST_CLOCK_TIME_NONE`; `DISCOVERY_FAILED` when it gives
@@ -553,8 +554,8 @@ public:
   /// @defgroup caps_readers Caps readers
   /// Read single facts from caps, and compare caps and sizes.
   ///
-  /// The readers look at the first structure of the caps only. Caps without one, empty or any, tell
-  /// nothing and draw GLib's warning too.
+  /// The readers look at the first structure of the caps only. EMPTY and ANY caps have none:
+  /// nothing is read from them, and GLib warns too.
   /// @{
 
   /// Reads the frame rate.
@@ -627,8 +628,10 @@ public:
 
   /// Finds the first element of a type whose caps fit into the caps wanted.
   ///
-  /// An appsink's caps are those set on it; any other element's are the current ones of its "sink"
-  /// pad, or before there are any, what its peer can send. An element without caps does not match.
+  /// An appsink's caps are those set on it; without them it does not match. The caps of any other
+  /// element are those of its pad "sink", whatever the pad's direction: the current caps, else what
+  /// the peer can send, else, when the pad is not linked, ANY. An element without such a pad does
+  /// not match. ANY fits into ANY only; EMPTY fits into all caps.
   /// @param bin the bin.
   /// @param element_type the exact type, a `GType`.
   /// @param caps the caps wanted.
@@ -740,7 +743,8 @@ public:
   /// @{
 
   /// Writes how full a queue is on one line: buffers, bytes, whole seconds.
-  /// @param queue (nullable) the queue; not checked for its type.
+  /// @param queue (nullable) the queue; not checked for its type. Its levels may have any integer
+  /// type.
   /// @return the text; a fixed text for null, 0 for the first level that the element does not
   /// have and for those after it, with GLib's warning; empty when the element has no name. Any
   /// thread.

@@ -22,7 +22,7 @@ enum MediaType : int {
   VIDEO_RAW = 6,     ///< "video/x-raw" in system memory
   AUDIO_RAW = 7,     ///< "audio/x-raw"
   MULAW = 8,         ///< "audio/x-mulaw"
-  UNKNOWN = 9        ///< everything else, empty caps among it
+  UNKNOWN = 9        ///< everything else, EMPTY and ANY caps among it
 };
 
 }  // namespace kel::tavren::capture

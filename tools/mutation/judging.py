@@ -72,7 +72,8 @@ class Build:
     def configure(self):
         command = ['cmake', '-S', '.', '-B', str(self.directory), *SETTINGS[self.kind],
                    f'-DCMAKE_PROJECT_tavren_capture_INCLUDE={PRECOMPILED}',
-                   '-DTAVREN_CAPTURE_BUILD_EXAMPLES=OFF', '-DTAVREN_CAPTURE_WARNINGS_AS_ERRORS=OFF']
+                   '-DTAVREN_CAPTURE_BUILD_EXAMPLES=OFF', '-DTAVREN_CAPTURE_BUILD_PROGRAMS=OFF',
+                   '-DTAVREN_CAPTURE_WARNINGS_AS_ERRORS=OFF']
         with open(self.log, 'w') as log:
             if subprocess.run(command, cwd=self.source, stdout=log, stderr=log).returncode != 0:
                 raise Failed(f'cannot configure {self.directory}, see {self.log}')
