@@ -2,6 +2,7 @@
 
 import asyncio
 import re
+import socket
 import time
 from dataclasses import dataclass, field
 
@@ -12,6 +13,13 @@ from .sender import Sender
 from .session import Session
 
 PATH = "/camera"
+
+
+def _free_port():
+    """A port that nothing uses now. It stays the camera's while it refuses connections."""
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
 
 
 @dataclass
@@ -45,14 +53,14 @@ class RtspCamera:
         self._reports = {}
         self._sessions = set()
         self._server = None
-        self._port = 0
+        self._port = _free_port()
 
-    async def start(self):
+    async def prepare(self):
+        """Starts the sender; the camera's address is known from here on."""
         text = await self._sender.start()
         self.streams = descriptions.streams_of(text)
         self.description = descriptions.served(text, self._count, self.options.rtpmaps,
                                                self.options.parameter_sets)
-        await self._listen()
 
     def stop(self):
         self._sender.stop()
@@ -90,12 +98,11 @@ class RtspCamera:
         asyncio.get_running_loop().call_later(seconds, self._come_back)
 
     def _come_back(self):
-        asyncio.ensure_future(self._listen())
+        asyncio.ensure_future(self.listen())
 
-    async def _listen(self):
+    async def listen(self):
         self._server = await asyncio.start_server(self._serve, "127.0.0.1", self._port,
                                                   ssl=self.options.certificate)
-        self._port = self._server.sockets[0].getsockname()[1]
 
     async def _serve(self, reader, writer):
         session = Session(self, reader, writer)

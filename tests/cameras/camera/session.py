@@ -103,6 +103,7 @@ class Session:
         if request.header("Session") != self._id:
             return answer(request, 454)
         if self._play_time is None:
+            print("PLAY", flush=True)
             self._play_time = asyncio.get_running_loop().time()
             self._first_stage = chain(self._camera, self, self._deliver)
             self._plan_connection_events()
