@@ -4,7 +4,7 @@ import re
 from dataclasses import dataclass
 
 OUTPUT = "camera"  # the recording's name, without its extension
-EXISTING_TEXT = "written before the recording"
+EXISTING_CONTENTS = b"written before the recording"
 
 
 @dataclass(frozen=True)
@@ -89,6 +89,6 @@ def as_tuple(value):
 
 
 def row(name, camera, to, files=(), **others):
-    for name in ("lines", "environment"):
-        others[name] = as_tuple(others.get(name, ()))
+    for field in ("lines", "environment"):
+        others[field] = as_tuple(others.get(field, ()))
     return Case(name, camera, to, as_tuple(files), **others)

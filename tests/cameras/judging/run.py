@@ -7,7 +7,7 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-from .case import EXISTING_TEXT, OUTPUT
+from .case import EXISTING_CONTENTS, OUTPUT
 from .certificates import Certificates
 from .processes import CameraProcess, RecorderProcess, sleep_until
 from .verdict import judge
@@ -79,7 +79,7 @@ def _environment(case):
 
 def _record(case, programs, folder, camera, address):
     if case.existing:
-        Path(_output(case, folder)).write_text(EXISTING_TEXT)
+        Path(_output(case, folder)).write_bytes(EXISTING_CONTENTS)
     recorder = RecorderProcess(_recorder_command(case, programs, folder, address), folder, _environment(case),
                                case.largest_file)
     if case.signal:

@@ -2,7 +2,7 @@
 
 import re
 
-from .case import EXISTING_TEXT
+from .case import EXISTING_CONTENTS
 from .media_files import decoding_complaints, read_media_file
 
 AUDIO_STEP = 0.25  # s; packets of audio may be that long
@@ -51,7 +51,7 @@ def _file_reasons(case, folder):
     total = 0
     for index, name in enumerate(sorted(found, key=_number)[:len(patterns)]):
         if case.existing and "--overwrite" not in case.options:
-            if (folder / name).read_text() != EXISTING_TEXT:
+            if (folder / name).read_bytes() != EXISTING_CONTENTS:
                 yield f"{name}: has been changed"
             continue
         media = read_media_file(folder / name)
