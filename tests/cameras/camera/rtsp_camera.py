@@ -2,24 +2,17 @@
 
 import asyncio
 import re
-import socket
 import time
 from dataclasses import dataclass, field
 
 from . import description as descriptions
 from .packets import Packet
 from .passwords import PasswordCheck
+from .ports import reserved_port
 from .sender import Sender
 from .session import Session
 
 PATH = "/camera"
-
-
-def _free_port():
-    """A port that nothing uses now. It stays the camera's while it refuses connections."""
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 @dataclass
@@ -53,7 +46,8 @@ class RtspCamera:
         self._reports = {}
         self._sessions = set()
         self._server = None
-        self._port = _free_port()
+        self._reservation = reserved_port()
+        self._port = self._reservation.getsockname()[1]
 
     async def prepare(self):
         """Starts the sender; the camera's address is known from here on."""

@@ -1,8 +1,9 @@
 """Carries the packets of one stream to the client."""
 
 import re
-import socket
 import struct
+
+from .ports import udp_port_pair
 
 
 class InterleavedTransport:
@@ -31,7 +32,7 @@ class UdpTransport:
         self._client_ports = int(rtp), int(rtcp)
         self._address = writer.get_extra_info("peername")[0]
         self._blocked = blocked
-        self._sockets = _socket_pair()
+        self._sockets = udp_port_pair()
 
     def header(self):
         ports = "-".join(str(sender.getsockname()[1]) for sender in self._sockets)
@@ -49,22 +50,6 @@ class UdpTransport:
     def close(self):
         for sender in self._sockets:
             sender.close()
-
-
-def _socket_pair():
-    """Two sockets on an even port and the next one."""
-    while True:
-        rtp, rtcp = (socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
-        try:
-            rtp.bind(("127.0.0.1", 0))
-            port = rtp.getsockname()[1]
-            if port % 2 == 0:
-                rtcp.bind(("127.0.0.1", port + 1))
-                return rtp, rtcp
-        except OSError:
-            pass
-        rtp.close()
-        rtcp.close()
 
 
 def make_transport(header, writer, offered, udp_blocked):

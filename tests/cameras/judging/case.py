@@ -38,6 +38,8 @@ class Case:
     environment   variables of the recorder, NAME=VALUE
     largest_file  bytes after which writing fails, as on a full disk
     existing      the file is there before
+    second        a second recorder is started into the same file, and must be refused
+    leaves        another file that the recorder must leave in {folder}
     """
 
     name: str
@@ -60,6 +62,8 @@ class Case:
     environment: tuple = ()
     largest_file: int = None
     existing: bool = False
+    second: bool = False
+    leaves: str = ""
 
     def expected_streams(self, index):
         """What file number `index` must hold."""

@@ -6,7 +6,6 @@ import queue
 import signal
 import subprocess
 import threading
-import time
 from dataclasses import dataclass
 
 
@@ -83,7 +82,3 @@ class RecorderProcess:
         kill_group(self._process)
         return Outcome(self._process.returncode, self._out.read_text(errors="replace"),
                        self._err.read_text(errors="replace"), timed_out)
-
-
-def sleep_until(moment):
-    time.sleep(max(0, moment - time.monotonic()))

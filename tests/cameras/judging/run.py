@@ -9,7 +9,7 @@ from pathlib import Path
 
 from .case import EXISTING_CONTENTS, OUTPUT
 from .certificates import Certificates
-from .processes import CameraProcess, RecorderProcess, sleep_until
+from .processes import CameraProcess, RecorderProcess
 from .verdict import judge
 
 HERE = Path(__file__).resolve().parents[1]
@@ -34,7 +34,10 @@ def run_case(case, programs, folder):
     try:
         address = camera.next_line(STARTING_TIME) if camera else ""
         outcome = _record(case, programs, folder, camera, address)
-        return list(judge(case, outcome, recordings))
+        reasons = list(judge(case, outcome, recordings))
+        if case.leaves and not (folder / case.leaves).exists():
+            reasons.append(f"leaves no {case.leaves}")
+        return reasons
     except Exception as failure:  # a row's own fault must not end the others
         return [f"{type(failure).__name__}: {failure}"]
     finally:
@@ -80,12 +83,31 @@ def _environment(case):
 def _record(case, programs, folder, camera, address):
     if case.existing:
         Path(_output(case, folder)).write_bytes(EXISTING_CONTENTS)
-    recorder = RecorderProcess(_recorder_command(case, programs, folder, address), folder, _environment(case),
-                               case.largest_file)
-    if case.signal:
-        name, _, seconds = case.signal.partition("@")
-        if camera.next_line(STARTING_TIME) != "PLAY":
-            raise RuntimeError("the recorder does not play the camera")
-        sleep_until(time.monotonic() + float(seconds))
-        recorder.send_signal(name)
-    return recorder.wait(case.longest())
+    command = _recorder_command(case, programs, folder, address)
+    recorder = RecorderProcess(command, folder, _environment(case), case.largest_file)
+    try:
+        if case.signal or case.second:
+            _await_play(camera)
+        if case.signal:
+            name, _, seconds = case.signal.partition("@")
+            time.sleep(float(seconds))
+            recorder.send_signal(name)
+        if case.second:
+            _expect_refusal(command, case, folder)
+    finally:
+        outcome = recorder.wait(case.longest())
+    return outcome
+
+
+def _await_play(camera):
+    if camera.next_line(STARTING_TIME) != "PLAY":
+        raise RuntimeError("the recorder does not play the camera")
+
+
+def _expect_refusal(command, case, folder):
+    """Starts another recorder into the same file, once the first has begun it."""
+    time.sleep(1.5)
+    (folder / "second").mkdir()
+    outcome = RecorderProcess(command, folder / "second", _environment(case)).wait(case.longest())
+    if outcome.status != 1 or "exist" not in outcome.err:
+        raise RuntimeError(f"the second recorder ends with {outcome.status}: {outcome.err}")
