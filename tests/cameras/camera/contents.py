@@ -35,24 +35,28 @@ def _x264(options, gop=25):
             f" -sc_threshold 0 -threads 1 {options}")
 
 
+def _x265(b_frames):
+    return ("-c:v libx265 -preset ultrafast -b:v 300k -threads 1 -x265-params keyint=25:min-keyint=25:scenecut=0:"
+            f"bframes={b_frames}:pools=none:log-level=none")
+
+
+_IN_BAND = "-bsf:v dump_extra"  # parameter sets before each key frame
 _BASELINE = _x264("-profile:v baseline")
 _AAC = "-c:a aac -b:a 64k"
 
 CONTENTS = {
-    "h264": Content(_pictures(), _BASELINE),
-    "h264-b-frames": Content(_pictures(), _x264("-profile:v high -bf 3 -b_strategy 0")),
-    "h264-slices": Content(_pictures(), _x264("-profile:v main -bf 0 -slices 4")),
-    "h264-b-slices": Content(_pictures(), _x264("-profile:v main -bf 2 -b_strategy 0 -slices 4")),
-    "h264-sets-in-sdp": Content(_pictures(), _BASELINE, "-bsf:v filter_units=remove_types=7-8"),
-    "h264-large": Content(_pictures("640x480"), _BASELINE),
-    "h264-small": Content(_pictures("160x120"), _BASELINE),
-    "h264-slow": Content(_pictures(rate="1/6"), _x264("-profile:v baseline", gop=1)),
-    "h265": Content(_pictures(), "-c:v libx265 -preset ultrafast -b:v 300k -threads 1 -x265-params"
-                    " keyint=25:min-keyint=25:scenecut=0:bframes=0:pools=none:repeat-headers=1:log-level=none"),
-    "h265-b-frames": Content(_pictures(), "-c:v libx265 -preset ultrafast -b:v 300k -threads 1 -x265-params"
-                             " keyint=25:min-keyint=25:scenecut=0:bframes=3:pools=none:repeat-headers=1:log-level=none"),
+    "h264": Content(_pictures(), f"{_BASELINE} {_IN_BAND}"),
+    "h264-b-frames": Content(_pictures(), f"{_x264('-profile:v high -bf 3 -b_strategy 0')} {_IN_BAND}"),
+    "h264-slices": Content(_pictures(), f"{_x264('-profile:v main -bf 0 -slices 4')} {_IN_BAND}"),
+    "h264-b-slices": Content(_pictures(), f"{_x264('-profile:v main -bf 2 -b_strategy 0 -slices 4')} {_IN_BAND}"),
+    "h264-sets-in-sdp": Content(_pictures(), _BASELINE),
+    "h264-large": Content(_pictures("640x480"), f"{_BASELINE} {_IN_BAND}"),
+    "h264-small": Content(_pictures("160x120"), f"{_BASELINE} {_IN_BAND}"),
+    "h264-slow": Content(_pictures(rate="1/6"), f"{_x264('-profile:v baseline', gop=1)} {_IN_BAND}"),
+    "h265": Content(_pictures(), f"{_x265(0)} {_IN_BAND}"),
+    "h265-b-frames": Content(_pictures(), f"{_x265(3)} {_IN_BAND}"),
     "mjpeg": Content(_pictures(), "-c:v mjpeg -huffman default -pix_fmt yuvj420p -b:v 1500k"),
-    "mpeg4": Content(_pictures(), "-c:v mpeg4 -b:v 400k -g 25 -bf 0"),
+    "mpeg4": Content(_pictures(), f"-c:v mpeg4 -b:v 400k -g 25 -bf 0 {_IN_BAND}"),
     "vp8": Content(_pictures(), "-c:v libvpx -deadline realtime -cpu-used 8 -b:v 300k -g 25"),
     "aac": Content(_tone(44100), _AAC),
     "aac-single": Content(_tone(44100), _AAC, "-muxdelay 0.03"),

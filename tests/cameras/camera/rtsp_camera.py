@@ -56,9 +56,9 @@ class RtspCamera:
         self.description = descriptions.served(text, self._count, self.options.rtpmaps,
                                                self.options.parameter_sets)
 
-    def stop(self):
-        self._sender.stop()
+    async def stop(self):
         self._drop_all()
+        await self._sender.stop()
 
     def uri(self):
         scheme = "rtsps" if self.options.certificate else "rtsp"

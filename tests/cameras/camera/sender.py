@@ -77,9 +77,10 @@ class Sender:
         return [*payload_type, "-f", "rtp",
                 f"rtp://127.0.0.1:{rtp}?rtcpport={rtcp}&pkt_size={LARGEST_PACKET}"]
 
-    def stop(self):
+    async def stop(self):
         if self._process and self._process.returncode is None:
             self._process.kill()
+            await self._process.wait()
 
 
 # These have a payload type that needs no rtpmap; ffmpeg announces them that way.

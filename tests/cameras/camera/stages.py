@@ -7,6 +7,7 @@ from .misbehaviour import OF_CONNECTION
 from .packets import goodbye
 
 SEED = 1
+PICTURES_PER_SECOND = 25
 
 
 class Stage:
@@ -97,36 +98,37 @@ class Switch(Stage):
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
+        self._stream = self.misbehaviour.stream or 0
         self._last = None
-        self._offsets = None
+        self._offsets = None  # of the substitute's sequence numbers and timestamps, once it is on
 
     def accept(self, packet):
         if packet.stream == self.camera.substitute:
             self._accept_substitute(packet)
-        elif packet.stream != self.misbehaviour.stream or self._offsets is None:
-            if packet.stream == self.misbehaviour.stream and not packet.is_rtcp:
-                self._last = packet
+        elif packet.stream != self._stream:
+            self.forward(packet)
+        elif self._offsets is None:
+            self._last = self._last if packet.is_rtcp else packet
             self.forward(packet)
 
     def _accept_substitute(self, packet):
-        if not self.concerns_switch(packet) or self._last is None:
-            return
-        if self._offsets is None and (packet.is_rtcp or not self._can_switch(packet)):
-            return
-        if self._offsets is None:
-            clock_rate = self.camera.streams[self.misbehaviour.stream].clock_rate
+        if self._offsets is None and self._begins(packet):
+            step = self.camera.streams[self._stream].clock_rate // PICTURES_PER_SECOND
             self._offsets = (self._last.sequence + 1 - packet.sequence,
-                             self._last.timestamp + clock_rate // 25 - packet.timestamp)
+                             self._last.timestamp + step - packet.timestamp)
+        if self._offsets is not None:
+            self.forward(self._renumbered(packet))
+
+    def _begins(self, packet):
+        return (packet.age >= self.misbehaviour.time and not packet.is_rtcp and self._last is not None
+                and self._last.ends_frame and packet.begins_h264_key_frame()
+                and self.misbehaviour.claim(self.session))
+
+    def _renumbered(self, packet):
         sequence = None if packet.is_rtcp else packet.sequence + self._offsets[0]
-        self.forward(packet.rewritten(sequence=sequence, ssrc=self._last.ssrc,
-                                      timestamp=packet.timestamp + self._offsets[1],
-                                      stream=self.misbehaviour.stream, payload_type=self._last.data[1] & 0x7F))
-
-    def concerns_switch(self, packet):
-        return packet.age >= self.misbehaviour.time and self.misbehaviour.claim(self.session)
-
-    def _can_switch(self, packet):
-        return self._last.ends_frame and packet.begins_h264_key_frame()
+        return packet.rewritten(sequence=sequence, ssrc=self._last.ssrc, stream=self._stream,
+                                timestamp=packet.timestamp + self._offsets[1],
+                                payload_type=self._last.data[1] & 0x7F)
 
 
 class RandomStage(Stage):
