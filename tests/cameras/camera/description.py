@@ -1,0 +1,59 @@
+"""Turns the session description that ffmpeg writes into the one that the camera serves."""
+
+import re
+from dataclasses import dataclass
+
+STATIC_RTPMAPS = {0: "PCMU/8000", 8: "PCMA/8000", 14: "MPA/90000", 26: "JPEG/90000"}
+
+
+@dataclass(frozen=True)
+class Stream:
+    """What the camera must know of a stream to time it and to name it."""
+
+    media: str
+    payload_type: int
+    clock_rate: int
+
+
+def _sections(description):
+    """The session's lines, and those of each stream."""
+    head, *streams = re.split(r"^(?=m=)", description.replace("\r", ""), flags=re.M)
+    return head.splitlines(), [section.splitlines() for section in streams]
+
+
+def _stream(lines):
+    media, payload_type = re.match(r"m=(\w+) \d+ \S+ (\d+)", lines[0]).groups()
+    rtpmap = re.search(r"^a=rtpmap:\d+ [^/]+/(\d+)", "\n".join(lines), re.M)
+    clock_rate = rtpmap[1] if rtpmap else STATIC_RTPMAPS[int(payload_type)].split("/")[1]
+    return Stream(media, int(payload_type), int(clock_rate))
+
+
+def streams_of(description):
+    return [_stream(lines) for lines in _sections(description)[1]]
+
+
+def _with_rtpmap(lines, stream):
+    if any(line.startswith("a=rtpmap") for line in lines):
+        return lines
+    return [*lines, f"a=rtpmap:{stream.payload_type} {STATIC_RTPMAPS[stream.payload_type]}"]
+
+
+def _without_parameter_sets(lines):
+    return [re.sub(r"; ?sprop-[a-z-]+=[^;]*", "", line) for line in lines]
+
+
+def served(description, count, rtpmaps=False, parameter_sets=True):
+    """The description of the first `count` streams, as a client gets it.
+
+    `rtpmaps` names the static payload types too; without `parameter_sets` they are in-band only."""
+    head, sections = _sections(description)
+    lines = [line for line in head if not line.startswith("a=tool")] + ["a=control:*"]
+    for index, section in enumerate(sections[:count]):
+        section = [re.sub(r"^(m=\w+) \d+", r"\1 0", line) for line in section if line.strip()]
+        section = [line.replace("127.0.0.1", "0.0.0.0") if line.startswith("c=") else line for line in section]
+        if rtpmaps:
+            section = _with_rtpmap(section, _stream(sections[index]))
+        if not parameter_sets:
+            section = _without_parameter_sets(section)
+        lines += [*section, f"a=control:stream={index}"]
+    return "\r\n".join(lines) + "\r\n"

@@ -1,0 +1,62 @@
+"""Parses what the camera is asked to do wrong, and when."""
+
+import re
+from dataclasses import dataclass, field
+
+KINDS = {
+    "pause": "hold back all packets for VALUE seconds, then send them at once",
+    "drop": "send nothing for VALUE seconds; those packets are lost",
+    "jump": "move the RTP clock by VALUE seconds",
+    "ssrc": "go on with a new SSRC, sequence number and timestamp",
+    "switch": "go on with the content named by --switch-to",
+    "stop": "send no more packets",
+    "bye": "send an RTCP BYE and no more packets",
+    "late": "send no packets before TIME",
+    "loss": "lose VALUE per cent of the packets",
+    "reorder": "swap VALUE per cent of the packets with the next one",
+    "duplicate": "send VALUE per cent of the packets twice",
+    "close": "close the connection",
+    "reset": "reset the connection",
+    "silent": "send neither packets nor answers, and keep the connection",
+    "garbage": "send VALUE random bytes on the connection",
+    "gone": "drop all connections and refuse new ones for VALUE seconds",
+}
+NEED_VALUE = {"pause", "drop", "jump", "loss", "reorder", "duplicate", "garbage", "gone"}
+CONTINUOUS = {"late", "loss", "reorder", "duplicate"}
+OF_CONNECTION = {"close", "reset", "silent", "garbage", "gone"}
+
+_FORM = re.compile(r"(?P<kind>[a-z]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")
+
+
+@dataclass
+class Misbehaviour:
+    """One thing to do wrong, timed from PLAY. It is done once in the camera's life, by the first
+    session that lasts until then; the continuous kinds are done in every session."""
+
+    kind: str
+    value: float
+    time: float
+    stream: int = None
+    _owner: object = field(default=None, repr=False)
+
+    def concerns(self, stream):
+        return self.stream in (None, stream)
+
+    def claim(self, session):
+        """True if the session is the one to do it."""
+        if self.kind in CONTINUOUS:
+            return True
+        if self._owner is None:
+            self._owner = session
+        return self._owner is session
+
+
+def parse_misbehaviour(text):
+    """KIND[:VALUE][@TIME][/STREAM]; without STREAM it concerns all streams."""
+    match = _FORM.fullmatch(text)
+    if not match or match["kind"] not in KINDS:
+        raise ValueError(f"not a misbehaviour: {text}")
+    if (match["value"] is None) == (match["kind"] in NEED_VALUE):
+        raise ValueError(f"{match['kind']} {'needs a' if match['value'] is None else 'has no'} value")
+    stream = None if match["stream"] is None else int(match["stream"])
+    return Misbehaviour(match["kind"], float(match["value"] or 0), float(match["time"] or 0), stream)

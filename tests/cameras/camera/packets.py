@@ -1,0 +1,71 @@
+"""RTP packets and RTCP sender reports: the fields that the camera reads and rewrites."""
+
+import struct
+from dataclasses import dataclass, replace
+
+_SENDER_REPORT = 200
+_H264_SEQUENCE_SET = 7
+_H264_AGGREGATE = 24
+
+
+@dataclass(frozen=True)
+class Packet:
+    """A packet on its way to a client, and its age in seconds since PLAY."""
+
+    stream: int
+    is_rtcp: bool
+    data: bytes
+    age: float
+
+    @property
+    def sequence(self):
+        return struct.unpack_from("!H", self.data, 2)[0]
+
+    @property
+    def timestamp(self):
+        return struct.unpack_from("!I", self.data, self._timestamp_offset)[0]
+
+    @property
+    def ssrc(self):
+        return struct.unpack_from("!I", self.data, self._ssrc_offset)[0]
+
+    @property
+    def ends_frame(self):
+        return bool(self.data[1] & 0x80)
+
+    @property
+    def _timestamp_offset(self):
+        return 16 if self.is_rtcp else 4
+
+    @property
+    def _ssrc_offset(self):
+        return 4 if self.is_rtcp else 8
+
+    @property
+    def is_sender_report(self):
+        return self.is_rtcp and self.data[1] == _SENDER_REPORT and len(self.data) >= 28
+
+    def rewritten(self, sequence=None, ssrc=None, timestamp=None, stream=None, payload_type=None):
+        """The packet with other values; RTCP has no sequence number and no payload type."""
+        data = bytearray(self.data)
+        if sequence is not None and not self.is_rtcp:
+            struct.pack_into("!H", data, 2, sequence & 0xFFFF)
+        if payload_type is not None and not self.is_rtcp:
+            data[1] = data[1] & 0x80 | payload_type
+        if timestamp is not None and (self.is_sender_report or not self.is_rtcp):
+            struct.pack_into("!I", data, self._timestamp_offset, timestamp & 0xFFFFFFFF)
+        if ssrc is not None:
+            struct.pack_into("!I", data, self._ssrc_offset, ssrc & 0xFFFFFFFF)
+        return replace(self, data=bytes(data), stream=self.stream if stream is None else stream)
+
+    def begins_h264_key_frame(self):
+        """True for a packet with a sequence parameter set, which the encoder puts before each key frame."""
+        unit, payload = self.data[12] & 0x1F, self.data[12:]
+        if unit == _H264_SEQUENCE_SET:
+            return True
+        return unit == _H264_AGGREGATE and payload[3] & 0x1F == _H264_SEQUENCE_SET
+
+
+def goodbye(ssrc):
+    """An RTCP packet that announces the end of a source."""
+    return struct.pack("!BBHI", 0x81, 203, 1, ssrc)

@@ -1,0 +1,122 @@
+"""The camera: a sender behind an RTSP server on 127.0.0.1."""
+
+import asyncio
+import re
+import time
+from dataclasses import dataclass, field
+
+from . import description as descriptions
+from .packets import Packet
+from .passwords import PasswordCheck
+from .ports import reserved_port
+from .sender import Sender
+from .session import Session
+
+PATH = "/camera"
+
+
+@dataclass
+class Options:
+    """How the camera serves what it sends."""
+
+    transports: set = field(default_factory=lambda: {"tcp", "udp"})
+    udp_blocked: bool = False
+    statuses: dict = field(default_factory=dict)  # what methods are answered with, if not 200
+    deaf: bool = False  # takes connections, answers nothing
+    credentials: tuple = None  # user, password, scheme
+    certificate: object = None  # an ssl.SSLContext for rtsps
+    rtp_info: bool = True
+    rtpmaps: bool = False
+    parameter_sets: bool = True
+    lifetime: int = 60
+
+
+class RtspCamera:
+    def __init__(self, contents, cache, options, misbehaviours, switch_to=None):
+        self.options = options
+        self.misbehaviours = misbehaviours
+        self.substitute = len(contents)  # the stream that `switch` takes the place of another with
+        self.password_check = PasswordCheck(*options.credentials) if options.credentials else None
+        self.streams = []
+        self.description = ""
+        self._count = len(contents)
+        self._sender = Sender([*contents, *([switch_to] if switch_to else [])], cache, options.lifetime,
+                              self._receive)
+        self._last = {}
+        self._reports = {}
+        self._sessions = set()
+        self._server = None
+        self._reservation = reserved_port()
+        self._port = self._reservation.getsockname()[1]
+
+    async def prepare(self):
+        """Starts the sender; the camera's address is known from here on."""
+        text = await self._sender.start()
+        self.streams = descriptions.streams_of(text)
+        self.description = descriptions.served(text, self._count, self.options.rtpmaps,
+                                               self.options.parameter_sets)
+
+    async def stop(self):
+        self._drop_all()
+        await self._sender.stop()
+
+    def uri(self):
+        scheme = "rtsps" if self.options.certificate else "rtsp"
+        return f"{scheme}://127.0.0.1:{self._port}{PATH}"
+
+    def serves(self, uri):
+        return re.sub(r"^rtsps?://[^/]*", "", uri).rstrip("/") == PATH
+
+    def stream_named(self, uri):
+        match = re.search(r"/stream=(\d+)$", uri)
+        if match and int(match[1]) < self._count:
+            return int(match[1])
+        return None
+
+    def rtp_info(self, streams):
+        """Each stream's next sequence number and its timestamp now, once it has sent something."""
+        if not self.options.rtp_info or not all(stream in self._last and stream in self._reports for stream in streams):
+            return ""
+        return ",".join(self._rtp_info(stream) for stream in streams)
+
+    def _rtp_info(self, stream):
+        report, arrival = self._reports[stream]
+        elapsed = int((time.monotonic() - arrival) * self.streams[stream].clock_rate)
+        timestamp = (report.timestamp + elapsed) & 0xFFFFFFFF
+        sequence = (self._last[stream].sequence + 1) & 0xFFFF
+        return f"url={self.uri()}/stream={stream};seq={sequence};rtptime={timestamp}"
+
+    def leave(self, seconds):
+        """Drops all connections and refuses new ones for a while."""
+        self._drop_all()
+        asyncio.get_running_loop().call_later(seconds, self._come_back)
+
+    def _come_back(self):
+        asyncio.ensure_future(self.listen())
+
+    async def listen(self):
+        self._server = await asyncio.start_server(self._serve, "127.0.0.1", self._port,
+                                                  ssl=self.options.certificate)
+
+    async def _serve(self, reader, writer):
+        session = Session(self, reader, writer)
+        self._sessions.add(session)
+        try:
+            await session.serve()
+        finally:
+            self._sessions.discard(session)
+
+    def _drop_all(self):
+        if self._server:
+            self._server.close()
+        for session in list(self._sessions):
+            session.close()
+
+    def _receive(self, stream, is_rtcp, data):
+        packet = Packet(stream, is_rtcp, data, 0)
+        if not is_rtcp:
+            self._last[stream] = packet
+        elif packet.is_sender_report:
+            self._reports[stream] = packet, time.monotonic()
+        for session in list(self._sessions):
+            session.receive(stream, is_rtcp, data)

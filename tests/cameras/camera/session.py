@@ -1,0 +1,160 @@
+"""One client's connection: answers its requests and sends it the packets that it set up."""
+
+import asyncio
+import os
+import secrets
+import socket
+import struct
+
+from .messages import answer, read_request
+from .misbehaviour import OF_CONNECTION
+from .packets import Packet
+from .stages import chain
+from .transports import make_transport
+
+METHODS = "OPTIONS, DESCRIBE, SETUP, PLAY, PAUSE, GET_PARAMETER, TEARDOWN"
+
+
+class Session:
+    def __init__(self, camera, reader, writer):
+        self._camera = camera
+        self._reader = reader
+        self._writer = writer
+        self._id = secrets.token_hex(8)
+        self._transports = {}
+        self._play_time = None
+        self._playing = False
+        self._silent = False
+        self._timers = []
+        self._first_stage = None
+
+    async def serve(self):
+        """Answers requests until the client or a misbehaviour ends the connection."""
+        try:
+            while True:
+                request = await read_request(self._reader)
+                if self._silent or self._camera.options.deaf:
+                    continue
+                self._writer.write(self._answer(request))
+                await self._writer.drain()
+                if request.method == "TEARDOWN":
+                    break
+        except (EOFError, ConnectionError, asyncio.LimitOverrunError):
+            pass
+        finally:
+            self.close()
+
+    def close(self):
+        self._playing = False
+        for timer in self._timers:
+            timer.cancel()
+        for transport in self._transports.values():
+            transport.close()
+        self._transports = {}
+        self._writer.close()
+
+    def receive(self, stream, is_rtcp, data):
+        """Takes a packet of the sender; clients that play get it after the stages."""
+        if self._playing:
+            age = asyncio.get_running_loop().time() - self._play_time
+            self._first_stage(Packet(stream, is_rtcp, data, age))
+
+    def send(self, stream, is_rtcp, data):
+        if stream in self._transports and not self._silent:
+            self._transports[stream].send(is_rtcp, data)
+
+    # Requests
+
+    def _answer(self, request):
+        options = self._camera.options
+        if request.method in options.statuses:
+            return answer(request, options.statuses[request.method])
+        check = self._camera.password_check
+        if check and request.method != "OPTIONS" and not check.accepts(
+                request.method, request.header("Authorization")):
+            return answer(request, 401, [("WWW-Authenticate", check.challenge())])
+        handler = getattr(self, f"_{request.method.lower()}", None)
+        if handler is None or request.method not in METHODS:
+            return answer(request, 405, [("Allow", METHODS)])
+        return handler(request)
+
+    def _options(self, request):
+        return answer(request, 200, [("Public", METHODS)])
+
+    def _describe(self, request):
+        if not self._camera.serves(request.uri):
+            return answer(request, 404)
+        headers = [("Content-Base", self._camera.uri() + "/"), ("Content-Type", "application/sdp")]
+        return answer(request, 200, headers, self._camera.description)
+
+    def _setup(self, request):
+        stream = self._camera.stream_named(request.uri)
+        if stream is None:
+            return answer(request, 404)
+        options = self._camera.options
+        transport = make_transport(request.header("Transport"), self._writer, options.transports,
+                                   options.udp_blocked)
+        if transport is None:
+            return answer(request, 461)
+        self._transports[stream] = transport
+        return answer(request, 200, [("Transport", transport.header()), self._session_header()])
+
+    def _play(self, request):
+        if request.header("Session") != self._id:
+            return answer(request, 454)
+        if self._play_time is None:
+            print("PLAY", flush=True)
+            self._play_time = asyncio.get_running_loop().time()
+            self._first_stage = chain(self._camera, self, self._deliver)
+            self._plan_connection_events()
+        self._playing = True
+        headers = [self._session_header(), ("Range", "npt=now-")]
+        rtp_info = self._camera.rtp_info(sorted(self._transports))
+        return answer(request, 200, headers + ([("RTP-Info", rtp_info)] if rtp_info else []))
+
+    def _pause(self, request):
+        self._playing = False
+        return answer(request, 200, [self._session_header()])
+
+    def _get_parameter(self, request):
+        return answer(request, 200, [self._session_header()])
+
+    def _teardown(self, request):
+        self._playing = False
+        return answer(request, 200, [self._session_header()])
+
+    def _session_header(self):
+        return "Session", f"{self._id};timeout=60"
+
+    def _deliver(self, packet):
+        self.send(packet.stream, packet.is_rtcp, packet.data)
+
+    # Misbehaviours of the connection
+
+    def _plan_connection_events(self):
+        loop = asyncio.get_running_loop()
+        for misbehaviour in self._camera.misbehaviours:
+            if misbehaviour.kind in OF_CONNECTION:
+                self._timers.append(loop.call_later(misbehaviour.time, self._misbehave, misbehaviour))
+
+    def _misbehave(self, misbehaviour):
+        if misbehaviour.claim(self):
+            getattr(self, f"_do_{misbehaviour.kind}")(misbehaviour.value)
+
+    def _do_close(self, _):
+        self.close()
+
+    def _do_reset(self, _):
+        # No lingering: the kernel answers with RST instead of FIN.
+        self._writer.get_extra_info("socket").setsockopt(
+            socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self._writer.transport.abort()
+
+    def _do_silent(self, _):
+        self._silent = True
+
+    def _do_garbage(self, count):
+        self._writer.write(os.urandom(int(count)))
+
+    def _do_gone(self, seconds):
+        self._camera.leave(seconds)

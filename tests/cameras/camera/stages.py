@@ -1,0 +1,192 @@
+"""The stages that a session's packets pass, one for each misbehaviour of the stream."""
+
+import asyncio
+import random
+
+from .misbehaviour import OF_CONNECTION
+from .packets import goodbye
+
+SEED = 1
+PICTURES_PER_SECOND = 25
+
+
+class Stage:
+    """Passes packets on to the next stage; subclasses change, hold or drop them."""
+
+    def __init__(self, misbehaviour, camera, session):
+        self.misbehaviour = misbehaviour
+        self.camera = camera
+        self.session = session
+        self.forward = None
+
+    def concerns(self, packet):
+        return (self.misbehaviour.concerns(packet.stream) and packet.age >= self.misbehaviour.time
+                and self.misbehaviour.claim(self.session))
+
+    def accept(self, packet):
+        if self.concerns(packet):
+            self.change(packet)
+        else:
+            self.forward(packet)
+
+    def change(self, packet):
+        raise NotImplementedError
+
+
+class Pause(Stage):
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._held = []
+        self._released = False
+
+    def change(self, packet):
+        if self._released:
+            self.forward(packet)
+            return
+        if not self._held:
+            asyncio.get_running_loop().call_later(self.misbehaviour.value, self._release)
+        self._held.append(packet)
+
+    def _release(self):
+        self._released = True
+        for packet in self._held:
+            self.forward(packet)
+
+
+class Drop(Stage):
+    def change(self, packet):
+        if packet.age >= self.misbehaviour.time + self.misbehaviour.value:
+            self.forward(packet)
+
+
+class Stop(Stage):
+    def change(self, packet):
+        pass
+
+
+class Bye(Stage):
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._ended = set()
+
+    def change(self, packet):
+        if packet.stream not in self._ended and not packet.is_rtcp:
+            self._ended.add(packet.stream)
+            self.session.send(packet.stream, True, goodbye(packet.ssrc))
+
+
+class Late(Stage):
+    def accept(self, packet):
+        if not self.misbehaviour.concerns(packet.stream) or packet.age >= self.misbehaviour.time:
+            self.forward(packet)
+
+
+class Jump(Stage):
+    def change(self, packet):
+        ticks = round(self.misbehaviour.value * self.camera.streams[packet.stream].clock_rate)
+        self.forward(packet.rewritten(timestamp=packet.timestamp + ticks))
+
+
+class NewSsrc(Stage):
+    def change(self, packet):
+        self.forward(packet.rewritten(sequence=packet.sequence + 12345, ssrc=packet.ssrc ^ 0x5A5A5A5A,
+                                      timestamp=packet.timestamp + 1234567890))
+
+
+class Switch(Stage):
+    """Replaces a stream from its substitute's next key frame on, in the original's numbering."""
+
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._stream = self.misbehaviour.stream or 0
+        self._last = None
+        self._offsets = None  # of the substitute's sequence numbers and timestamps, once it is on
+
+    def accept(self, packet):
+        if packet.stream == self.camera.substitute:
+            self._accept_substitute(packet)
+        elif packet.stream != self._stream:
+            self.forward(packet)
+        elif self._offsets is None:
+            self._last = self._last if packet.is_rtcp else packet
+            self.forward(packet)
+
+    def _accept_substitute(self, packet):
+        if self._offsets is None and self._begins(packet):
+            step = self.camera.streams[self._stream].clock_rate // PICTURES_PER_SECOND
+            self._offsets = (self._last.sequence + 1 - packet.sequence,
+                             self._last.timestamp + step - packet.timestamp)
+        if self._offsets is not None:
+            self.forward(self._renumbered(packet))
+
+    def _begins(self, packet):
+        return (packet.age >= self.misbehaviour.time and not packet.is_rtcp and self._last is not None
+                and self._last.ends_frame and packet.begins_h264_key_frame()
+                and self.misbehaviour.claim(self.session))
+
+    def _renumbered(self, packet):
+        sequence = None if packet.is_rtcp else packet.sequence + self._offsets[0]
+        return packet.rewritten(sequence=sequence, ssrc=self._last.ssrc, stream=self._stream,
+                                timestamp=packet.timestamp + self._offsets[1],
+                                payload_type=self._last.data[1] & 0x7F)
+
+
+class RandomStage(Stage):
+    """Acts on a share of the RTP packets, which is the same on each run."""
+
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._random = random.Random(SEED)
+
+    def change(self, packet):
+        if not packet.is_rtcp and self._random.random() * 100 < self.misbehaviour.value:
+            self.change_chosen(packet)
+        else:
+            self.forward(packet)
+
+    def change_chosen(self, packet):
+        raise NotImplementedError
+
+
+class Loss(RandomStage):
+    def change_chosen(self, packet):
+        pass
+
+
+class Duplicate(RandomStage):
+    def change_chosen(self, packet):
+        self.forward(packet)
+        self.forward(packet)
+
+
+class Reorder(RandomStage):
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._late = {}
+
+    def change(self, packet):
+        super().change(packet)
+        if not packet.is_rtcp and packet.stream in self._late and self._late[packet.stream] is not packet:
+            self.forward(self._late.pop(packet.stream))
+
+    def change_chosen(self, packet):
+        if packet.stream in self._late:
+            self.forward(packet)
+        else:
+            self._late[packet.stream] = packet
+
+
+_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "ssrc": NewSsrc,
+           "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
+
+
+def chain(camera, session, deliver):
+    """The function that a session's packets enter; what passes all stages is delivered."""
+    accept = deliver
+    for misbehaviour in reversed(camera.misbehaviours):
+        if misbehaviour.kind in OF_CONNECTION:
+            continue
+        stage = _STAGES[misbehaviour.kind](misbehaviour, camera, session)
+        stage.forward = accept
+        accept = stage.accept
+    return accept

@@ -1,0 +1,1 @@
+"""Runs record_camera against cameras, and judges what it says and writes."""

@@ -1,0 +1,98 @@
+"""A case: what a camera does, what the recorder is asked for, and what must result."""
+
+import re
+from dataclasses import dataclass
+
+OUTPUT = "camera"  # the recording's name, without its extension
+EXISTING_CONTENTS = b"written before the recording"
+
+
+@dataclass(frozen=True)
+class StreamExpectation:
+    codec: str  # as ffprobe names it
+    seconds: float
+
+
+@dataclass(frozen=True)
+class Case:
+    """One row of the table.
+
+    camera        the arguments of test_camera, "simulated" or "vlc" with theirs, or "" for none
+    to            the extension of the file recorded into
+    files         what each file must hold: codecs, each with =SECONDS where it differs from the
+                  number at the end; that is `seconds` where there is none
+    seconds       what the recorder is asked for by --duration
+    options       its other options; {folder}, {ca}, {password} are filled in
+    lines         regular expressions, each of which must match in the output; those that begin
+                  with "not " must not
+    address       what the recorder is given as the camera's address, if not {uri}
+    status        the recorder's exit status; None if both 0 and 1 will do
+    tolerance     s, of the durations
+    largest_step  s, between two pictures
+    rate          pictures in a second
+    whole         False: pictures were lost on the way, so decoding may complain
+    apart         s, by which the starts of a file's streams may differ
+    total         s, of all files together, where it counts rather than that of each
+    signal        "NAME@SECONDS": sent to the recorder so long after PLAY
+    password      written to a file for --password-file; must not show in any output
+    environment   variables of the recorder, NAME=VALUE
+    largest_file  bytes after which writing fails, as on a full disk
+    existing      the file is there before
+    second        a second recorder is started into the same file, and must be refused
+    leaves        another file that the recorder must leave in {folder}
+    """
+
+    name: str
+    camera: str
+    to: str
+    files: tuple = ()
+    seconds: float = 3
+    options: str = ""
+    lines: tuple = ()
+    address: str = "{uri}"
+    status: int = 0
+    tolerance: float = 0.25
+    largest_step: float = 0.1
+    rate: float = 25
+    whole: bool = True
+    apart: float = 0.3
+    total: float = None
+    signal: str = ""
+    password: str = ""
+    environment: tuple = ()
+    largest_file: int = None
+    existing: bool = False
+    second: bool = False
+    leaves: str = ""
+
+    def expected_streams(self, index):
+        """What file number `index` must hold."""
+        *codecs, last = self.files[index].split()
+        if not re.fullmatch(r"[\d.]+", last):
+            codecs, last = [*codecs, last], self.seconds
+        pairs = (codec.partition("=") for codec in codecs)
+        return [StreamExpectation(name, float(seconds or last)) for name, _, seconds in pairs]
+
+    def file_names(self):
+        """One pattern for each file, in their order."""
+        if "--segment" in self.options:
+            return [rf"{OUTPUT}-\d{{8}}T\d{{6}}Z(-\d{{4}})?\.{self.to}"] * len(self.files)
+        numbers = ["", *(f"-{number:04}" for number in range(1, len(self.files)))]
+        return [rf"{OUTPUT}{number}\.{self.to}" for number in numbers[:len(self.files)]]
+
+    def is_killed(self):
+        return self.signal.startswith("KILL") or self.largest_file is not None
+
+    def longest(self):
+        """s, after which the case has failed."""
+        return self.seconds + 45
+
+
+def as_tuple(value):
+    return (value,) if isinstance(value, str) else tuple(value)
+
+
+def row(name, camera, to, files=(), **others):
+    for field in ("lines", "environment"):
+        others[field] = as_tuple(others.get(field, ()))
+    return Case(name, camera, to, as_tuple(files), **others)

@@ -1,0 +1,144 @@
+"""Compares what a recorder said and wrote with what a case asks for."""
+
+import re
+
+from .case import EXISTING_CONTENTS
+from .media_files import decoding_complaints, read_media_file
+
+AUDIO_STEP = 0.25  # s; packets of audio may be that long
+LATEST_START = 0.3  # s; a file's own time begins at 0
+
+
+def judge(case, outcome, folder):
+    """The reasons why a case has failed; none if it passed."""
+    return [*_output_reasons(case, outcome), *_file_reasons(case, folder)]
+
+
+def _output_reasons(case, outcome):
+    if outcome.timed_out:
+        yield f"did not end within {case.longest():.0f} s"
+    elif case.signal.startswith("KILL"):
+        pass
+    elif case.status is None and outcome.status in (0, 1):
+        pass
+    elif outcome.status != case.status:
+        yield f"exit status {outcome.status}, not {case.status}"
+    if not case.signal.startswith("KILL"):
+        yield from _stderr_reasons(outcome)
+    text = outcome.out + outcome.err
+    for pattern in case.lines:
+        wanted = not pattern.startswith("not ")
+        if bool(re.search(pattern.removeprefix("not "), text, re.M)) != wanted:
+            yield f"{'no line matches' if wanted else 'a line matches'} {pattern.removeprefix('not ')!r}"
+    if case.password and case.password in text:
+        yield "the password shows in the output"
+
+
+def _stderr_reasons(outcome):
+    """Silence after success, one line after a failure."""
+    lines = outcome.err.splitlines()
+    if outcome.status == 0 and lines:
+        yield f"stderr: {lines[0]!r}"
+    if outcome.status == 1 and (len(lines) != 1 or not lines[0].startswith("record_camera: error ")):
+        yield f"{len(lines)} lines on stderr: {lines[:2]!r}"
+
+
+def _file_reasons(case, folder):
+    found = sorted(path.name for path in folder.iterdir())
+    patterns = case.file_names()
+    if len(found) != len(patterns) or not all(map(re.fullmatch, patterns, sorted(found, key=_number))):
+        yield f"files {found}, not {len(patterns)}"
+    total = 0
+    for index, name in enumerate(sorted(found, key=_number)[:len(patterns)]):
+        if case.existing and "--overwrite" not in case.options:
+            if (folder / name).read_bytes() != EXISTING_CONTENTS:
+                yield f"{name}: has been changed"
+            continue
+        media = read_media_file(folder / name)
+        if isinstance(media, str):
+            yield f"{name}: {media}"
+            continue
+        total += max((stream.seconds() for stream in media.streams), default=0)
+        for reason in _media_reasons(case, case.expected_streams(index), media, name):
+            yield f"{name}: {reason}"
+        complaints = decoding_complaints(folder / name) if case.whole else ""
+        if complaints:
+            yield f"{name}: ffmpeg: {complaints}"
+    if case.total is not None and abs(total - case.total) > case.tolerance:
+        yield f"{total:.2f} s in all files, not {case.total} s"
+
+
+def _number(name):
+    """The first file of a recording has no number and sorts first."""
+    match = re.search(r"-(\d{4})\.\w+$", name)
+    return int(match[1]) if match else 0, name
+
+
+def _media_reasons(case, expected, media, name):
+    codecs, wanted = sorted(stream.codec for stream in media.streams), sorted(stream.codec for stream in expected)
+    if codecs != wanted:
+        yield f"holds {' '.join(codecs) or 'nothing'}, not {' '.join(wanted)}"
+        return
+    pairs = _pairs(expected, media.streams)
+    for expectation, stream in pairs:
+        for reason in _stream_reasons(case, expectation, stream, name):
+            yield f"{stream.codec}: {reason}"
+    starts = [stream.known_times()[0] for stream in media.streams if stream.known_times()]
+    if starts and max(starts) - min(starts) > case.apart:
+        yield f"streams start {max(starts) - min(starts):.2f} s apart"
+    if starts and not -0.1 <= min(starts) <= LATEST_START:
+        yield f"begins at {min(starts):.2f} s"
+    yield from _duration_reasons(case, media)
+
+
+def _pairs(expected, streams):
+    """Each expectation beside the stream of its codec; two of one codec in the file's order."""
+    left = list(streams)
+    pairs = []
+    for expectation in expected:
+        stream = next(stream for stream in left if stream.codec == expectation.codec)
+        left.remove(stream)
+        pairs.append((expectation, stream))
+    return pairs
+
+
+def _duration_reasons(case, media):
+    if case.is_killed():
+        return
+    ends = [stream.known_times()[0] + stream.seconds() for stream in media.streams if stream.known_times()]
+    if media.duration is None:
+        yield "states no duration"
+    elif ends and abs(media.duration - max(ends)) > 0.3:
+        yield f"states a duration of {media.duration:.2f} s, ends at {max(ends):.2f} s"
+
+
+def _stream_reasons(case, expectation, stream, name):
+    if not stream.times:
+        yield "no packets"
+        return
+    yield from _time_reasons(stream, name)
+    seconds = stream.seconds()
+    if case.total is None and abs(seconds - expectation.seconds) > case.tolerance:
+        yield f"{seconds:.2f} s, not {expectation.seconds:g} s"
+    largest_step = max(case.largest_step, 0 if stream.is_video else AUDIO_STEP)
+    if max(stream.steps(), default=0) > largest_step:
+        yield f"a step of {max(stream.steps()):.2f} s"
+    if not stream.is_video:
+        return
+    if not stream.first_is_key:
+        yield "does not begin at a key frame"
+    frames = seconds * case.rate
+    if case.whole and abs(len(stream.times) - frames) > 2 + frames * 0.02:
+        yield f"{len(stream.times)} frames in {seconds:.2f} s"
+
+
+def _time_reasons(stream, name):
+    untimed = stream.times.count(None)
+    if untimed:
+        yield f"{untimed} packets without a time"
+    if len(set(stream.times)) != len(stream.times):
+        yield f"{len(stream.times) - len(set(stream.times))} packets with the time of another"
+    if name.endswith((".mp4", ".mov")):
+        times = stream.decode_times
+        if None in times or any(later <= earlier for earlier, later in zip(times, times[1:])):
+            yield "decode times do not increase"
