@@ -5,7 +5,7 @@ from .case import row
 ODD_PASSWORD = "p@ss:w/rd?#% ü"
 ODD_LOGIN = "--user 'op er@tor' --password '" + ODD_PASSWORD + "'"
 LOGIN = "--user 'op er@tor' --password-file {password}"
-NOT_RECORDED = r"^stream \d+: {} {}: not recorded, "
+NOT_RECORDED = r"^the camera offers {1}: {0}, not recorded, "
 
 
 def not_recorded(media, encoding, reason=""):
