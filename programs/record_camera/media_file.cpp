@@ -69,6 +69,7 @@ Media_File::Media_File(GstElement *pipeline, const Container &container, std::st
     feeds_[i]->begin("stream-" + std::to_string(tracks_[i].stream), stamp(start_));
 }
 
+//! [add the tracks]
 void Media_File::add_tracks(GstElement *muxer) {
   for (Track &track : tracks_) {
     track.begin = track.end = start_;
@@ -80,6 +81,7 @@ void Media_File::add_tracks(GstElement *muxer) {
     queues_.push_back(queue);
   }
 }
+//! [add the tracks]
 
 std::size_t Media_File::index_of(guint stream) const noexcept {
   const auto track = std::find_if(tracks_.begin(), tracks_.end(), [stream](const Track &candidate) {
@@ -166,10 +168,12 @@ std::vector<std::string> Media_File::queue_reports() const {
   return reports;
 }
 
+//! [finish the file]
 // The bin forwards the messages of its elements; the end of the stream reaches the file sink last.
 void Media_File::handle(const GstMessage *message) {
   const boost::intrusive_ptr<GstMessage> forwarded = forwarded_message(message);
   if (forwarded && GST_MESSAGE_TYPE(forwarded.get()) == GST_MESSAGE_EOS) finished_ = true;
 }
+//! [finish the file]
 
 }  // namespace kel::tavren::programs

@@ -24,6 +24,7 @@ GstElement *Pipeline_Bin::add(const std::string &factory, const std::string &nam
   return Media_Helper::create_and_add_element_to_bin(factory, bin_.get(), name);
 }
 
+//! [start the elements]
 // An element that cannot start has already reported the reason on the bus.
 void Pipeline_Bin::start() const {
   try {
@@ -33,6 +34,7 @@ void Pipeline_Bin::start() const {
     throw;
   }
 }
+//! [start the elements]
 
 // Takes the first error of this bin from the bus; the other messages stay there.
 Message Pipeline_Bin::take_error() const {

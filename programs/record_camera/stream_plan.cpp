@@ -70,6 +70,7 @@ std::string find_depayloader(const GstCaps *rtp_caps) {
   return {};
 }
 
+//! [choose a depayloader]
 // Sets the depayloader or the obstacle.
 void choose_depayloader(Stream_Plan &plan, const GstCaps *rtp_caps) {
   try {
@@ -80,6 +81,7 @@ void choose_depayloader(Stream_Plan &plan, const GstCaps *rtp_caps) {
     if (plan.depayloader.empty()) plan.obstacle = describe_refusal(error.code(), error.what());
   }
 }
+//! [choose a depayloader]
 
 // Some depayloaders can make several kinds of media: the camera says which it is.
 bool is_of_media(const Caps &caps, const std::string &media) {
@@ -99,6 +101,7 @@ bool leads_to(const std::string &parser, const Caps &media, const Container &con
          intersect(template_caps(parser, GST_PAD_SRC), container.formats);
 }
 
+//! [choose a parser]
 // The name of the parser for the media; empty if none is needed, nothing if there is no way.
 std::optional<std::string> find_parser(MediaType kind, const Caps &media,
                                        const Container &container) {
@@ -112,6 +115,7 @@ std::optional<std::string> find_parser(MediaType kind, const Caps &media,
     if (leads_to(factory_name(node->data), media, container)) return factory_name(node->data);
   return passes_unparsed ? std::optional<std::string>("") : std::nullopt;
 }
+//! [choose a parser]
 
 // The element that adds decoding times to a codec that sends frames out of display order, for a
 // container that has a place for them.
