@@ -72,7 +72,7 @@ Media_File::Media_File(GstElement *pipeline, const Container &container, std::st
 //! [add the tracks]
 void Media_File::add_tracks(GstElement *muxer) {
   for (Track &track : tracks_) {
-    track.begin = track.end = start_;
+    track.begin = track.end = track.covered = start_;
     GstElement *const queue = bin_.add("queue", "queue_" + std::to_string(track.stream));
     g_object_set(queue, "max-size-buffers", 0U, "max-size-bytes", 0U, "max-size-time", guint64{0},
                  nullptr);
@@ -106,18 +106,19 @@ void Media_File::write(guint stream, const Frame &frame) {
   feeds_[index]->push(buffer);
   if (track.frames++ == 0) track.begin = frame.pts;
   track.end = std::max(track.end, frame.pts + static_cast<gint64>(frame.duration));
+  track.covered = std::max(track.covered, track.end);
 }
 
 void Media_File::bridge_gaps() {
   gint64 newest = start_;
   for (const Track &track : tracks_)
-    newest = std::max(newest, track.end);
+    newest = std::max(newest, track.covered);
   for (std::size_t i = 0; i < tracks_.size(); ++i) {
     Track &track = tracks_[i];
-    if (track.has_ended || newest - track.end <= longest_lag) continue;
+    if (track.has_ended || newest - track.covered <= longest_lag) continue;
     const gint64 until = newest - longest_lag / 2;
-    feeds_[i]->push_gap(stamp(track.end), stamp(until));
-    track.end = until;
+    feeds_[i]->push_gap(stamp(track.covered), stamp(until));
+    track.covered = until;
   }
 }
 

@@ -23,8 +23,9 @@ struct Track {
   boost::intrusive_ptr<GstCaps> caps;
   bool has_ended = false;
   guint64 frames = 0;
-  gint64 begin = 0;  // of the first frame, in ns of running time
-  gint64 end = 0;    // of the last frame or announced gap
+  gint64 begin = 0;    // of the first frame, in ns of running time
+  gint64 end = 0;      // of the last frame
+  gint64 covered = 0;  // the end of the last frame or announced gap
 
   GstClockTime duration() const noexcept {
     return frames == 0 ? 0 : static_cast<GstClockTime>(end - begin);
@@ -50,7 +51,8 @@ public:
   // Reports, for each queue, how full it is.
   std::vector<std::string> queue_reports() const;
 
-  // Whether the file has a track for the stream, with caps that let it go on.
+  bool has_track(guint stream) const noexcept { return index_of(stream) < tracks_.size(); }
+  // Whether the file has a track for the stream that goes on, with caps that let it go on.
   bool takes(guint stream, const GstCaps *caps) const;
   void write(guint stream, const Frame &frame);
   // Lets a muxer go on that waits for a stream which has sent nothing for a while.

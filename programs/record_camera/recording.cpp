@@ -21,6 +21,7 @@ constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
 constexpr gint64 quiet_limit = 10 * seconds;       // for a stream that has stopped
 constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
 constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
+constexpr gint64 last_frame_limit = 4 * seconds;   // for a next frame when the time is over
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -208,6 +209,7 @@ void Recording::write(Stream &stream, const Frame &frame) {
   stream.file->write(stream.number, frame);
   if (std::exchange(is_resuming_, false)) gap_ = Gap{last_recorded_, frame.arrival};
   last_recorded_ = std::max(last_recorded_, frame.arrival);
+  last_written_ = now();
   const GstClockTime length = frame.duration != 0 ? frame.duration : stream.times.interval();
   totals_[stream.number].duration += length;
   end_ = std::max(end_, frame.pts + static_cast<gint64>(length));
@@ -225,7 +227,7 @@ bool Recording::is_past_end(Stream &stream, const Frame &frame) const {
 Recording::Stream *Recording::leading_stream() {
   Stream *first = nullptr;
   for (auto &[number, stream] : streams_) {
-    if (stream.is_over || stream.last_arrival == 0) continue;
+    if (stream.is_over || stream.is_quiet || stream.last_arrival == 0) continue;
     if (stream.is_video) return &stream;
     if (first == nullptr) first = &stream;
   }
@@ -262,7 +264,7 @@ bool Recording::open_file() {
     begin_arrival_ = now();
   }
   for (auto &[number, stream] : streams_) {
-    if (stream.file != nullptr || stream.caps == nullptr) continue;
+    if (stream.file != nullptr || !file.has_track(number)) continue;
     stream.file = &file;
     stream.needs_key = true;
     while (!stream.waiting.empty() && stream.waiting.front().pts < start)
@@ -275,7 +277,7 @@ bool Recording::open_file() {
 std::vector<Track> Recording::tracks_for_file() const {
   std::vector<Track> tracks;
   for (const auto &[number, stream] : streams_) {
-    if (stream.is_over || stream.caps == nullptr) continue;
+    if (stream.is_over || stream.is_quiet || stream.caps == nullptr) continue;
     Track &track = tracks.emplace_back();
     track.stream = number;
     track.name = stream.name;
@@ -316,9 +318,8 @@ bool Recording::is_complete() const {
   if (options_.duration == 0 || !begin_) return false;
   if (first_over_ != 0 && (all_ended() || now() - first_over_ > last_frames_limit)) return true;
   // Nothing need arrive at the end: a camera may send few frames, or be away.
-  const gint64 quiet = now() - std::max(last_arrival_, begin_arrival_);
-  return quiet > last_frames_limit &&
-         in_ns(now() - begin_arrival_ - last_frames_limit) > static_cast<gint64>(options_.duration);
+  return now() - std::max(last_arrival_, begin_arrival_) > last_frame_limit &&
+         in_ns(now() - begin_arrival_) > static_cast<gint64>(options_.duration);
 }
 
 bool Recording::all_ended() const {
@@ -327,7 +328,8 @@ bool Recording::all_ended() const {
 }
 
 bool Recording::waits_for_key_frame() const {
-  return files_.is_empty() && first_arrival_ != 0 && now() - first_arrival_ > key_frame_limit;
+  return files_.is_empty() && first_arrival_ != 0 &&
+         now() - std::max(first_arrival_, last_written_) > key_frame_limit;
 }
 
 GstClockTime Recording::recorded() const noexcept {

@@ -132,6 +132,7 @@ private:
   bool is_session_ending_ = false;
   bool is_resuming_ = false;  // nothing has been recorded since the last session
   gint64 last_recorded_ = 0;  // when the last recorded frame arrived, UTC in us
+  gint64 last_written_ = 0;   // when the last frame was written, on the monotonic clock in us
   std::optional<Gap> gap_;
   gint64 first_arrival_ = 0;  // in the session, in us of the monotonic clock; 0: none yet
   gint64 last_arrival_ = 0;
