@@ -64,6 +64,8 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
   // camera pauses for longer than its timeout.
   g_object_set(source, "location", options.address.location.c_str(), "tcp-timeout",
                connection_timeout, "timeout", guint64{0}, "latency", options.latency, nullptr);
+  // The first packet of a new SSRC is taken at its word: the connection is the camera's.
+  g_object_set(source, "probation", 1U, nullptr);
   if (!options.address.user.empty())
     g_object_set(source, "user-id", options.address.user.c_str(), "user-pw",
                  options.address.password.c_str(), nullptr);

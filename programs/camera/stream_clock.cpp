@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
-#include <optional>
+#include <utility>
 
 #include <gst/rtp/gstrtpbuffer.h>
 #include <tavren/capture/media_helper.h>
@@ -27,62 +26,64 @@ gint64 now_in_ns(gint64 us) noexcept {
   return us * ns_per_us;
 }
 
-// The clock of the stream that a depayloader receives now.
-struct Current_Clock {
-  guint32 ssrc = 0;
-  std::optional<Stream_Clock> clock;
-};
-
-// Restarts the clock for a stream with another SSRC, if the pad's caps name the rate.
-void follow_ssrc(Current_Clock &current, guint32 ssrc, GstPad *pad) noexcept {
-  if (current.clock && current.ssrc == ssrc) return;
+// The rate of the RTP timestamps on a pad in Hz; 0: unknown.
+guint rate_on(GstPad *pad) noexcept {
   const boost::intrusive_ptr<GstCaps> caps(gst_pad_get_current_caps(pad), false);
   int rate = 0;
-  if (!caps || !gst_structure_get_int(gst_caps_get_structure(caps.get(), 0), "clock-rate", &rate) ||
-      rate <= 0)
-    return;
-  current.ssrc = ssrc;
-  current.clock.emplace(static_cast<guint>(rate));
+  if (caps) gst_structure_get_int(gst_caps_get_structure(caps.get(), 0), "clock-rate", &rate);
+  return rate > 0 ? static_cast<guint>(rate) : 0;
+}
+
+// The time of a packet by the jitter buffer. Over TCP, rtspsrc stamps the first packet of each
+// stream with the time at which the first one of all streams arrived: a stream may begin much
+// later.
+GstClockTime expected_time(GstBuffer *packet, GstPad *pad) noexcept {
+  const GstClockTime stamp = GST_BUFFER_DTS_OR_PTS(packet);
+  const GstClockTime now = gst_element_get_current_running_time(GST_PAD_PARENT(pad));
+  if (!GST_CLOCK_TIME_IS_VALID(stamp)) return now;
+  return GST_CLOCK_TIME_IS_VALID(now) && now > stamp + tolerance ? now : stamp;
 }
 
 // Takes a packet and returns it, or a copy that can be written to, with its time.
-GstBuffer *with_time(GstBuffer *packet, GstPad *pad, Current_Clock &current) noexcept {
+GstBuffer *with_time(GstBuffer *packet, GstPad *pad, Shared_Stream_Clock &clock) noexcept {
   GstRTPBuffer rtp = GST_RTP_BUFFER_INIT;
   if (!gst_rtp_buffer_map(packet, GST_MAP_READ, &rtp)) return packet;
   const guint32 timestamp = gst_rtp_buffer_get_timestamp(&rtp);
   const guint32 ssrc = gst_rtp_buffer_get_ssrc(&rtp);
   gst_rtp_buffer_unmap(&rtp);
 
-  follow_ssrc(current, ssrc, pad);
-  const GstClockTime arrival = GST_BUFFER_DTS_OR_PTS(packet);
-  if (!current.clock || !GST_CLOCK_TIME_IS_VALID(arrival)) return packet;
+  const guint rate = rate_on(pad);
+  const GstClockTime expected = expected_time(packet, pad);
+  if (rate == 0 || !GST_CLOCK_TIME_IS_VALID(expected)) return packet;
   packet = gst_buffer_make_writable(packet);
-  GST_BUFFER_PTS(packet) = current.clock->time_of(timestamp, arrival, g_get_monotonic_time());
+  GST_BUFFER_PTS(packet) = clock.time_of(ssrc, rate, timestamp, expected);
   GST_BUFFER_DTS(packet) = GST_CLOCK_TIME_NONE;
   return packet;
 }
 
 struct Probe_Context {
   GstPad *pad;
-  Current_Clock *current;
+  Shared_Stream_Clock *clock;
 };
 
 gboolean set_time_in_list(GstBuffer **packet, guint, gpointer context) noexcept {
   auto &probe = *static_cast<Probe_Context *>(context);
-  *packet = with_time(*packet, probe.pad, *probe.current);
+  *packet = with_time(*packet, probe.pad, *probe.clock);
   return TRUE;
 }
 
+using Clock_Reference = std::shared_ptr<Shared_Stream_Clock>;
+
 GstPadProbeReturn set_times(GstPad *pad, GstPadProbeInfo *info, gpointer data) noexcept {
-  auto &current = *static_cast<Current_Clock *>(data);
+  Shared_Stream_Clock &clock = **static_cast<Clock_Reference *>(data);
   if ((info->type & GST_PAD_PROBE_TYPE_BUFFER_LIST) != 0) {
-    Probe_Context context{pad, &current};
+    Probe_Context context{pad, &clock};
     GstBufferList *const list =
         gst_buffer_list_make_writable(gst_pad_probe_info_get_buffer_list(info));
     gst_buffer_list_foreach(list, set_time_in_list, &context);
     info->data = list;
   } else {
-    info->data = with_time(gst_pad_probe_info_get_buffer(info), pad, current);
+    info->data = with_time(gst_pad_probe_info_get_buffer(info), pad, clock);
   }
   return GST_PAD_PROBE_OK;
 }
@@ -93,16 +94,32 @@ GstClockTime Stream_Clock::time_of(guint32 timestamp, GstClockTime expected, gin
   if (!started_) {
     started_ = true;
     time_ = static_cast<gint64>(expected);
-  } else if (timestamp == timestamp_) {
+  } else if (timestamp == timestamp_ && !restarted_) {
     return static_cast<GstClockTime>(time_);
   } else {
-    const gint64 step = step_to(timestamp, now_in_ns(now - arrival_));
+    const gint64 elapsed = restarted_ ? elapsed_at_restart(expected) : now_in_ns(now - arrival_);
+    const gint64 step = step_to(timestamp, elapsed);
     time_ = std::max<gint64>(0, time_ + step + correction(step));
   }
+  restarted_ = false;
   observe(static_cast<gint64>(expected) - time_, now);
   timestamp_ = timestamp;
   arrival_ = now;
+  expected_ = static_cast<gint64>(expected);
   return static_cast<GstClockTime>(time_);
+}
+
+// The time in ns that has passed at a sender that replaces another: its jitter buffer may hold
+// several packets back until it trusts their numbers.
+gint64 Stream_Clock::elapsed_at_restart(GstClockTime expected) const noexcept {
+  constexpr gint64 packets_held = 5;
+  return static_cast<gint64>(expected) - expected_ - packets_held * usual_step_;
+}
+
+void Stream_Clock::restart(guint rate) noexcept {
+  rate_ = rate;
+  restarted_ = true;
+  window_began_ = 0;
 }
 
 // A difference counts if it has had the same sign for a whole window: late packets differ too.
@@ -131,7 +148,7 @@ gint64 Stream_Clock::correction(gint64 step) noexcept {
 gint64 Stream_Clock::step_to(guint32 timestamp, gint64 elapsed) noexcept {
   const auto ticks = static_cast<gint32>(timestamp - timestamp_);  // modulo 2^32
   const gint64 step = ticks * gint64{GST_SECOND} / rate_;
-  if (step > -tolerance && step < elapsed + tolerance) {
+  if (!restarted_ && step > -tolerance && step < elapsed + tolerance) {
     if (step > 0 && step < tolerance) usual_step_ = step;
     return step;
   }
@@ -139,14 +156,25 @@ gint64 Stream_Clock::step_to(guint32 timestamp, gint64 elapsed) noexcept {
   return elapsed > usual + tolerance / 2 ? elapsed : usual;
 }
 
-void add_stream_clock(GstElement *depayloader) {
-  auto current = std::make_unique<Current_Clock>();
+GstClockTime Shared_Stream_Clock::time_of(guint32 ssrc, guint rate, guint32 timestamp,
+                                          GstClockTime expected) noexcept {
+  const std::lock_guard lock(mutex_);
+  if (!clock_)
+    clock_.emplace(rate);
+  else if (ssrc != ssrc_)
+    clock_->restart(rate);
+  ssrc_ = ssrc;
+  return clock_->time_of(timestamp, expected, g_get_monotonic_time());
+}
+
+void add_stream_clock(GstElement *depayloader, std::shared_ptr<Shared_Stream_Clock> clock) {
+  auto reference = std::make_unique<Clock_Reference>(std::move(clock));
   const auto mask =
       static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST);
   Media_Helper::add_probe_to_sink_pad_or_throw(
-      depayloader, mask, set_times, current.get(),
-      [](gpointer data) { delete static_cast<Current_Clock *>(data); });
-  current.release();
+      depayloader, mask, set_times, reference.get(),
+      [](gpointer data) { delete static_cast<Clock_Reference *>(data); });
+  reference.release();
 }
 
 }  // namespace kel::tavren::programs

@@ -6,11 +6,22 @@
 #include <tavren/capture/media_helper.h>
 
 #include "camera/camera_streams.h"
-#include "camera/stream_clock.h"
 
 namespace kel::tavren::programs {
 
 using capture::Media_Helper;
+
+namespace {
+
+// rtpmp4adepay sends its first packet as it is, with the lengths of the frames in front of them.
+GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexcept {
+  const boost::intrusive_ptr<GstCaps> caps(gst_pad_get_current_caps(pad), false);
+  gboolean framed = TRUE;
+  if (caps) gst_structure_get_boolean(gst_caps_get_structure(caps.get(), 0), "framed", &framed);
+  return framed ? GST_PAD_PROBE_REMOVE : GST_PAD_PROBE_DROP;
+}
+
+}  // namespace
 
 Camera_Session::Camera_Session(GstElement *pipeline, const Camera_Options &options,
                                Transport transport, const Container &container)
@@ -157,6 +168,9 @@ void Camera_Session::add_branch(GstPad *pad) {
     branch->session = this;
     branch->number = number;
     branch->source = pad;
+    auto &clock = clocks_[number];
+    if (!clock) clock = std::make_shared<Shared_Stream_Clock>();
+    branch->clock = clock;
   }
   if (!is_new) {
     Camera_Event event;
@@ -189,6 +203,8 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
   if (!plan.parser.empty()) {
     prepend(plan.parser);
     configure_parser(last);
+    Media_Helper::add_probe_to_sink_pad_or_throw(last, GST_PAD_PROBE_TYPE_BUFFER, drop_unframed,
+                                                 nullptr, nullptr);
   }
   if (plan.has_access_units) {
     // The camera marks the end of an access unit. A parser that has to find it without the mark
@@ -200,7 +216,7 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
                                 : "video/x-h264, stream-format=byte-stream, alignment=au");
   }
   prepend(plan.depayloader);
-  add_stream_clock(last);
+  add_stream_clock(last, branch.clock);
   for (GstElement *const element : branch.elements)
     Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
   Media_Helper::link_pad_to_element_or_throw(branch.source.get(), last);

@@ -16,6 +16,7 @@
 #include <gst/gst.h>
 
 #include "camera/camera_source.h"
+#include "camera/stream_clock.h"
 #include "pipeline_bin.h"
 #include "stream_plan.h"
 
@@ -75,6 +76,7 @@ private:
     Camera_Session *session = nullptr;
     guint number = 0;
     bool is_current = true;
+    std::shared_ptr<Shared_Stream_Clock> clock;
     boost::intrusive_ptr<GstPad> source;  // the camera's, linked to the depayloader
     std::vector<GstElement *> elements;   // borrowed from the bin, those downstream first
   };
@@ -104,6 +106,7 @@ private:
   bool held_back_ = false;
   bool closing_ = false;
   std::map<guint, Stream_Plan> plans_;
+  std::map<guint, std::shared_ptr<Shared_Stream_Clock>> clocks_;
   std::list<Branch> branches_;
   std::deque<Camera_Event> events_;
 };
