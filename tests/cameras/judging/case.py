@@ -48,7 +48,7 @@ class Case:
     camera: str
     to: str
     files: tuple = ()
-    seconds: float = 3
+    seconds: float = 2
     options: str = ""
     lines: tuple = ()
     address: str = "{uri}"
