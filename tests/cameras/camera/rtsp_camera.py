@@ -56,9 +56,9 @@ class RtspCamera:
         self.description = descriptions.served(text, self._count, self.options.rtpmaps,
                                                self.options.parameter_sets)
 
-    async def stop(self):
+    def stop(self):
         self._drop_all()
-        await self._sender.stop()
+        self._sender.stop()
 
     def uri(self):
         scheme = "rtsps" if self.options.certificate else "rtsp"

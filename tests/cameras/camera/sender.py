@@ -2,6 +2,7 @@
 
 import asyncio
 import socket
+import subprocess
 import tempfile
 from pathlib import Path
 
@@ -40,12 +41,12 @@ class Sender:
                 loop.add_reader(receiver, self._read, receiver, stream, bool(is_rtcp))
         with tempfile.TemporaryDirectory() as scratch:
             description = Path(scratch) / "session.sdp"
-            self._process = await asyncio.create_subprocess_exec(*self._command(description))
+            self._process = subprocess.Popen(self._command(description), stdin=subprocess.DEVNULL)
             return await asyncio.wait_for(self._written(description), 30)
 
     async def _written(self, description):
         while not (description.exists() and description.read_text().count("m=") == len(self._names)):
-            if self._process.returncode is not None:
+            if self._process.poll() is not None:
                 raise RuntimeError("ffmpeg has ended before it sent anything")
             await asyncio.sleep(0.02)
         return description.read_text()
@@ -77,10 +78,10 @@ class Sender:
         return [*payload_type, "-f", "rtp",
                 f"rtp://127.0.0.1:{rtp}?rtcpport={rtcp}&pkt_size={LARGEST_PACKET}"]
 
-    async def stop(self):
-        if self._process and self._process.returncode is None:
+    def stop(self):
+        if self._process:
             self._process.kill()
-            await self._process.wait()
+            self._process.wait()
 
 
 # These have a payload type that needs no rtpmap; ffmpeg announces them that way.

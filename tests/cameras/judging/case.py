@@ -10,6 +10,7 @@ EXISTING_CONTENTS = b"written before the recording"
 @dataclass(frozen=True)
 class StreamExpectation:
     codec: str  # as ffprobe names it
+    start: float  # s after the file's beginning
     seconds: float
 
 
@@ -19,8 +20,9 @@ class Case:
 
     camera        the arguments of test_camera, "simulated" or "vlc" with theirs, or "" for none
     to            the extension of the file recorded into
-    files         what each file must hold: codecs, each with =SECONDS where it differs from the
-                  number at the end; that is `seconds` where there is none
+    files         what each file must hold: codecs, and how long it is if not `seconds`, as in
+                  "h264 aac 2.5". CODEC=SECONDS is a stream that stops before the others,
+                  CODEC@SECONDS one that starts after them
     seconds       what the recorder is asked for by --duration
     options       its other options; {folder}, {ca}, {password} are filled in
     lines         regular expressions, each of which must match in the output; those that begin
@@ -31,7 +33,7 @@ class Case:
     largest_step  s, between two pictures
     rate          pictures in a second
     whole         False: pictures were lost on the way, so decoding may complain
-    apart         s, by which the starts of a file's streams may differ
+    apart         s, by which the start of a stream may be early or late
     total         s, of all files together, where it counts rather than that of each
     signal        "NAME@SECONDS": sent to the recorder so long after PLAY
     password      written to a file for --password-file; must not show in any output
@@ -46,7 +48,7 @@ class Case:
     camera: str
     to: str
     files: tuple = ()
-    seconds: float = 3
+    seconds: float = 2
     options: str = ""
     lines: tuple = ()
     address: str = "{uri}"
@@ -67,11 +69,10 @@ class Case:
 
     def expected_streams(self, index):
         """What file number `index` must hold."""
-        *codecs, last = self.files[index].split()
+        *streams, last = self.files[index].split()
         if not re.fullmatch(r"[\d.]+", last):
-            codecs, last = [*codecs, last], self.seconds
-        pairs = (codec.partition("=") for codec in codecs)
-        return [StreamExpectation(name, float(seconds or last)) for name, _, seconds in pairs]
+            streams, last = [*streams, last], self.seconds
+        return [_expected_stream(stream, float(last)) for stream in streams]
 
     def file_names(self):
         """One pattern for each file, in their order."""
@@ -86,6 +87,12 @@ class Case:
     def longest(self):
         """s, after which the case has failed."""
         return self.seconds + 45
+
+
+def _expected_stream(text, seconds):
+    codec, start, stop = re.fullmatch(r"(\w+)(?:@([\d.]+))?(?:=([\d.]+))?", text).groups()
+    start = float(start or 0)
+    return StreamExpectation(codec, start, float(stop or seconds) - start)
 
 
 def as_tuple(value):

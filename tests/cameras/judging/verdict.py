@@ -84,11 +84,13 @@ def _media_reasons(case, expected, media, name):
     for expectation, stream in pairs:
         for reason in _stream_reasons(case, expectation, stream, name):
             yield f"{stream.codec}: {reason}"
-    starts = [stream.known_times()[0] for stream in media.streams if stream.known_times()]
-    if starts and max(starts) - min(starts) > case.apart:
-        yield f"streams start {max(starts) - min(starts):.2f} s apart"
-    if starts and not -0.1 <= min(starts) <= LATEST_START:
-        yield f"begins at {min(starts):.2f} s"
+    beginning = min((stream.known_times()[0] for stream in media.streams if stream.known_times()), default=0)
+    for expectation, stream in pairs:
+        start = stream.known_times()[0] - beginning if stream.known_times() else 0
+        if abs(start - expectation.start) > case.apart:
+            yield f"{stream.codec}: starts at {start:.2f} s, not {expectation.start:g} s"
+    if not -0.1 <= beginning <= LATEST_START:
+        yield f"begins at {beginning:.2f} s"
     yield from _duration_reasons(case, media)
 
 
