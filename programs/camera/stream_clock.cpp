@@ -174,7 +174,7 @@ void add_stream_clock(GstElement *depayloader, std::shared_ptr<Shared_Stream_Clo
   Media_Helper::add_probe_to_sink_pad_or_throw(
       depayloader, mask, set_times, reference.get(),
       [](gpointer data) { delete static_cast<Clock_Reference *>(data); });
-  reference.release();
+  static_cast<void>(reference.release());  // the pad owns it now
 }
 
 }  // namespace kel::tavren::programs

@@ -160,13 +160,13 @@ void Camera_Recorder::finish() {
 
 // Keeps the first failure and ends the recording.
 void Camera_Recorder::fail(std::exception_ptr failure) noexcept {
-  if (!failure_) {
-    failure_ = std::move(failure);
-    guarded([](Camera_Recorder &self) {
-      if (!self.graph_is_of_failure_) self.take_graph_of_failure();
-    });
+  if (!failure_) failure_ = std::move(failure);
+  try {
+    if (!graph_is_of_failure_) take_graph_of_failure();
+    finish();
+  } catch (...) {
+    g_main_loop_quit(loop_.get());
   }
-  guarded([](Camera_Recorder &self) { self.finish(); });
 }
 
 void Camera_Recorder::take_graph() {

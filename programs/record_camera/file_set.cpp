@@ -47,9 +47,8 @@ bool File_Set::handle(GstMessage *message) {
       });
   if (file == files_.end()) return false;
   if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
-    const Bus_Error error(message);
     files_.clear();
-    throw error;
+    throw Bus_Error(message);
   }
   file->media->handle(message);
   close_finished();

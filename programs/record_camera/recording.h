@@ -105,7 +105,7 @@ private:
   bool route(Stream &stream);
   bool begins_new_file(const Stream &stream, const Frame &frame);
   bool others_wait_for_file(const Stream &stream) const;
-  void leave_file(Stream &stream);
+  static void leave_file(Stream &stream);
   void leave_old_files();
   void move_to_newest_file(Stream &stream, const Frame &frame);
   void write(Stream &stream, const Frame &frame);
