@@ -94,7 +94,6 @@ void Recording::restart_stream(guint number) {
   const bool is_leading = &stream == leading_stream();
   stream.is_over = false;
   stream.needs_key = true;
-  stream.times = Frame_Times();
   if (is_leading && stream.file != nullptr) leave_file(stream);
 }
 
