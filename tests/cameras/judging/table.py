@@ -158,7 +158,7 @@ CONNECTIONS = [
     row("connection closed, mkv", "h264 aac --misbehave close@3", "mkv", "h264 aac 2.5", seconds=9, tolerance=0.7,
         status=1, lines=error("clos|ended|gone")),
     row("connection reset", "h264 aac --misbehave reset@3", "mp4", "h264 aac 2.5", seconds=9, tolerance=0.7,
-        status=1, lines=error("reset")),
+        status=1, lines=error("reset|system error|went away")),
     row("connection closed under UDP", "h264 aac --transport udp --misbehave close@3", "mp4", "h264 aac 2.5",
         seconds=20, tolerance=0.7, status=1, lines=error("clos|ended|gone|silent")),
     row("silent camera", "h264 aac --misbehave silent@3", "mp4", "h264 aac 2.5", seconds=20, tolerance=0.7,
