@@ -176,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(EachContainerAndCodec, Recordings,
                                          Recording{"mkv", "h264", "none", {"h264"}},
                                          Recording{"mkv", "vp8", "opus", {"opus", "vp8"}},
                                          Recording{"mp4", "h264", "opus", {"h264", "opus"}},
-                                         Recording{"mov", "none", "mulaw", {"aac"}}));
+                                         Recording{"mov", "none", "mulaw", {"pcm_mulaw"}}));
 
 // What a container or a table does not take: one line, and no file is left behind.
 struct Refusal {
