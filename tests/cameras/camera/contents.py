@@ -18,8 +18,9 @@ class Content:
     encoder: str
     packetizer: str = ""
 
-    def is_video(self):
-        return self.source.startswith("testsrc2")
+    def is_slow(self):
+        """True if seconds pass between two frames."""
+        return self.source.endswith("rate=1/6")
 
 
 def _pictures(size="320x240", rate="25"):

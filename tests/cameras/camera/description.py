@@ -1,4 +1,4 @@
-"""Turns the session description that ffmpeg writes into the one that the camera serves."""
+"""Turns the session descriptions that ffmpeg writes into the one that the camera serves."""
 
 import re
 from dataclasses import dataclass
@@ -15,10 +15,10 @@ class Stream:
     clock_rate: int
 
 
-def _sections(description):
+def _sections(texts):
     """The session's lines, and those of each stream."""
-    head, *streams = re.split(r"^(?=m=)", description.replace("\r", ""), flags=re.M)
-    return head.splitlines(), [section.splitlines() for section in streams]
+    parts = [re.split(r"^(?=m=)", text.replace("\r", ""), flags=re.M) for text in texts]
+    return parts[0][0].splitlines(), [section.splitlines() for _, *streams in parts for section in streams]
 
 
 def _stream(lines):
@@ -28,8 +28,8 @@ def _stream(lines):
     return Stream(media, int(payload_type), int(clock_rate))
 
 
-def streams_of(description):
-    return [_stream(lines) for lines in _sections(description)[1]]
+def streams_of(texts):
+    return [_stream(lines) for lines in _sections(texts)[1]]
 
 
 def _with_rtpmap(lines, stream):
@@ -42,11 +42,11 @@ def _without_parameter_sets(lines):
     return [re.sub(r"; ?sprop-[a-z-]+=[^;]*", "", line) for line in lines]
 
 
-def served(description, count, rtpmaps=False, parameter_sets=True):
-    """The description of the first `count` streams, as a client gets it.
+def served(texts, count, rtpmaps=False, parameter_sets=True):
+    """The description of the first `count` streams of the texts, as a client gets it.
 
     `rtpmaps` names the static payload types too; without `parameter_sets` they are in-band only."""
-    head, sections = _sections(description)
+    head, sections = _sections(texts)
     lines = [line for line in head if not line.startswith("a=tool")] + ["a=control:*"]
     for index, section in enumerate(sections[:count]):
         section = [re.sub(r"^(m=\w+) \d+", r"\1 0", line) for line in section if line.strip()]

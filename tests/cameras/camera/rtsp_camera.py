@@ -51,9 +51,9 @@ class RtspCamera:
 
     async def prepare(self):
         """Starts the sender; the camera's address is known from here on."""
-        text = await self._sender.start()
-        self.streams = descriptions.streams_of(text)
-        self.description = descriptions.served(text, self._count, self.options.rtpmaps,
+        texts = await self._sender.start()
+        self.streams = descriptions.streams_of(texts)
+        self.description = descriptions.served(texts, self._count, self.options.rtpmaps,
                                                self.options.parameter_sets)
 
     def stop(self):

@@ -31,22 +31,34 @@ class Sender:
         self._lifetime = lifetime
         self._receive = receive
         self._sockets = [(_bound_socket(), _bound_socket()) for _ in names]
-        self._process = None
+        self._processes = []
 
     async def start(self):
-        """Starts ffmpeg and returns the session description that it writes."""
+        """Starts ffmpeg and returns the session descriptions that it writes."""
         loop = asyncio.get_running_loop()
         for stream, pair in enumerate(self._sockets):
             for is_rtcp, receiver in enumerate(pair):
                 loop.add_reader(receiver, self._read, receiver, stream, bool(is_rtcp))
         with tempfile.TemporaryDirectory() as scratch:
-            description = Path(scratch) / "session.sdp"
-            self._process = subprocess.Popen(self._command(description), stdin=subprocess.DEVNULL)
-            return await asyncio.wait_for(self._written(description), 30)
+            written = [self._start_process(streams, Path(scratch) / f"{streams[0]}.sdp")
+                       for streams in self._streams_of_processes()]
+            return await asyncio.wait_for(asyncio.gather(*written), 30)
 
-    async def _written(self, description):
-        while not (description.exists() and description.read_text().count("m=") == len(self._names)):
-            if self._process.poll() is not None:
+    def _streams_of_processes(self):
+        """One process keeps its streams in step, and would hold the others back for a slow one."""
+        streams = range(len(self._names))
+        if any(CONTENTS[name].is_slow() for name in self._names):
+            return [[stream] for stream in streams]
+        return [list(streams)]
+
+    def _start_process(self, streams, description):
+        process = subprocess.Popen(self._command(streams, description), stdin=subprocess.DEVNULL)
+        self._processes.append(process)
+        return self._written(process, description, len(streams))
+
+    async def _written(self, process, description, count):
+        while not (description.exists() and description.read_text().count("m=") == count):
+            if process.poll() is not None:
                 raise RuntimeError("ffmpeg has ended before it sent anything")
             await asyncio.sleep(0.02)
         return description.read_text()
@@ -59,13 +71,14 @@ class Sender:
                 return
             self._receive(stream, is_rtcp, packet)
 
-    def _command(self, description):
+    def _command(self, streams, description):
         # Killed with the camera, however that ends; the output's length is the second guard.
         command = ["setpriv", "--pdeathsig", "KILL", "ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "fatal"]
-        for name in self._names:
-            command += ["-re", "-stream_loop", "-1", "-i", str(prepare(name, self._cache))]
-        for stream, name in enumerate(self._names):
-            command += ["-map", str(stream), "-c", "copy", "-t", str(self._lifetime)]
+        for stream in streams:
+            command += ["-re", "-stream_loop", "-1", "-i", str(prepare(self._names[stream], self._cache))]
+        for index, stream in enumerate(streams):
+            name = self._names[stream]
+            command += ["-map", str(index), "-c", "copy", "-t", str(self._lifetime)]
             command += CONTENTS[name].packetizer.split()
             command += self._output(stream, name)
         return command + ["-sdp_file", str(description)]
@@ -79,9 +92,9 @@ class Sender:
                 f"rtp://127.0.0.1:{rtp}?rtcpport={rtcp}&pkt_size={LARGEST_PACKET}"]
 
     def stop(self):
-        if self._process:
-            self._process.kill()
-            self._process.wait()
+        for process in self._processes:
+            process.kill()
+            process.wait()
 
 
 # These have a payload type that needs no rtpmap; ffmpeg announces them that way.

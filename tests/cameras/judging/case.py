@@ -24,7 +24,7 @@ class Case:
                   "h264 aac 2.5". CODEC=SECONDS is a stream that stops before the others,
                   CODEC@SECONDS one that starts after them
     seconds       what the recorder is asked for by --duration
-    options       its other options; {folder}, {ca}, {password} are filled in
+    options       its other options; {folder}, {ca}, {password} and so on are filled in
     lines         regular expressions, each of which must match in the output; those that begin
                   with "not " must not
     address       what the recorder is given as the camera's address, if not {uri}

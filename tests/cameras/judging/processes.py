@@ -58,7 +58,7 @@ class CameraProcess:
 
 
 class RecorderProcess:
-    """A recorder, whose output is kept in files."""
+    """A recorder that runs in a folder, where its output is kept too."""
 
     def __init__(self, command, folder, environment, largest_file=None):
         self._out, self._err = folder / "stdout", folder / "stderr"
@@ -67,7 +67,7 @@ class RecorderProcess:
         with self._out.open("w") as out, self._err.open("w") as err:
             # Signals stay as Python has them: SIGXFSZ ignored, so that a write past the limit fails.
             self._process = subprocess.Popen(command, stdout=out, stderr=err, stdin=subprocess.DEVNULL,
-                                             env=environment, start_new_session=True,
+                                             env=environment, cwd=folder, start_new_session=True,
                                              restore_signals=largest_file is None)
 
     def send_signal(self, name):

@@ -61,8 +61,9 @@ def _camera_command(case, programs):
 def _recorder_command(case, programs, folder, address):
     password_file = folder / "password"
     password_file.write_text(case.password + "\n")
-    values = {"folder": folder, "ca": programs.trusted.authority, "other_ca": programs.other.authority,
-              "password": password_file}
+    authority = programs.trusted.authority
+    values = {"folder": folder, "ca": authority, "relative_ca": os.path.relpath(authority, folder),
+              "other_ca": programs.other.authority, "password": password_file}
     scheme, _, rest = address.partition("://")
     given = case.address
     if given.startswith("{uri_with_login}"):
