@@ -5,7 +5,7 @@
 
 #include "camera/connection_failure.h"
 #include "command_line/program.h"
-#include "time_text.h"
+#include "command_line/time_text.h"
 
 namespace kel::tavren::programs {
 

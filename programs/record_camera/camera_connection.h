@@ -14,10 +14,10 @@
 #include <gst/gst.h>
 
 #include "camera/camera_source.h"
+#include "camera/retry_schedule.h"
 #include "camera_session.h"
 #include "progress_display.h"
 #include "recording.h"
-#include "retry_schedule.h"
 
 namespace kel::tavren::programs {
 

@@ -5,8 +5,8 @@
 #include <tavren/capture/media_helper.h>
 
 #include "command_line/program.h"
+#include "command_line/time_text.h"
 #include "pipeline_graph.h"
-#include "time_text.h"
 
 namespace kel::tavren::programs {
 

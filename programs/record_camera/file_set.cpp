@@ -6,7 +6,7 @@
 #include <tavren/capture/media_helper.h>
 
 #include "command_line/program.h"
-#include "time_text.h"
+#include "command_line/time_text.h"
 
 namespace kel::tavren::programs {
 

@@ -7,7 +7,7 @@
 #include <tavren/handles/emancipator.h>
 
 #include "command_line/program.h"
-#include "time_text.h"
+#include "command_line/time_text.h"
 
 namespace kel::tavren::programs {
 

@@ -25,14 +25,19 @@ std::string describe(const Camera_Stream &stream) {
                                   : "not relayed, " + stream.obstacle);
 }
 
-void relay(const std::string &uri, int port, int duration) {
-  const std::vector<Camera_Stream> streams = ask_for_streams(uri);
-  Stream_Relay relay(uri, streams, port);
-  std::cout << relay.uri() << '\n';
+void show(const std::string &uri, const std::vector<Camera_Stream> &streams) {
+  std::cout << uri << '\n';
   for (const Camera_Stream &stream : streams)
     std::cout << describe(stream) << '\n';
   std::cout << std::flush;
-  relay.run(duration);
+}
+
+void check_options(const Camera_Arguments &camera, const Relay_Options &options) {
+  if (!camera.has_uri()) throw std::invalid_argument("--uri is missing");
+  if (options.port < 0 || options.port > 65535)
+    throw std::invalid_argument("--port takes 0 to 65535");
+  if (options.duration < 0) throw std::invalid_argument("--duration must not be negative");
+  if (options.retry < 0) throw std::invalid_argument("--retry must not be negative");
 }
 
 }  // namespace
@@ -41,22 +46,20 @@ void relay(const std::string &uri, int port, int duration) {
 
 int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
-  Text_Option uri;
-  int port = 0;
-  int duration = 0;
-  const std::vector<GOptionEntry> options = {
-      {"uri", 0, 0, G_OPTION_ARG_STRING, uri.target(), "the camera", "rtsp://..."},
-      {"port", 0, 0, G_OPTION_ARG_INT, &port, "listen here (default 0: the system picks)", "N"},
-      {"duration", 0, 0, G_OPTION_ARG_INT, &duration,
-       "end after this long (default 0: when asked to by a signal)", "SECONDS"}};
-  return run_program(argc, argv, "Serves a camera's RTSP streams again on 127.0.0.1.", options,
+  Camera_Arguments camera;
+  Relay_Options options;
+  std::vector<GOptionEntry> entries = camera.entries();
+  entries.push_back({"port", 0, 0, G_OPTION_ARG_INT, &options.port,
+                     "listen on this port (default 0: the system chooses)", "N"});
+  entries.push_back({"duration", 0, 0, G_OPTION_ARG_INT, &options.duration,
+                     "end after this time (default 0: when a signal asks for it)", "SECONDS"});
+  entries.push_back({"retry", 0, 0, G_OPTION_ARG_INT, &options.retry,
+                     "try an absent camera again for this time (default 0: not at all)",
+                     "SECONDS"});
+  return run_program(argc, argv, "Serves a camera's RTSP streams again on 127.0.0.1.", entries,
                      [&] {
-                       if (uri.value_or("").empty())
-                         throw std::invalid_argument("--uri is missing");
-                       if (port < 0 || port > 65535)
-                         throw std::invalid_argument("--port takes 0 to 65535");
-                       if (duration < 0)
-                         throw std::invalid_argument("--duration must not be negative");
-                       relay(uri.value_or(""), port, duration);
+                       check_options(camera, options);
+                       options.camera = camera.options();
+                       Stream_Relay(options, show).run();
                      });
 }

@@ -3,37 +3,82 @@
 #ifndef TAVREN_PROGRAMS_STREAM_RELAY_H
 #define TAVREN_PROGRAMS_STREAM_RELAY_H
 
+#include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "camera/camera_source.h"
 #include "camera/camera_streams.h"
+#include "camera/retry_schedule.h"
+#include "camera_feed.h"
+#include "relay_media.h"
+#include "rtsp_server/loopback_server.h"
+#include "running_time.h"
 
 namespace kel::tavren::programs {
 
-// Serves from its making to its end, on 127.0.0.1, from the default main context. The camera is
-// played while somebody watches, once for all who watch.
+struct Relay_Options {
+  Camera_Options camera;
+  int port = 0;      // 0: the system chooses
+  int duration = 0;  // s, from the first moment at which viewers are served; 0: until it is stopped
+  int retry = 0;     // how long an absent camera is tried again, in s
+};
+
+// Keeps one session with the camera and serves it to any number of viewers on 127.0.0.1, from the
+// default main context.
 class Stream_Relay {
 public:
-  // Port 0 lets the system pick one. Throws std::runtime_error when none of the streams can be
-  // relayed or it cannot listen.
-  Stream_Relay(const std::string &camera_uri, std::vector<Camera_Stream> streams, int port);
-  // Hangs up on everybody.
-  ~Stream_Relay();
+  // Called when viewers can be served, with the address and all the camera's streams; again when
+  // the camera has come back with other streams.
+  using On_Serving = std::function<void(const std::string &, const std::vector<Camera_Stream> &)>;
+
+  // Throws Bus_Error if the relay cannot listen.
+  Stream_Relay(const Relay_Options &options, On_Serving on_serving);
 
   Stream_Relay(const Stream_Relay &) = delete;
   Stream_Relay &operator=(const Stream_Relay &) = delete;
 
-  // Where to watch.
-  const std::string &uri() const noexcept;
-
-  // Runs the default main context until it is asked to end, or for so many seconds when not 0.
-  // Throws what made it impossible to go on: above all, that the camera went away.
-  void run(int seconds);
+  // Runs the default main context until the duration is over or a signal asks the relay to end.
+  // Throws what made it impossible to go on, above all that the camera has gone.
+  void run();
 
 private:
-  class Server;
-  std::unique_ptr<Server> server_;
+  // Why, and since when, the camera does not send.
+  struct Absence {
+    std::string reason;
+    gint64 since = 0;  // UTC in us
+  };
+
+  void on_tick() noexcept;
+  void tick();
+  void connect();
+  void check_feed();
+  void note_return();
+  void show_gap(const Absence &absence) const;
+  void lose_camera(const std::exception_ptr &failure);
+  void retry_later(const std::exception_ptr &failure);
+  bool is_ready() const;
+  void serve();
+
+  const Relay_Options options_;
+  const On_Serving on_serving_;
+  const Running_Time time_;
+  const boost::intrusive_ptr<GMainLoop> loop_;
+  Loopback_Server server_;
+  Retry_Schedule retries_;
+  std::vector<Transport> transports_;  // the first one is in use, the others are still to try
+  std::unique_ptr<Relay_Media> media_;
+  std::unique_ptr<Camera_Feed> feed_;
+  Relayed_Streams streams_;    // that the media serves, and those that are not relayed
+  bool has_received_ = false;  // in this session
+  gint64 connected_at_ = 0;    // all times are in us of the monotonic clock
+  gint64 reconnect_at_ = 0;    // 0: not waiting to connect again
+  gint64 end_at_ = 0;          // 0: nothing is served yet, or no duration is set
+  std::optional<Absence> absence_;
+  std::exception_ptr failure_;
 };
 
 }  // namespace kel::tavren::programs

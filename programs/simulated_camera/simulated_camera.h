@@ -1,27 +1,31 @@
-// A camera that is not there: a real RTSP server on loopback that serves test pictures and tones.
+// A simulated camera: a real RTSP server on loopback that serves test pictures and tones.
 
 #ifndef TAVREN_PROGRAMS_SIMULATED_CAMERA_H
 #define TAVREN_PROGRAMS_SIMULATED_CAMERA_H
 
 #include <memory>
 #include <string>
+#include <vector>
+
+#include "camera_media.h"
+#include "misbehaviour.h"
 
 namespace kel::tavren::programs {
 
-// What the camera sends.
-struct Camera_Streams {
-  std::string video = "h264";  // h264, jpeg, mpeg4, vp8 or none
-  std::string audio = "aac";   // aac, mulaw, opus or none
-  bool metadata = false;       // an ONVIF metadata stream beside them
+// How a simulated camera serves its streams.
+struct Camera_Service {
+  int port = 0;                   // 0: the system chooses
+  std::string transport = "any";  // tcp, udp or any
+  std::vector<Misbehaviour> misbehaviour;
 };
 
-// Serves from its making to its end, on 127.0.0.1 and a port that the system picks, from a thread
-// of its own. The framework must have been initialised.
+// Serves on 127.0.0.1 from its construction to its destruction, in a thread that it starts. The
+// framework must have been initialised.
 class Simulated_Camera {
 public:
-  // Throws std::invalid_argument for a stream that it does not know, std::runtime_error when it
-  // cannot listen, and what the library throws when it lacks a payloader.
-  explicit Simulated_Camera(const Camera_Streams &streams);
+  // Throws std::invalid_argument for a stream or transport that it does not know, Bus_Error if it
+  // cannot listen, and what the library throws if it lacks a payloader.
+  explicit Simulated_Camera(const Camera_Streams &streams, const Camera_Service &service = {});
   ~Simulated_Camera();
 
   Simulated_Camera(const Simulated_Camera &) = delete;

@@ -7,28 +7,38 @@
 
 #include "command_line/program.h"
 #include "command_line/signal_watch.h"
+#include "main_loop/timer.h"
 #include "simulated_camera.h"
 
 namespace kel::tavren::programs {
 
 namespace {
 
-void serve(const Camera_Streams &streams, int lifetime) {
+constexpr int longest_lifetime = 24 * 3600;  // s
+
+struct Options {
+  Camera_Streams streams;
+  Camera_Service service;
+  int lifetime = 3600;  // s
+};
+
+void check(const Options &options) {
+  if (options.service.port < 0 || options.service.port > 65535)
+    throw std::invalid_argument("--port takes 0 to 65535");
+  if (options.streams.slices < 1 || options.streams.slices > 8)
+    throw std::invalid_argument("--slices takes 1 to 8");
+  if (options.lifetime <= 0 || options.lifetime > longest_lifetime)
+    throw std::invalid_argument("--lifetime takes 1 to " + std::to_string(longest_lifetime));
+}
+
+void serve(const Options &options) {
   const boost::intrusive_ptr<GMainLoop> loop(g_main_loop_new(nullptr, FALSE), false);
   const auto quit = [&loop] { g_main_loop_quit(loop.get()); };
   const Signal_Watch signals(quit);
-  const Simulated_Camera camera(streams);
+  const Simulated_Camera camera(options.streams, options.service);
   std::cout << camera.uri() << std::endl;
-
-  const guint timer = g_timeout_add_seconds(
-      static_cast<guint>(lifetime),
-      [](gpointer ended) -> gboolean {
-        g_main_loop_quit(static_cast<GMainLoop *>(ended));
-        return G_SOURCE_CONTINUE;
-      },
-      loop.get());
+  const Timer end(nullptr, static_cast<guint>(options.lifetime) * 1000, Timer::Kind::once, quit);
   g_main_loop_run(loop.get());
-  g_source_remove(timer);
 }
 
 }  // namespace
@@ -39,18 +49,39 @@ int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
   Text_Option video;
   Text_Option audio;
+  Text_Option transport;
+  Text_Option misbehaviour;
   int metadata = 0;
-  int lifetime = 3600;
-  const std::vector<GOptionEntry> options = {
+  int noise = 0;
+  Options options;
+  const std::vector<GOptionEntry> entries = {
       {"video", 0, 0, G_OPTION_ARG_STRING, video.target(),
        "h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
       {"audio", 0, 0, G_OPTION_ARG_STRING, audio.target(), "aac (default), mulaw, opus or none",
        "KIND"},
       {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata, "send ONVIF metadata too", nullptr},
-      {"lifetime", 0, 0, G_OPTION_ARG_INT, &lifetime, "serve this long (default 3600)", "SECONDS"}};
-  return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", options, [&] {
-    const Camera_Streams streams{video.value_or("h264"), audio.value_or("aac"), metadata != 0};
-    if (lifetime <= 0) throw std::invalid_argument("--lifetime must be positive");
-    serve(streams, lifetime);
+      {"slices", 0, 0, G_OPTION_ARG_INT, &options.streams.slices,
+       "slices of each h264 picture (default 1)", "N"},
+      {"noise", 0, 0, G_OPTION_ARG_NONE, &noise,
+       "send noise instead of a moving ball, which takes many more bytes", nullptr},
+      {"port", 0, 0, G_OPTION_ARG_INT, &options.service.port,
+       "listen on this port (default 0: the system chooses)", "N"},
+      {"transport", 0, 0, G_OPTION_ARG_STRING, transport.target(),
+       "offer any transport (default), tcp or udp only", "NAME"},
+      {"lifetime", 0, 0, G_OPTION_ARG_INT, &options.lifetime, "serve this long (default 3600)",
+       "SECONDS"},
+      {"misbehave", 0, 0, G_OPTION_ARG_STRING, misbehaviour.target(),
+       "at second T of the first play: pause:S@T, drop:S@T, stop-video@T, stop-audio@T, silent@T, "
+       "close@T, gone:S@T; S seconds long, separated by commas",
+       "LIST"}};
+  return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", entries, [&] {
+    options.streams.video = video.value_or("h264");
+    options.streams.audio = audio.value_or("aac");
+    options.streams.metadata = metadata != 0;
+    options.streams.noise = noise != 0;
+    options.service.transport = transport.value_or("any");
+    options.service.misbehaviour = parse_misbehaviour(misbehaviour.value_or(""));
+    check(options);
+    serve(options);
   });
 }

@@ -61,6 +61,13 @@ std::string Child_Process::first_line() {
   return out_.text.substr(0, out_.text.find('\n'));
 }
 
+bool Child_Process::writes(const std::string &text) {
+  const gint64 deadline = g_get_monotonic_time() + longest_wait;
+  while (out_.text.find(text) == std::string::npos)
+    if (!read_some(deadline)) return false;
+  return true;
+}
+
 void Child_Process::send_signal(int number) const {
   kill(pid_, number);
 }

@@ -35,7 +35,10 @@ public:
 
   // Waits for a whole line on its stdout, without the line's end; empty when none comes.
   std::string first_line();
+  // Waits until its stdout contains a text. Returns whether it does.
+  bool writes(const std::string &text);
   void send_signal(int number) const;
+  pid_t id() const noexcept { return pid_; }
   // Waits for its end, and kills it when that takes too long.
   Outcome wait();
 

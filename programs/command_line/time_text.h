@@ -1,4 +1,4 @@
-// Times as the recorder shows them.
+// Times as the programs show them.
 
 #ifndef TAVREN_PROGRAMS_TIME_TEXT_H
 #define TAVREN_PROGRAMS_TIME_TEXT_H

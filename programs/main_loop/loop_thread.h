@@ -1,0 +1,44 @@
+// A main context that a thread runs.
+
+#ifndef TAVREN_PROGRAMS_LOOP_THREAD_H
+#define TAVREN_PROGRAMS_LOOP_THREAD_H
+
+#include <thread>
+
+#include <tavren/handles/reference_adapters.h>
+
+namespace kel::tavren::programs {
+
+// Runs a context from its construction until it is stopped.
+class Loop_Thread {
+public:
+  explicit Loop_Thread(GMainContext *context)
+      : loop_(g_main_loop_new(context, FALSE), false),
+        thread_([this] { g_main_loop_run(loop_.get()); }) {}
+  ~Loop_Thread() { stop(); }
+
+  Loop_Thread(const Loop_Thread &) = delete;
+  Loop_Thread &operator=(const Loop_Thread &) = delete;
+
+  // Waits for the end of the thread; further calls have no effect. Not in the thread itself.
+  void stop() noexcept {
+    if (!thread_.joinable()) return;
+    // Queued, so that it ends the loop even if the thread has not entered it yet.
+    g_main_context_invoke(
+        g_main_loop_get_context(loop_.get()),
+        [](gpointer loop) -> gboolean {
+          g_main_loop_quit(static_cast<GMainLoop *>(loop));
+          return G_SOURCE_REMOVE;
+        },
+        loop_.get());
+    thread_.join();
+  }
+
+private:
+  const boost::intrusive_ptr<GMainLoop> loop_;
+  std::thread thread_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

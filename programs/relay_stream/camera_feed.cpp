@@ -1,0 +1,238 @@
+#include "camera_feed.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include <tavren/capture/media_helper.h>
+
+#include "camera/stream_clock.h"
+#include "command_line/program.h"
+
+namespace kel::tavren::programs {
+
+using capture::Media_Helper;
+
+namespace {
+
+using Pad = boost::intrusive_ptr<GstPad>;
+using Sample = boost::intrusive_ptr<GstSample>;
+using Shared_Stream = std::shared_ptr<Relayed_Stream>;
+
+// Between a depayloader and a payloader, where the payloader alone does not do:
+//
+// h264parse  repeats the parameter sets before each key frame. The payloader does that before each
+//            slice of it, which splits the frame.
+// aacparse   gives a time to all the frames of a packet. The depayloader does that for the first.
+struct Parser {
+  const char *depayloader;
+  const char *factory;
+  const char *caps;  // that it has to produce
+};
+
+constexpr Parser parsers[] = {
+    {"rtph264depay", "h264parse", "video/x-h264, stream-format=byte-stream, alignment=au"},
+    {"rtpmp4gdepay", "aacparse", "audio/mpeg, framed=true"},
+};
+
+const Parser *find_parser(const std::string &depayloader) {
+  const auto *const found =
+      std::find_if(std::begin(parsers), std::end(parsers),
+                   [&](const Parser &parser) { return depayloader == parser.depayloader; });
+  return found != std::end(parsers) ? found : nullptr;
+}
+
+bool is_same_field(const Camera_Stream &a, const Camera_Stream &b, const char *field) {
+  const GValue *const first =
+      gst_structure_get_value(gst_caps_get_structure(a.caps.get(), 0), field);
+  const GValue *const second =
+      gst_structure_get_value(gst_caps_get_structure(b.caps.get(), 0), field);
+  if (first == nullptr || second == nullptr) return first == second;
+  return gst_value_compare(first, second) == GST_VALUE_EQUAL;
+}
+
+// Whether viewers of one stream can go on with the other. H.264 parameter sets may differ: they are
+// in the stream.
+bool is_same_stream(const Camera_Stream &a, const Camera_Stream &b) {
+  const char *const fields[] = {"media",   "encoding-name",   "clock-rate",
+                                "payload", "encoding-params", "config"};
+  return a.number == b.number &&
+         std::all_of(std::begin(fields), std::end(fields),
+                     [&](const char *field) { return is_same_field(a, b, field); });
+}
+
+bool reports_open(GstMessage *message) {
+  GstProgressType type = GST_PROGRESS_TYPE_START;
+  gchar *code = nullptr;
+  gst_message_parse_progress(message, &type, &code, nullptr);
+  const std::unique_ptr<char, Emancipator<char>> owned(code);
+  return type == GST_PROGRESS_TYPE_COMPLETE && g_str_equal(code, "open");
+}
+
+std::string branch_name(guint number) {
+  return "depayloader_" + std::to_string(number);
+}
+
+boost::intrusive_ptr<GstElement> make_pipeline() {
+  return {GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new("feed"))), false};
+}
+
+}  // namespace
+
+Camera_Feed::Camera_Feed(const Camera_Options &camera, Transport transport,
+                         const Running_Time &time, Relayed_Streams known)
+    : known_(std::move(known)), pipeline_(make_pipeline()),
+      bus_(Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false) {
+  for (const Shared_Stream &stream : known_)
+    stream->restart();
+  time.set_for(GST_PIPELINE(pipeline_.get()));
+  GstElement *const source = add_camera_source(pipeline_.get(), camera, transport);
+  Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
+                                          this);
+  Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
+  // If this fails, the source has reported the reason on the bus, where check() finds it.
+  gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
+}
+
+// Once the pipeline has stopped, nothing calls back any more.
+Camera_Feed::~Camera_Feed() {
+  gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+}
+
+void Camera_Feed::check() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (failure_) std::rethrow_exception(failure_);
+  }
+  while (const boost::intrusive_ptr<GstMessage> message{gst_bus_pop(bus_.get()), false})
+    handle(message.get());
+}
+
+void Camera_Feed::handle(GstMessage *message) {
+  switch (GST_MESSAGE_TYPE(message)) {
+  case GST_MESSAGE_ERROR:
+    throw Bus_Error(message);
+  case GST_MESSAGE_EOS:
+    throw Bus_Error(GST_RESOURCE_ERROR_READ, "the camera ended its stream");
+  case GST_MESSAGE_PROGRESS:
+    if (reports_open(message)) is_open_ = true;
+    break;
+  case GST_MESSAGE_LATENCY:
+    gst_bin_recalculate_latency(GST_BIN(pipeline_.get()));
+    break;
+  default:
+    break;
+  }
+}
+
+Relayed_Streams Camera_Feed::streams() const {
+  const std::lock_guard lock(mutex_);
+  return streams_;
+}
+
+// Runs a step of a callback: no exception may cross the framework, which is written in C.
+template <typename Step>
+void Camera_Feed::guarded(Step step) noexcept {
+  try {
+    step();
+  } catch (...) {
+    const std::lock_guard lock(mutex_);
+    if (!failure_) failure_ = std::current_exception();
+  }
+}
+
+gboolean Camera_Feed::on_select_stream(GstElement *, guint number, GstCaps *caps,
+                                       gpointer data) noexcept {
+  auto &feed = *static_cast<Camera_Feed *>(data);
+  bool is_relayed = false;
+  feed.guarded([&] { is_relayed = feed.select_stream(number, caps); });
+  return is_relayed;
+}
+
+void Camera_Feed::on_pad_added(GstElement *, GstPad *pad, gpointer data) noexcept {
+  auto &feed = *static_cast<Camera_Feed *>(data);
+  feed.guarded([&] { feed.link_stream(pad); });
+}
+
+GstFlowReturn Camera_Feed::on_frame(GstAppSink *sink, gpointer stream) noexcept {
+  Sample frame(gst_app_sink_pull_sample(sink), false);
+  if (frame) (*static_cast<Shared_Stream *>(stream))->take(std::move(frame));
+  return GST_FLOW_OK;
+}
+
+// The camera's thread, as all that follows.
+bool Camera_Feed::select_stream(guint number, GstCaps *offered) {
+  Camera_Stream description = describe_stream(number, offered);
+  const bool is_relayed = description.relayed();
+  Shared_Stream stream = find_known(description);
+  if (!stream) stream = std::make_shared<Relayed_Stream>(std::move(description));
+  const std::lock_guard lock(mutex_);
+  streams_.push_back(std::move(stream));
+  return is_relayed;
+}
+
+Shared_Stream Camera_Feed::find_known(const Camera_Stream &description) const {
+  const auto found = std::find_if(known_.begin(), known_.end(), [&](const Shared_Stream &known) {
+    return is_same_stream(known->description(), description);
+  });
+  return found != known_.end() ? *found : nullptr;
+}
+
+// A stream whose SSRC changes gets a new pad, which replaces the old one at the depayloader.
+void Camera_Feed::link_stream(GstPad *pad) {
+  const guint number = stream_number(pad);
+  boost::intrusive_ptr<GstElement> depayloader(
+      gst_bin_get_by_name(GST_BIN(pipeline_.get()), branch_name(number).c_str()), false);
+  if (depayloader) {
+    const Pad sink(Media_Helper::gst_element_get_static_pad_or_throw(depayloader.get(), "sink"),
+                   false);
+    if (const Pad old{gst_pad_get_peer(sink.get()), false}) gst_pad_unlink(old.get(), sink.get());
+  } else {
+    const Relayed_Streams known = streams();
+    const auto stream = std::find_if(known.begin(), known.end(), [number](const auto &candidate) {
+      return candidate->description().number == number;
+    });
+    if (stream == known.end())
+      throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the camera sends a stream that it did not offer");
+    depayloader = add_branch(*stream);
+  }
+  Media_Helper::link_pad_to_element_or_throw(pad, depayloader.get());
+}
+
+// Returns the depayloader (transfer none), which leads to a sink for the stream's frames.
+GstElement *Camera_Feed::add_branch(const Shared_Stream &stream) {
+  const Camera_Stream &description = stream->description();
+  GstElement *const sink = add_sink(stream);
+  GstElement *const depayloader = Media_Helper::create_and_add_element_to_pipeline(
+      description.depayloader, pipeline_.get(), branch_name(description.number));
+  add_stream_clock(depayloader);
+  if (const Parser *const parser = find_parser(description.depayloader)) {
+    GstElement *const element =
+        Media_Helper::create_and_add_element_to_pipeline(parser->factory, pipeline_.get(), "");
+    if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "config-interval") != nullptr)
+      g_object_set(element, "config-interval", -1, nullptr);
+    const boost::intrusive_ptr<GstCaps> caps(gst_caps_from_string(parser->caps), false);
+    g_object_set(sink, "caps", caps.get(), nullptr);
+    Media_Helper::gst_element_link_many_or_throw(depayloader, element, sink, nullptr);
+    Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
+  } else {
+    Media_Helper::gst_element_link_many_or_throw(depayloader, sink, nullptr);
+  }
+  Media_Helper::gst_element_sync_state_with_parent_or_throw(depayloader);
+  return depayloader;
+}
+
+GstElement *Camera_Feed::add_sink(const Shared_Stream &stream) {
+  GstElement *const sink =
+      Media_Helper::create_and_add_element_to_pipeline("appsink", pipeline_.get(), "");
+  g_object_set(sink, "sync", FALSE, "async", FALSE, "enable-last-sample", FALSE, nullptr);
+  GstAppSinkCallbacks callbacks = {};
+  callbacks.new_sample = on_frame;
+  auto context = std::make_unique<Shared_Stream>(stream);
+  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, context.release(),
+                             [](gpointer data) { delete static_cast<Shared_Stream *>(data); });
+  Media_Helper::gst_element_sync_state_with_parent_or_throw(sink);
+  return sink;
+}
+
+}  // namespace kel::tavren::programs

@@ -1,0 +1,66 @@
+// A session with the camera.
+
+#ifndef TAVREN_PROGRAMS_CAMERA_FEED_H
+#define TAVREN_PROGRAMS_CAMERA_FEED_H
+
+#include <exception>
+#include <mutex>
+
+#include <gst/app/gstappsink.h>
+
+#include "camera/camera_source.h"
+#include "relayed_stream.h"
+#include "running_time.h"
+
+namespace kel::tavren::programs {
+
+// Plays the camera and hands each frame to its relayed stream.
+class Camera_Feed {
+public:
+  // Streams of an earlier session go on in this one if the camera offers them again. Throws what
+  // the library throws if an element is missing, and Bus_Error if the file of certificate
+  // authorities cannot be read.
+  Camera_Feed(const Camera_Options &camera, Transport transport, const Running_Time &time,
+              Relayed_Streams known);
+  // Ends the session.
+  ~Camera_Feed();
+
+  Camera_Feed(const Camera_Feed &) = delete;
+  Camera_Feed &operator=(const Camera_Feed &) = delete;
+
+  // Throws what has ended the session.
+  void check();
+
+  // Whether the camera has described all its streams.
+  bool is_open() const noexcept { return is_open_; }
+  // The streams that the camera has described so far.
+  Relayed_Streams streams() const;
+
+private:
+  static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,
+                                   gpointer feed) noexcept;
+  static void on_pad_added(GstElement *, GstPad *pad, gpointer feed) noexcept;
+  static GstFlowReturn on_frame(GstAppSink *sink, gpointer stream) noexcept;
+  template <typename Step>
+  void guarded(Step step) noexcept;
+
+  bool select_stream(guint number, GstCaps *offered);
+  std::shared_ptr<Relayed_Stream> find_known(const Camera_Stream &description) const;
+  void link_stream(GstPad *pad);
+  GstElement *add_branch(const std::shared_ptr<Relayed_Stream> &stream);
+  GstElement *add_sink(const std::shared_ptr<Relayed_Stream> &stream);
+  void handle(GstMessage *message);
+
+  const Relayed_Streams known_;
+  const boost::intrusive_ptr<GstElement> pipeline_;
+  const boost::intrusive_ptr<GstBus> bus_;
+  bool is_open_ = false;
+
+  mutable std::mutex mutex_;  // guards all that follows
+  Relayed_Streams streams_;
+  std::exception_ptr failure_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

@@ -1,0 +1,36 @@
+// What the viewers of a relay are served.
+
+#ifndef TAVREN_PROGRAMS_RELAY_MEDIA_H
+#define TAVREN_PROGRAMS_RELAY_MEDIA_H
+
+#include "relayed_stream.h"
+#include "rtsp_server/live_media.h"
+#include "running_time.h"
+
+namespace kel::tavren::programs {
+
+class Relay_Media {
+public:
+  // Serves streams that have started. Throws what the library throws if an element is missing, and
+  // Bus_Error if the streams cannot be served.
+  Relay_Media(Loopback_Server &server, Relayed_Streams streams, const Running_Time &time);
+  // Disconnects all viewers.
+  ~Relay_Media();
+
+  Relay_Media(const Relay_Media &) = delete;
+  Relay_Media &operator=(const Relay_Media &) = delete;
+
+  // Throws what has ended the media.
+  void check() const { media_.check(); }
+
+private:
+  void connect_streams() const;
+
+  const Relayed_Streams streams_;
+  const boost::intrusive_ptr<GstElement> bin_;
+  Live_Media media_;
+};
+
+}  // namespace kel::tavren::programs
+
+#endif

@@ -1,0 +1,82 @@
+#include "relayed_stream.h"
+
+#include <gst/app/gstappsrc.h>
+
+namespace kel::tavren::programs {
+
+namespace {
+
+// An appsrc holds more only if nothing is sent any more.
+constexpr guint64 largest_backlog = 16 * 1024 * 1024;  // bytes
+
+bool is_key_frame(GstSample *frame) noexcept {
+  return !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(frame), GST_BUFFER_FLAG_DELTA_UNIT);
+}
+
+// A copy of a sample whose buffer has a time.
+boost::intrusive_ptr<GstSample> with_time(GstSample *frame, GstClockTime time) noexcept {
+  GstBuffer *const buffer = gst_buffer_copy(gst_sample_get_buffer(frame));
+  GST_BUFFER_PTS(buffer) = time;
+  boost::intrusive_ptr<GstSample> timed(
+      gst_sample_new(buffer, gst_sample_get_caps(frame), gst_sample_get_segment(frame), nullptr),
+      false);
+  gst_buffer_unref(buffer);
+  return timed;
+}
+
+}  // namespace
+
+void Relayed_Stream::restart() noexcept {
+  const std::lock_guard lock(mutex_);
+  waits_for_key_frame_ = true;
+}
+
+void Relayed_Stream::take(boost::intrusive_ptr<GstSample> frame) noexcept {
+  const std::lock_guard lock(mutex_);
+  last_arrival_ = g_get_monotonic_time();
+  // A parser splits a frame that has parameter sets in its middle. The parts have the same time.
+  if (const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame.get()));
+      GST_CLOCK_TIME_IS_VALID(time))
+    last_time_ = time;
+  else
+    frame = with_time(frame.get(), last_time_);
+  if (is_key_frame(frame.get())) {
+    key_frame_ = frame;
+    waits_for_key_frame_ = false;
+  }
+  if (!waits_for_key_frame_) pass_on(frame.get());
+}
+
+bool Relayed_Stream::started() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return key_frame_ != nullptr;
+}
+
+gint64 Relayed_Stream::last_arrival() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return last_arrival_;
+}
+
+void Relayed_Stream::connect(const boost::intrusive_ptr<GstElement> &appsrc) noexcept {
+  const std::lock_guard lock(mutex_);
+  appsrc_ = appsrc;
+  if (key_frame_) pass_on(key_frame_.get());
+}
+
+void Relayed_Stream::disconnect() noexcept {
+  const std::lock_guard lock(mutex_);
+  appsrc_.reset();
+}
+
+// Called with the lock.
+void Relayed_Stream::pass_on(GstSample *frame) noexcept {
+  if (!appsrc_) return;
+  GstAppSrc *const appsrc = GST_APP_SRC(appsrc_.get());
+  if (gst_app_src_get_current_level_bytes(appsrc) > largest_backlog) {
+    waits_for_key_frame_ = true;
+    return;
+  }
+  gst_app_src_push_sample(appsrc, frame);
+}
+
+}  // namespace kel::tavren::programs

@@ -1,0 +1,54 @@
+// One of the camera's streams on its way to the viewers.
+
+#ifndef TAVREN_PROGRAMS_RELAYED_STREAM_H
+#define TAVREN_PROGRAMS_RELAYED_STREAM_H
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <gst/gst.h>
+#include <tavren/handles/reference_adapters.h>
+
+#include "camera/camera_streams.h"
+
+namespace kel::tavren::programs {
+
+// Takes a stream's frames from one session with the camera after the other, and passes them on to
+// the media that viewers watch. All functions may be called from any thread.
+class Relayed_Stream {
+public:
+  explicit Relayed_Stream(Camera_Stream description) : description_(std::move(description)) {}
+
+  const Camera_Stream &description() const noexcept { return description_; }
+
+  // Drops frames until the next key frame: a session with the camera begins.
+  void restart() noexcept;
+  void take(boost::intrusive_ptr<GstSample> frame) noexcept;
+
+  // Whether a frame that viewers can begin with has arrived.
+  bool started() const noexcept;
+  // When the last frame arrived, on the monotonic clock in us; 0 if none has.
+  gint64 last_arrival() const noexcept;
+
+  // Passes frames on to an appsrc, beginning with the last key frame.
+  void connect(const boost::intrusive_ptr<GstElement> &appsrc) noexcept;
+  void disconnect() noexcept;
+
+private:
+  void pass_on(GstSample *frame) noexcept;
+
+  const Camera_Stream description_;
+  mutable std::mutex mutex_;
+  boost::intrusive_ptr<GstSample> key_frame_;
+  boost::intrusive_ptr<GstElement> appsrc_;
+  bool waits_for_key_frame_ = true;
+  GstClockTime last_time_ = 0;
+  gint64 last_arrival_ = 0;
+};
+
+using Relayed_Streams = std::vector<std::shared_ptr<Relayed_Stream>>;
+
+}  // namespace kel::tavren::programs
+
+#endif

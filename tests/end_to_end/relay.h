@@ -1,0 +1,23 @@
+// The relay as a program.
+
+#ifndef TAVREN_TESTS_RELAY_H
+#define TAVREN_TESTS_RELAY_H
+
+#include "simulated_camera.h"
+
+namespace kel::tavren::tests {
+
+struct Relay : Child_Process {
+  // The URI is empty if the relay does not begin to serve.
+  explicit Relay(const std::string &camera, const std::vector<std::string> &options = {})
+      : Child_Process(command(camera, options)), uri(first_line()) {}
+  static std::vector<std::string> command(const std::string &camera,
+                                          const std::vector<std::string> &options) {
+    return words({RELAY_STREAM, "--uri", camera}, options);
+  }
+  const std::string uri;
+};
+
+}  // namespace kel::tavren::tests
+
+#endif

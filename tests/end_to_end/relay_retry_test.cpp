@@ -1,0 +1,116 @@
+// A camera of relay_stream that goes away and comes back.
+
+#include <csignal>
+
+#include <regex>
+
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+#include "relay.h"
+#include "simulated_camera.h"
+#include "viewer.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+// A port that nothing listens on for now.
+std::string free_port() {
+  return port_of(Camera().uri);
+}
+
+std::string camera_at(const std::string &port) {
+  return "rtsp://127.0.0.1:" + port + "/camera";
+}
+
+TEST(Relay_Retry, Goes_On_For_The_Same_Viewer_When_The_Camera_Is_Back) {
+  auto camera = std::make_unique<Camera>();
+  const std::string port = port_of(camera->uri);
+  Relay relay(camera->uri, {"--retry", "20"});
+  const Viewer viewer(relay.uri, "video");
+  ASSERT_TRUE(viewer.sees(50));
+
+  camera.reset();
+  ASSERT_TRUE(relay.writes("lost the camera, trying again: "));
+  camera = std::make_unique<Camera>(std::vector<std::string>{"--port", port});
+  ASSERT_TRUE(viewer.sees(50));
+  const Viewer newcomer(relay.uri, "audio");
+  EXPECT_TRUE(newcomer.sees(50));
+
+  relay.send_signal(SIGTERM);
+  const Outcome outcome = relay.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_TRUE(std::regex_search(
+      outcome.out, std::regex("\ngap from [-0-9]+T[:.0-9]+Z to [-0-9]+T[:.0-9]+Z \\([.0-9]+ s\\): "
+                              "gst-resource-error-quark 9: the camera ended its stream\n")))
+      << outcome.out;
+}
+
+// The time of the gap passes for the viewer, too: its RTP clock never goes back.
+TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
+  const Camera camera({"--misbehave", "gone:1@2"});
+  const Relay relay(camera.uri, {"--retry", "20"});
+  const Viewer viewer(relay.uri, "video");
+  ASSERT_TRUE(viewer.sees(200));
+  int gaps = 0;
+  for (const gint32 step : viewer.timestamp_steps()) {
+    EXPECT_GT(step, 0);
+    if (step > 90000) ++gaps;
+  }
+  EXPECT_EQ(gaps, 1);
+}
+
+TEST(Relay_Retry, Waits_For_A_Camera_That_Is_Away_At_The_Start) {
+  const std::string port = free_port();
+  Child_Process relay(Relay::command(camera_at(port), {"--retry", "20"}));
+  g_usleep(G_TIME_SPAN_SECOND);
+  const Camera camera({"--port", port});
+  const std::string uri = relay.first_line();
+  ASSERT_NE(uri, "");
+  const Viewer viewer(uri, "video");
+  EXPECT_TRUE(viewer.sees(50));
+  relay.send_signal(SIGHUP);
+  const Outcome outcome = relay.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err.rfind("cannot reach the camera, trying again: ", 0), 0U) << outcome.err;
+}
+
+TEST(Relay_Retry, Gives_Up_After_Its_Time) {
+  const gint64 start = g_get_monotonic_time();
+  const Outcome outcome = run(Relay::command(camera_at(free_port()), {"--retry", "2"}));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_NE(outcome.err.find("relay_stream: error gst-resource-error-quark 7: "), std::string::npos)
+      << outcome.err;
+  EXPECT_GE(g_get_monotonic_time() - start, 2 * G_TIME_SPAN_SECOND);
+}
+
+TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
+  Child_Process relay(Relay::command(camera_at(free_port()), {"--retry", "60"}));
+  g_usleep(2 * G_TIME_SPAN_SECOND);
+  relay.send_signal(SIGTERM);
+  EXPECT_EQ(relay.wait().status, 0);
+}
+
+// Viewers cannot go on with other streams. They are disconnected, and served the new ones when they
+// come back.
+TEST(Relay_Retry, Serves_Other_Streams_If_The_Camera_Comes_Back_With_Them) {
+  auto camera = std::make_unique<Camera>();
+  const std::string port = port_of(camera->uri);
+  Relay relay(camera->uri, {"--retry", "20"});
+  const Viewer viewer(relay.uri, "video");
+  ASSERT_TRUE(viewer.sees(50));
+  camera.reset();
+  camera = std::make_unique<Camera>(
+      std::vector<std::string>{"--port", port, "--video", "jpeg", "--audio", "mulaw"});
+  ASSERT_TRUE(relay.writes("RTP video JPEG: rtpjpegdepay -> rtpjpegpay\n"));
+  EXPECT_TRUE(viewer.sees_end());
+  const Viewer newcomer(relay.uri, "video");
+  EXPECT_TRUE(newcomer.sees(50));
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::tests

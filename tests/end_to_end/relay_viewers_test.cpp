@@ -1,0 +1,148 @@
+// Many viewers of relay_stream, and some that leave without a word or stop reading.
+
+#include <csignal>
+
+#include <fstream>
+#include <list>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+#include "relay.h"
+#include "simulated_camera.h"
+#include "viewer.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+constexpr long memory_tolerance = 8 * 1024;  // KiB
+
+// What a process takes of the system.
+struct Resources {
+  long memory = 0;  // resident, in KiB
+  long threads = 0;
+  long descriptors = 0;
+};
+
+Resources resources_of(const Child_Process &process) {
+  const std::string folder = "/proc/" + std::to_string(process.id());
+  Resources resources;
+  std::ifstream status(folder + "/status");
+  for (std::string key; status >> key;) {
+    if (key == "VmRSS:") status >> resources.memory;
+    if (key == "Threads:") status >> resources.threads;
+  }
+  GDir *const descriptors = g_dir_open((folder + "/fd").c_str(), 0, nullptr);
+  while (g_dir_read_name(descriptors) != nullptr)
+    ++resources.descriptors;
+  g_dir_close(descriptors);
+  return resources;
+}
+
+// Another process that plays a relay.
+std::unique_ptr<Child_Process> make_player(const std::string &uri, const std::string &transport) {
+  return std::make_unique<Child_Process>(
+      std::vector<std::string>{"ffmpeg", "-v", "quiet", "-nostdin", "-rtsp_transport", transport,
+                               "-i", uri, "-c", "copy", "-f", "null", "-"});
+}
+
+// Waits until what the relay takes for its viewers is released.
+Resources settled(const Child_Process &relay, const Resources &expected) {
+  Resources resources = resources_of(relay);
+  for (int i = 0; i < 100; ++i) {
+    if (resources.threads <= expected.threads && resources.descriptors <= expected.descriptors)
+      break;
+    g_usleep(50 * G_TIME_SPAN_MILLISECOND);
+    resources = resources_of(relay);
+  }
+  return resources;
+}
+
+void expect_no_more(const Resources &now, const Resources &before) {
+  EXPECT_LE(now.threads, before.threads);
+  EXPECT_LE(now.descriptors, before.descriptors);
+  EXPECT_LE(now.memory, before.memory + memory_tolerance);
+}
+
+void watch_for_a_moment(const std::string &uri, const char *media, const char *transport) {
+  const Viewer viewer(uri, media, transport);
+  ASSERT_TRUE(viewer.sees(5));
+}
+
+// What the relay takes once it has served each stream over each transport.
+Resources resources_after_first_viewers(const Relay &relay) {
+  for (const char *const media : {"video", "audio"})
+    for (const char *const transport : {"tcp", "udp"})
+      watch_for_a_moment(relay.uri, media, transport);
+  return resources_of(relay);
+}
+
+TEST(Relay_Viewers, Take_Nothing_With_Them_One_After_The_Other) {
+  const Camera camera;
+  Relay relay(camera.uri);
+  const Resources before = resources_after_first_viewers(relay);
+  for (int i = 0; i < 20; ++i)
+    for (const char *const transport : {"tcp", "udp"})
+      ASSERT_NO_FATAL_FAILURE(watch_for_a_moment(relay.uri, "video", transport))
+          << i << ' ' << transport;
+  expect_no_more(settled(relay, before), before);
+  relay.send_signal(SIGTERM);
+  EXPECT_EQ(relay.wait().status, 0);
+}
+
+// The camera sends so much that a viewer which does not read is full within seconds.
+TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
+  const Camera camera({"--video", "jpeg", "--noise"});
+  Relay relay(camera.uri);
+  const Resources before = resources_after_first_viewers(relay);
+
+  std::vector<std::unique_ptr<Child_Process>> players;
+  for (int i = 0; i < 8; ++i)
+    players.push_back(make_player(relay.uri, i % 2 == 0 ? "tcp" : "udp"));
+  g_usleep(3 * G_TIME_SPAN_SECOND);
+  for (std::size_t i = 0; i < 4; ++i)
+    players[i]->send_signal(SIGSTOP);
+
+  std::list<Viewer> viewers;
+  for (int i = 0; i < 12; ++i)
+    viewers.emplace_back(relay.uri, "audio", i % 2 == 0 ? "tcp" : "udp");
+  const Viewer witness(relay.uri, "video");
+  for (int second = 0; second < 8; ++second) {
+    EXPECT_TRUE(witness.sees(500));
+    if (second == 4)
+      for (std::size_t i = 4; i < 8; ++i)
+        players[i]->send_signal(SIGKILL);
+  }
+  for (const Viewer &viewer : viewers)
+    EXPECT_TRUE(viewer.sees(50));
+
+  // All that was left behind is released, and the stream still runs for a newcomer.
+  players.clear();
+  viewers.clear();
+  const Viewer newcomer(relay.uri, "video", "udp");
+  EXPECT_TRUE(newcomer.sees(500));
+  const Resources after = settled(relay, before);
+  // The viewers that remain have a connection each.
+  EXPECT_LE(after.descriptors, before.descriptors + 2);
+  EXPECT_LE(after.threads, before.threads);
+}
+
+// Without another viewer over TCP, a stopped one must not hold back those over UDP.
+TEST(Relay_Viewers, Over_Udp_Do_Not_Wait_For_One_Over_Tcp_That_Is_Stopped) {
+  const Camera camera({"--video", "jpeg", "--noise"});
+  const Relay relay(camera.uri);
+  const auto player = make_player(relay.uri, "tcp");
+  g_usleep(2 * G_TIME_SPAN_SECOND);
+  player->send_signal(SIGSTOP);
+  const Viewer viewer(relay.uri, "video", "udp");
+  ASSERT_TRUE(viewer.sees(8000));
+  const std::vector<Packet> packets = viewer.packets();
+  for (std::size_t i = 1; i < packets.size(); ++i)
+    ASSERT_LT(packets[i].arrival - packets[i - 1].arrival, 2 * G_TIME_SPAN_SECOND);
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::tests

@@ -1,0 +1,168 @@
+// The program simulated_camera, as its users run it.
+
+#include <csignal>
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "child_process.h"
+#include "simulated_camera.h"
+#include "viewer.h"
+
+namespace kel::tavren::tests {
+
+namespace {
+
+constexpr gint32 frame_step = 90000 / 25;
+
+// How many packets are missing between two that arrived one after the other.
+int lost(const std::vector<Packet> &packets) {
+  int lost = 0;
+  for (std::size_t i = 1; i < packets.size(); ++i)
+    lost += static_cast<guint16>(packets[i].number - packets[i - 1].number) - 1;
+  return lost;
+}
+
+gint64 longest_wait(const std::vector<Packet> &packets) {
+  gint64 longest = 0;
+  for (std::size_t i = 1; i < packets.size(); ++i)
+    longest = std::max(longest, packets[i].arrival - packets[i - 1].arrival);
+  return longest;
+}
+
+TEST(Simulated_Camera, Keeps_The_Clock_Of_A_Viewer_While_Others_Come_And_Go) {
+  const Camera camera;
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(20));
+  for (const char *const transport : {"tcp", "udp", "tcp"}) {
+    const Viewer other(camera.uri, "video", transport);
+    ASSERT_TRUE(other.sees(20));
+  }
+  // It asks to play from the start.
+  run({"ffmpeg", "-v", "quiet", "-nostdin", "-i", camera.uri, "-t", "1", "-f", "null", "-"});
+  ASSERT_TRUE(viewer.sees(20));
+  for (const gint32 step : viewer.timestamp_steps())
+    ASSERT_EQ(step, frame_step);
+  EXPECT_EQ(lost(viewer.packets()), 0);
+}
+
+TEST(Simulated_Camera, Serves_Viewers_In_Quick_Succession) {
+  const Camera camera;
+  for (int i = 0; i < 20; ++i) {
+    const Viewer viewer(camera.uri, "audio");
+    ASSERT_TRUE(viewer.sees(3)) << i;
+  }
+}
+
+TEST(Simulated_Camera, Listens_On_The_Port_Asked_For) {
+  std::string port;
+  {
+    const Camera camera;
+    port = port_of(camera.uri);
+    const Outcome refused = run({SIMULATED_CAMERA, "--port", port});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("cannot listen on 127.0.0.1 port " + port), std::string::npos)
+        << refused.err;
+  }
+  const Camera camera({"--port", port});
+  EXPECT_EQ(camera.uri, "rtsp://127.0.0.1:" + port + "/camera");
+}
+
+TEST(Simulated_Camera, Sends_Slices_That_Decode_Without_A_Complaint) {
+  const Camera camera({"--slices", "4", "--audio", "none"});
+  const Outcome outcome = run({"ffmpeg", "-v", "warning", "-nostdin", "-rtsp_transport", "tcp",
+                               "-i", camera.uri, "-t", "2", "-f", "null", "-"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+}
+
+TEST(Simulated_Camera, Offers_Only_The_Transport_Asked_For) {
+  const Camera camera({"--transport", "udp"});
+  EXPECT_TRUE(Viewer(camera.uri, "video", "tcp").sees_end());
+  EXPECT_TRUE(Viewer(camera.uri, "video", "udp").sees(20));
+}
+
+TEST(Simulated_Camera_Misbehaviour, Pause_Delays_But_Loses_Nothing) {
+  const Camera camera({"--misbehave", "pause:1@1"});
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(150));
+  EXPECT_GT(longest_wait(viewer.packets()), G_TIME_SPAN_SECOND * 8 / 10);
+  EXPECT_EQ(lost(viewer.packets()), 0);
+  for (const gint32 step : viewer.timestamp_steps())
+    ASSERT_EQ(step, frame_step);
+}
+
+TEST(Simulated_Camera_Misbehaviour, Drop_Loses_What_Is_Sent_Meanwhile) {
+  const Camera camera({"--misbehave", "drop:1@1"});
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(150));
+  EXPECT_GT(longest_wait(viewer.packets()), G_TIME_SPAN_SECOND * 8 / 10);
+  EXPECT_GT(lost(viewer.packets()), 20);
+}
+
+TEST(Simulated_Camera_Misbehaviour, Stops_One_Stream_And_Goes_On_With_The_Other) {
+  const Camera camera({"--misbehave", "stop-audio@1"});
+  const Viewer video(camera.uri, "video");
+  const Viewer audio(camera.uri, "audio");
+  ASSERT_TRUE(audio.sees(10));
+  ASSERT_TRUE(video.sees(150));
+  const std::size_t before = audio.packets().size();
+  ASSERT_TRUE(video.sees(50));
+  EXPECT_EQ(audio.packets().size(), before);
+}
+
+TEST(Simulated_Camera_Misbehaviour, Silence_Keeps_The_Connection) {
+  const Camera camera({"--misbehave", "silent@1"});
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(10));
+  g_usleep(2 * G_TIME_SPAN_SECOND);
+  const std::size_t before = viewer.packets().size();
+  g_usleep(G_TIME_SPAN_SECOND);
+  EXPECT_EQ(viewer.packets().size(), before);
+}
+
+TEST(Simulated_Camera_Misbehaviour, Close_Ends_The_Connections_But_Not_The_Camera) {
+  const Camera camera({"--misbehave", "close@1"});
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(10));
+  EXPECT_TRUE(viewer.sees_end());
+  EXPECT_TRUE(Viewer(camera.uri, "video").sees(20));
+}
+
+TEST(Simulated_Camera_Misbehaviour, Gone_Refuses_Connections_For_A_While) {
+  const Camera camera({"--misbehave", "gone:2@1"});
+  const Viewer viewer(camera.uri, "video");
+  ASSERT_TRUE(viewer.sees(10));
+  EXPECT_TRUE(viewer.sees_end());
+  EXPECT_TRUE(Viewer(camera.uri, "video").sees_end());
+  g_usleep(2 * G_TIME_SPAN_SECOND);
+  EXPECT_TRUE(Viewer(camera.uri, "video").sees(20));
+}
+
+void expect_refusal(const std::vector<std::string> &options, const std::string &text) {
+  const Outcome outcome = run(words({SIMULATED_CAMERA}, options));
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.err, "simulated_camera: error " + text + "\n");
+}
+
+TEST(Simulated_Camera, Refuses_Bad_Options) {
+  expect_refusal({"--port", "65536"}, "--port takes 0 to 65535");
+  expect_refusal({"--slices", "0"}, "--slices takes 1 to 8");
+  expect_refusal({"--lifetime", "0"}, "--lifetime takes 1 to 86400");
+  expect_refusal({"--transport", "pigeon"}, "--transport takes any, tcp or udp, not \"pigeon\"");
+  expect_refusal({"--video", "none", "--audio", "none"},
+                 "the simulated camera has nothing to send");
+  expect_refusal({"--audio", "brass"}, "the simulated camera has no audio of kind brass");
+  for (const char *const misbehaviour :
+       {"sulk@1", "pause@1", "silent:1@1", "pause:1", "pause:1@", "pause:x@1", "close@1,,close@2"})
+    EXPECT_EQ(run({SIMULATED_CAMERA, "--misbehave", misbehaviour}).status, 1) << misbehaviour;
+  expect_refusal({"--misbehave", "close@1,sulk@2"},
+                 "--misbehave takes pause:S@T, drop:S@T, stop-video@T, stop-audio@T, silent@T, "
+                 "close@T and gone:S@T, not \"sulk@2\"");
+}
+
+}  // namespace
+
+}  // namespace kel::tavren::tests

@@ -1,0 +1,55 @@
+// A viewer that looks at the RTP packets of one stream.
+
+#ifndef TAVREN_TESTS_VIEWER_H
+#define TAVREN_TESTS_VIEWER_H
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <gst/gst.h>
+
+#include "references.h"
+
+namespace kel::tavren::tests {
+
+struct Packet {
+  guint16 number = 0;     // its sequence number
+  guint32 timestamp = 0;  // in units of the stream's clock
+  gint64 arrival = 0;     // on the monotonic clock in us
+};
+
+class Viewer {
+public:
+  // Plays the streams of one kind, such as "video", and asks for no other.
+  Viewer(const std::string &uri, std::string media, const std::string &transport = "tcp");
+  ~Viewer();
+  Viewer(const Viewer &) = delete;
+  Viewer &operator=(const Viewer &) = delete;
+
+  // Whether so many packets more arrive in time.
+  bool sees(std::size_t packets) const;
+
+  // Whether the stream ends in time, in whatever way.
+  bool sees_end() const;
+
+  std::vector<Packet> packets() const;
+
+  // The steps between the RTP timestamps of the frames that have arrived.
+  std::vector<gint32> timestamp_steps() const;
+
+private:
+  static gboolean select(GstElement *, guint, GstCaps *caps, gpointer viewer) noexcept;
+  static void note_packet(GstElement *, GstBuffer *packet, GstPad *, gpointer viewer) noexcept;
+  Element element(const char *name) const;
+  std::size_t count() const;
+
+  const std::string media_;
+  mutable std::mutex mutex_;
+  std::vector<Packet> packets_;
+  Element pipeline_;
+};
+
+}  // namespace kel::tavren::tests
+
+#endif
