@@ -13,22 +13,38 @@ namespace {
 
 using Url = std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)>;
 
-// The part of a URI between "scheme://" and "@", by position; empty if there is none. The last "@"
-// of the authority counts, so that a password may contain one.
+// The part of a URI between "scheme://" and "@", by position.
 struct User_Info {
   std::size_t begin = 0;
   std::size_t end = 0;
   bool present = false;
 };
 
+bool is_port(const std::string &text) {
+  return text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// A password may contain "@", so the last one counts; and, against the rules, "/": then what looks
+// like a port is no number.
 User_Info find_user_info(const std::string &uri) {
   const std::size_t scheme = uri.find("://");
   if (scheme == std::string::npos) return {};
   const std::size_t begin = scheme + 3;
-  const std::string authority = uri.substr(begin, uri.find('/', begin) - begin);
+  std::string authority = uri.substr(begin, uri.find('/', begin) - begin);
+  const std::size_t colon = authority.rfind(':');
+  if (authority.find('@') == std::string::npos && authority.find(']') == std::string::npos &&
+      colon != std::string::npos && !is_port(authority.substr(colon + 1)))
+    authority = uri.substr(begin, uri.find('?', begin) - begin);
   const std::size_t at = authority.rfind('@');
   if (at == std::string::npos) return {};
   return {begin, begin + at, true};
+}
+
+// An address as messages quote it: without the password, or not at all if it cannot be found.
+std::string quoted(const std::string &uri) {
+  const std::string concealed = conceal_password(uri);
+  const bool may_hold_password = concealed == uri && uri.find('@') != std::string::npos;
+  return may_hold_password ? "it does not begin with rtsp://" : '"' + concealed + '"';
 }
 
 // Unescapes percent escapes; text with broken ones is taken literally.
@@ -59,12 +75,11 @@ Camera_Address parse_camera_address(const std::string &uri) {
 
   GstRTSPUrl *url = nullptr;
   if (gst_rtsp_url_parse(address.location.c_str(), &url) != GST_RTSP_OK)
-    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND,
-                    "not the address of a camera: \"" + conceal_password(uri) + '"');
+    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "not the address of a camera: " + quoted(uri));
   const Url owned(url, gst_rtsp_url_free);
   if (url->host == nullptr || *url->host == '\0')
     throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND,
-                    "the address of the camera names no host: \"" + conceal_password(uri) + '"');
+                    "the address of the camera names no host: " + quoted(uri));
   address.transport = requested_transport(url->transports);
   return address;
 }

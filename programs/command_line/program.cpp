@@ -25,6 +25,11 @@ std::string reason_in(const char *debug) {
   return reason;
 }
 
+// An argument in a message. An address may contain a password.
+std::string quoted(const std::string &argument) {
+  return argument.find('@') == std::string::npos ? argument : "(an address)";
+}
+
 }  // namespace
 
 struct Bus_Error::Report {
@@ -88,7 +93,7 @@ int run_program(int argc, char **argv, const char *summary, std::vector<GOptionE
       std::cout << program.get() << ' ' << TAVREN_CAPTURE_VERSION << std::endl;
       return 0;
     }
-    if (argc > 1) throw std::runtime_error(std::string("unexpected argument ") + argv[1]);
+    if (argc > 1) throw std::runtime_error("unexpected argument " + quoted(argv[1]));
     body();
     return 0;
   } catch (const std::exception &error) {

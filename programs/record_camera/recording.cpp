@@ -82,8 +82,7 @@ void Recording::refuse(Stream &stream) {
   const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
   display_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
                 caps.get());
-  if (stream.file != nullptr) leave_file(stream);
-  stream.is_over = true;
+  close(stream);
 }
 
 // The frames until the next key frame refer to pictures that have never arrived.
@@ -92,17 +91,26 @@ void Recording::restart_stream(guint number) {
   if (found == streams_.end()) return;
   Stream &stream = found->second;
   const bool is_leading = &stream == leading_stream();
-  stream.is_over = false;
+  stream.is_over = stream.has_ended = false;
   stream.needs_key = true;
   if (is_leading && stream.file != nullptr) leave_file(stream);
 }
 
+// Frames that wait for a file are still recorded.
 void Recording::end_stream(guint number) {
   const auto found = streams_.find(number);
   if (found == streams_.end()) return;
-  found->second.is_over = true;
-  if (found->second.file != nullptr) leave_file(found->second);
+  Stream &stream = found->second;
+  stream.has_ended = true;
   route_all();
+  if (stream.waiting.empty()) close(stream);
+}
+
+// Nothing more of the stream is recorded.
+void Recording::close(Stream &stream) {
+  if (stream.file != nullptr) leave_file(stream);
+  stream.is_over = true;
+  stream.waiting.clear();
 }
 
 // What waits for further streams is recorded without them.
@@ -147,7 +155,7 @@ bool Recording::route(Stream &stream) {
     if (!stream.needs_key || frame.is_key) write(stream, frame);
     stream.waiting.pop_front();
     moved = true;
-    if (stream.is_over) stream.waiting.clear();
+    if (stream.is_over || (stream.has_ended && stream.waiting.empty())) close(stream);
   }
   return moved;
 }
@@ -164,7 +172,8 @@ bool Recording::begins_new_file(const Stream &stream, const Frame &frame) {
 bool Recording::others_wait_for_file(const Stream &stream) const {
   return std::any_of(streams_.begin(), streams_.end(), [&stream](const auto &entry) {
     const Stream &other = entry.second;
-    return other.number != stream.number && other.file == nullptr && !other.waiting.empty();
+    return other.number != stream.number && other.file == nullptr && !other.is_over &&
+           !other.waiting.empty();
   });
 }
 
@@ -322,8 +331,9 @@ bool Recording::is_complete() const {
 }
 
 bool Recording::all_ended() const {
-  return std::all_of(streams_.begin(), streams_.end(),
-                     [](const auto &entry) { return entry.second.is_over; });
+  return std::all_of(streams_.begin(), streams_.end(), [](const auto &entry) {
+    return entry.second.is_over || entry.second.has_ended;
+  });
 }
 
 bool Recording::waits_for_key_frame() const {

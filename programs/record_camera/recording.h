@@ -88,7 +88,8 @@ private:
     std::deque<Frame> waiting;   // for a file
     Media_File *file = nullptr;  // the frames' way; null: the next file is waited for
     bool needs_key = false;      // frames are dropped until the next key frame
-    bool is_over = false;        // the camera has ended it, or all that was asked for is recorded
+    bool has_ended = false;      // the camera has ended it
+    bool is_over = false;        // nothing more of it is recorded
     bool is_quiet = false;       // it has stopped, and that has been shown
     gint64 last_arrival = 0;
     gint64 begin_dts = 0;  // of its first frame in the recording
@@ -106,6 +107,7 @@ private:
   bool begins_new_file(const Stream &stream, const Frame &frame);
   bool others_wait_for_file(const Stream &stream) const;
   static void leave_file(Stream &stream);
+  static void close(Stream &stream);
   void leave_old_files();
   void move_to_newest_file(Stream &stream, const Frame &frame);
   void write(Stream &stream, const Frame &frame);

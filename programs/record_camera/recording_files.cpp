@@ -95,7 +95,8 @@ std::unique_ptr<Reserved_File> Recording_Files::next() {
   if (!file) {
     const std::string prefix = named_by_time_ ? "-" + utc_now() : "";
     std::string path = named_by_time_ ? numbered(prefix) : numbered("-" + four_digits(++count_));
-    for (unsigned int i = 1; exists(path) && !overwrite_; ++i)
+    // Two files may begin in one second.
+    for (unsigned int i = 1; exists(path) && (named_by_time_ || !overwrite_); ++i)
       path = numbered(prefix + "-" + four_digits(named_by_time_ ? i : ++count_));
     file = std::make_unique<Reserved_File>(path, overwrite_);
   }
@@ -120,7 +121,7 @@ std::vector<std::string> Recording_Files::oldest_first() const {
       continue;
     const std::string middle =
         name.substr(start.size(), name.size() - start.size() - extension_.size());
-    if (std::regex_match(middle, ending)) names.push_back(folder + "/" + name);
+    if (std::regex_match(middle, ending)) names.push_back(numbered(middle));
   }
   std::sort(names.begin(), names.end());
   return names;
