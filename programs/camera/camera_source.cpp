@@ -12,7 +12,7 @@ using capture::Media_Helper;
 
 namespace {
 
-constexpr guint64 connection_timeout = 10 * G_USEC_PER_SEC;
+constexpr guint64 connection_timeout = guint64{10} * G_USEC_PER_SEC;
 
 using Error = std::unique_ptr<GError, decltype(&g_error_free)>;
 using Tls_Database = std::unique_ptr<GTlsDatabase, decltype(&g_object_unref)>;
@@ -28,6 +28,33 @@ void trust_authorities(GstElement *source, const std::string &file) {
     throw Bus_Error(GST_RESOURCE_ERROR_OPEN_READ,
                     "cannot read the certificate authorities: " + std::string(error->message));
   g_object_set(source, "tls-database", database.get(), nullptr);
+}
+
+// A camera's answer to PLAY names the number of the first packet. A jitter buffer that is given it
+// discards packets with lower numbers, those of a restarted encoder among them, and for ever those
+// of a camera that names a wrong one.
+GstPadProbeReturn drop_first_number(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
+  GstEvent *const event = gst_pad_probe_info_get_event(info);
+  if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
+  GstCaps *caps = nullptr;
+  gst_event_parse_caps(event, &caps);
+  const boost::intrusive_ptr<GstCaps> plain(gst_caps_copy(caps), false);
+  gst_structure_remove_field(gst_caps_get_structure(plain.get(), 0), "seqnum-base");
+  info->data = gst_event_new_caps(plain.get());
+  gst_event_unref(event);
+  return GST_PAD_PROBE_OK;
+}
+
+void on_new_jitter_buffer(GstElement *, GstElement *jitter_buffer, guint, guint,
+                          gpointer) noexcept {
+  const boost::intrusive_ptr<GstPad> pad(gst_element_get_static_pad(jitter_buffer, "sink"), false);
+  if (pad)
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, drop_first_number, nullptr,
+                      nullptr);
+}
+
+void on_new_manager(GstElement *, GstElement *manager, gpointer) noexcept {
+  g_signal_connect(manager, "new-jitterbuffer", G_CALLBACK(on_new_jitter_buffer), nullptr);
 }
 
 Transport parse_transport(const std::string &name) {
@@ -69,6 +96,8 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
   if (!options.address.user.empty())
     g_object_set(source, "user-id", options.address.user.c_str(), "user-pw",
                  options.address.password.c_str(), nullptr);
+  Media_Helper::g_signal_connect_or_throw(source, "new-manager", G_CALLBACK(on_new_manager),
+                                          nullptr);
   if (!options.ca_file.empty()) trust_authorities(source, options.ca_file);
   return source;
 }

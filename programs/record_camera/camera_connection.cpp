@@ -84,7 +84,9 @@ void Camera_Connection::handle_events() {
     handle(event);
     if (!session_) return;
   }
-  session_->hold_back(recording_.files().waiting_bytes() > congestion);
+  const bool is_congested = recording_.files().waiting_bytes() > congestion;
+  if (is_congested) held_back_at_ = now();
+  session_->hold_back(is_congested);
 }
 
 void Camera_Connection::handle(const Camera_Event &event) {
@@ -94,7 +96,7 @@ void Camera_Connection::handle(const Camera_Event &event) {
   case Camera_Event::Kind::frame:
     return accept_frame(event);
   case Camera_Event::Kind::restarted:
-    session_->remove_old_branches();
+    session_->remove_old_branches(event.number);
     return recording_.restart_stream(event.number);
   case Camera_Event::Kind::ended:
     return end_stream(event.number);
@@ -114,8 +116,10 @@ void Camera_Connection::offer(const Camera_Event &event) {
 void Camera_Connection::accept_frame(const Camera_Event &event) {
   if (!has_received_) {
     has_received_ = true;
+    has_ever_received_ = true;
     transports_.resize(1);
     retries_.reset();
+    if (!recording_.has_begun()) absence_.reset();
   }
   recording_.add_frame(event.number, event.sample.get());
   if (const auto gap = recording_.take_gap()) show_gap(*gap);
@@ -139,11 +143,13 @@ void Camera_Connection::end_session(const std::exception_ptr &failure) {
   recording_.end_session();
   if (next_transport) {
     transports_.erase(transports_.begin());
-    return connect();
+    reconnect_at_ = now();
+    return;
   }
   const auto retry = is_permanent(reason) ? std::nullopt : retries_.next(now());
   if (!retry) std::rethrow_exception(reason);
   reconnect_at_ = *retry;
+  if (!has_ever_received_) transports_ = transports_to_try(options_.transport);
   if (absence_) return;
   absence_ = text_of(reason);
   display_.line((recording_.has_begun() ? "lost the camera, trying again: "
@@ -173,6 +179,7 @@ bool Camera_Connection::wants_any_stream() const {
 
 void Camera_Connection::tick() {
   if (reconnect_at_ != 0 && now() >= reconnect_at_) return connect();
+  handle_events();
   if (session_) check_session();
 }
 
@@ -183,7 +190,7 @@ void Camera_Connection::check_session() {
     return;
   }
   const gint64 limit = std::max(silence_limit, 3 * recording_.longest_wait());
-  if (now() - recording_.last_arrival() > limit)
+  if (now() - std::max(recording_.last_arrival(), held_back_at_) > limit)
     end_session(read_error("the camera has gone silent"));
   else if (recording_.waits_for_key_frame())
     end_session(read_error("the camera sends no key frame"));

@@ -75,8 +75,10 @@ private:
   std::map<guint, Stream_Plan> plans_;
   std::map<guint, std::string> shown_;  // the lines about streams that have been shown
   bool has_received_ = false;           // in this session
-  gint64 connected_at_ = 0;             // on the monotonic clock in us
-  gint64 reconnect_at_ = 0;             // 0: not waiting to connect again
+  bool has_ever_received_ = false;
+  gint64 held_back_at_ = 0;  // when the session was last held back, on the monotonic clock in us
+  gint64 connected_at_ = 0;  // on the monotonic clock in us
+  gint64 reconnect_at_ = 0;  // 0: not waiting to connect again
   std::optional<std::string> absence_;  // why the camera is away
   std::exception_ptr last_warning_;
 };

@@ -73,6 +73,10 @@ void Camera_Recorder::report() {
   if (!recording_.has_begun()) return;
   display_.line("recorded " + Media_Helper::gst_time_to_string(recording_.recorded()) + ": " +
                 recording_.summary());
+  const GstClockTime asked_for = options_.recording.duration;
+  if (ends_at_duration_ && recording_.recorded() + GST_SECOND < asked_for)
+    display_.line("the camera sent nothing for the last " +
+                  in_seconds(asked_for - recording_.recorded()));
 }
 
 template <typename Step>
@@ -106,7 +110,7 @@ void Camera_Recorder::handle(GstMessage *message) {
     connection_.handle(message);
   }
   if (is_finishing_ && recording_.files().is_empty()) g_main_loop_quit(loop_.get());
-  if (!is_finishing_ && recording_.is_complete()) finish();
+  if (!is_finishing_ && recording_.is_complete()) finish_at_duration();
 }
 //! [handle messages]
 
@@ -124,7 +128,7 @@ void Camera_Recorder::tick() {
     return;
   }
   connection_.tick();
-  if (recording_.is_complete()) return finish();
+  if (recording_.is_complete()) return finish_at_duration();
   if (!recording_.has_begun()) return;
   show_progress();
   if (graph_due_ == 0) graph_due_ = now() + graph_delay;
@@ -148,6 +152,11 @@ void Camera_Recorder::end_as_asked() {
   throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished");
 }
 
+void Camera_Recorder::finish_at_duration() {
+  ends_at_duration_ = true;
+  finish();
+}
+
 void Camera_Recorder::finish() {
   if (is_finishing_) return;
   if (graph_.empty() && recording_.has_begun()) take_graph();
@@ -164,8 +173,9 @@ void Camera_Recorder::fail(std::exception_ptr failure) noexcept {
   try {
     if (!graph_is_of_failure_) take_graph_of_failure();
     finish();
-  } catch (...) {
-    g_main_loop_quit(loop_.get());
+  } catch (...) {  // the first failure is the one to report
+    connection_.close();
+    if (recording_.files().is_empty()) g_main_loop_quit(loop_.get());
   }
 }
 

@@ -60,6 +60,7 @@ private:
   void handle_viewer_error(const std::string &text);
   void tick();
   void end_as_asked();
+  void finish_at_duration();
   void finish();
   void fail(std::exception_ptr failure) noexcept;
   void show_progress();
@@ -78,6 +79,7 @@ private:
   std::unique_ptr<Viewer> viewer_;
   bool may_view_ = false;
   bool is_finishing_ = false;
+  bool ends_at_duration_ = false;
   gint64 finishing_since_ = 0;  // on the monotonic clock in us
   gint64 graph_due_ = 0;        // likewise; 0: the recording has not begun
   gint64 queues_shown_ = 0;     // likewise

@@ -13,6 +13,9 @@ using capture::Media_Helper;
 
 namespace {
 
+constexpr gint64 take_over_delay = G_TIME_SPAN_SECOND / 2;
+constexpr int branches_kept = 3;
+
 // rtpmp4adepay sends its first packet as it is, with the lengths of the frames in front of them.
 GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexcept {
   const boost::intrusive_ptr<GstCaps> caps(gst_pad_get_current_caps(pad), false);
@@ -101,7 +104,7 @@ void Camera_Session::on_pad_added(GstElement *, GstPad *pad, gpointer session) n
 }
 
 GstFlowReturn Camera_Session::on_sample(GstAppSink *sink, gpointer data) noexcept {
-  const Branch &branch = *static_cast<Branch *>(data);
+  Branch &branch = *static_cast<Branch *>(data);
   branch.session->guarded([&](Camera_Session &self) {
     Camera_Event event;
     event.kind = Camera_Event::Kind::frame;
@@ -112,7 +115,7 @@ GstFlowReturn Camera_Session::on_sample(GstAppSink *sink, gpointer data) noexcep
 }
 
 void Camera_Session::on_end(GstAppSink *, gpointer data) noexcept {
-  const Branch &branch = *static_cast<Branch *>(data);
+  Branch &branch = *static_cast<Branch *>(data);
   branch.session->guarded([&](Camera_Session &self) {
     Camera_Event event;
     event.kind = Camera_Event::Kind::ended;
@@ -121,13 +124,32 @@ void Camera_Session::on_end(GstAppSink *, gpointer data) noexcept {
 }
 
 // Adds an event of a branch unless another has replaced it. Waits while the session is held back.
-void Camera_Session::deliver(const Branch &branch, Camera_Event event) {
+void Camera_Session::deliver(Branch &branch, Camera_Event event) {
+  bool has_returned = false;
   {
     std::unique_lock lock(mutex_);
-    released_.wait(lock, [this] { return !held_back_ || closing_; });
-    if (!branch.is_current) return;
+    released_.wait(lock, [&] { return !held_back_ || closing_ || !branch.is_current; });
+    if (closing_ || !(branch.is_current || (has_returned = takes_over(branch)))) return;
+    delivered_at_[branch.number] = g_get_monotonic_time();
   }
   event.number = branch.number;
+  if (has_returned) add_restart(branch.number);
+  add_event(std::move(event));
+}
+
+// A camera may return to an SSRC that another has replaced: for a known one there is no new pad.
+bool Camera_Session::takes_over(Branch &branch) {
+  if (g_get_monotonic_time() - delivered_at_[branch.number] < take_over_delay) return false;
+  for (Branch &other : branches_)
+    if (other.number == branch.number) other.is_current = false;
+  branch.is_current = true;
+  return true;
+}
+
+void Camera_Session::add_restart(guint number) {
+  Camera_Event event;
+  event.kind = Camera_Event::Kind::restarted;
+  event.number = number;
   add_event(std::move(event));
 }
 
@@ -164,6 +186,7 @@ void Camera_Session::add_branch(GstPad *pad) {
       other.is_current = false;
       is_new = false;
     }
+    delivered_at_[number] = g_get_monotonic_time();
     branch = &branches_.emplace_back();
     branch->session = this;
     branch->number = number;
@@ -172,12 +195,8 @@ void Camera_Session::add_branch(GstPad *pad) {
     if (!clock) clock = std::make_shared<Shared_Stream_Clock>();
     branch->clock = clock;
   }
-  if (!is_new) {
-    Camera_Event event;
-    event.kind = Camera_Event::Kind::restarted;
-    event.number = number;
-    add_event(std::move(event));
-  }
+  released_.notify_all();  // a branch that is not current any more
+  if (!is_new) add_restart(number);
   build_branch(*branch, plan);
 }
 //! [add a stream]
@@ -242,14 +261,17 @@ GstElement *Camera_Session::add_frame_sink(Branch &branch) {
   return sink;
 }
 
-void Camera_Session::remove_old_branches() {
+// The last ones stay: the camera may return to them.
+void Camera_Session::remove_old_branches(guint number) {
   std::list<Branch> old;
   {
     const std::lock_guard lock(mutex_);
-    for (auto branch = branches_.begin(); branch != branches_.end();) {
-      const auto next = std::next(branch);
-      if (!branch->is_current) old.splice(old.end(), branches_, branch);
-      branch = next;
+    int kept = 0;
+    for (auto branch = branches_.end(); branch != branches_.begin();) {
+      --branch;
+      if (branch->number != number || branch->is_current || ++kept <= branches_kept) continue;
+      const auto removed = branch++;
+      old.splice(old.end(), branches_, removed);
     }
   }
   for (const Branch &branch : old) {

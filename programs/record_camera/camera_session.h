@@ -61,8 +61,8 @@ public:
 
   std::deque<Camera_Event> take_events();
 
-  // Removes the elements of branches that a new SSRC has replaced.
-  void remove_old_branches();
+  // Removes the elements of a stream's branches that other SSRCs have replaced long ago.
+  void remove_old_branches(guint number);
 
   // While the session is held back, its threads wait before they deliver a frame.
   void hold_back(bool held) noexcept;
@@ -84,8 +84,8 @@ private:
   static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,
                                    gpointer session) noexcept;
   static void on_pad_added(GstElement *, GstPad *pad, gpointer session) noexcept;
-  static GstFlowReturn on_sample(GstAppSink *sink, gpointer branch) noexcept;
-  static void on_end(GstAppSink *sink, gpointer branch) noexcept;
+  static GstFlowReturn on_sample(GstAppSink *sink, gpointer data) noexcept;
+  static void on_end(GstAppSink *, gpointer data) noexcept;
 
   bool select_stream(guint number, GstCaps *offered);
   void add_branch(GstPad *pad);
@@ -93,7 +93,9 @@ private:
   void configure_parser(GstElement *parser) const;
   GstElement *add_frame_sink(Branch &branch);
   void add_event(Camera_Event event);
-  void deliver(const Branch &branch, Camera_Event event);
+  void deliver(Branch &branch, Camera_Event event);
+  bool takes_over(Branch &branch);
+  void add_restart(guint number);
   template <typename Step>
   void guarded(Step step) noexcept;
 
@@ -108,6 +110,7 @@ private:
   std::map<guint, Stream_Plan> plans_;
   std::map<guint, std::shared_ptr<Shared_Stream_Clock>> clocks_;
   std::list<Branch> branches_;
+  std::map<guint, gint64> delivered_at_;  // a stream's last event, on the monotonic clock in us
   std::deque<Camera_Event> events_;
 };
 

@@ -65,7 +65,7 @@ void File_Set::tick() {
   free_space();
 }
 
-void File_Set::end() {
+void File_Set::end() noexcept {
   for (const Open_File &file : files_)
     file.media->end();
 }

@@ -38,7 +38,7 @@ public:
   // Closes the files that are finished. Throws Bus_Error if one cannot be finished in time.
   void tick();
   // Ends all files.
-  void end();
+  void end() noexcept;
 
   const std::vector<std::string> &finished() const noexcept { return finished_; }
   guint64 bytes() const;

@@ -122,14 +122,14 @@ void Media_File::bridge_gaps() {
   }
 }
 
-void Media_File::end_track(guint stream) {
+void Media_File::end_track(guint stream) noexcept {
   const std::size_t index = index_of(stream);
   if (index == tracks_.size() || tracks_[index].has_ended) return;
   tracks_[index].has_ended = true;
   feeds_[index]->end();
 }
 
-void Media_File::end() {
+void Media_File::end() noexcept {
   for (const Track &track : tracks_)
     end_track(track.stream);
 }

@@ -57,9 +57,9 @@ public:
   void write(guint stream, const Frame &frame);
   // Lets a muxer go on that waits for a stream which has sent nothing for a while.
   void bridge_gaps();
-  void end_track(guint stream);
+  void end_track(guint stream) noexcept;
   // Ends all tracks. The file is finished when is_finished() says so.
-  void end();
+  void end() noexcept;
 
   bool has_ended() const noexcept;
   bool is_finished() const noexcept { return finished_; }

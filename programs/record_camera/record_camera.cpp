@@ -33,7 +33,12 @@ void record(const Recorder_Options &options) {
   Camera_Recorder recorder(options);
   const Signal_Watch signals([&recorder] { recorder.stop(); });
   recorder.record();
-  if (!options.quiet && recorder.files().size() == 1) print_streams(recorder.files().front());
+  if (options.quiet || recorder.files().size() != 1) return;
+  try {
+    print_streams(recorder.files().front());
+  } catch (const std::exception &error) {  // a missing decoder, for example: the file is complete
+    std::cout << "its streams cannot be listed: " << error.what() << std::endl;
+  }
 }
 
 double checked_seconds(double seconds, const char *option) {

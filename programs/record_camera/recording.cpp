@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <tavren/handles/emancipator.h>
+#include <tavren/handles/scope_exit_guard.h>
 
 #include "command_line/program.h"
 #include "command_line/time_text.h"
@@ -90,6 +91,7 @@ void Recording::restart_stream(guint number) {
   const auto found = streams_.find(number);
   if (found == streams_.end()) return;
   Stream &stream = found->second;
+  if (stream.is_complete) return;
   const bool is_leading = &stream == leading_stream();
   stream.is_over = stream.has_ended = false;
   stream.needs_key = true;
@@ -106,6 +108,13 @@ void Recording::end_stream(guint number) {
   if (stream.waiting.empty()) close(stream);
 }
 
+// All that was asked for of the stream is recorded.
+void Recording::complete(Stream &stream) {
+  close(stream);
+  stream.is_complete = true;
+  if (first_over_ == 0) first_over_ = now();
+}
+
 // Nothing more of the stream is recorded.
 void Recording::close(Stream &stream) {
   if (stream.file != nullptr) leave_file(stream);
@@ -115,8 +124,13 @@ void Recording::close(Stream &stream) {
 
 // What waits for further streams is recorded without them.
 void Recording::end_session() {
+  Scope_Exit_Guard end_files;
+  arm(end_files, [this] { forget_session(); });
   is_session_ending_ = true;
   route_all();
+}
+
+void Recording::forget_session() noexcept {
   is_session_ending_ = false;
   is_resuming_ = has_begun();
   streams_.clear();
@@ -125,8 +139,9 @@ void Recording::end_session() {
 }
 
 void Recording::finish() {
+  Scope_Exit_Guard refuse_frames;
+  arm(refuse_frames, [this] { is_finishing_ = true; });
   end_session();
-  is_finishing_ = true;
 }
 
 //! [route the frames]
@@ -143,6 +158,8 @@ void Recording::route_all() {
 bool Recording::route(Stream &stream) {
   bool moved = false;
   while (!stream.waiting.empty()) {
+    if (is_past_end(stream, stream.waiting.front())) complete(stream);
+    if (stream.is_over) return moved;
     if (stream.file != nullptr && begins_new_file(stream, stream.waiting.front()))
       leave_file(stream);
     if (stream.file == nullptr) {
@@ -155,7 +172,7 @@ bool Recording::route(Stream &stream) {
     if (!stream.needs_key || frame.is_key) write(stream, frame);
     stream.waiting.pop_front();
     moved = true;
-    if (stream.is_over || (stream.has_ended && stream.waiting.empty())) close(stream);
+    if (stream.has_ended && stream.waiting.empty()) close(stream);
   }
   return moved;
 }
@@ -206,12 +223,6 @@ void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
 
 void Recording::write(Stream &stream, const Frame &frame) {
   stream.needs_key = false;
-  if (is_past_end(stream, frame)) {
-    leave_file(stream);
-    stream.is_over = true;
-    if (first_over_ == 0) first_over_ = now();
-    return;
-  }
   if (!stream.has_begun) stream.begin_dts = frame.dts;
   stream.has_begun = true;
   stream.file->write(stream.number, frame);
@@ -225,8 +236,8 @@ void Recording::write(Stream &stream, const Frame &frame) {
 
 // Frames are counted in the order in which they are decoded: a frame that others refer to may be
 // shown later than they are.
-bool Recording::is_past_end(Stream &stream, const Frame &frame) const {
-  if (options_.duration == 0) return false;
+bool Recording::is_past_end(const Stream &stream, const Frame &frame) const {
+  if (options_.duration == 0 || !begin_) return false;
   const gint64 delay = stream.has_begun ? 0 : frame.pts - frame.dts;
   const gint64 begin = stream.has_begun ? std::min(stream.begin_dts, *begin_) : *begin_ - delay;
   return frame.dts - begin >= static_cast<gint64>(options_.duration);

@@ -90,6 +90,7 @@ private:
     bool needs_key = false;      // frames are dropped until the next key frame
     bool has_ended = false;      // the camera has ended it
     bool is_over = false;        // nothing more of it is recorded
+    bool is_complete = false;    // all that was asked for of it is recorded
     bool is_quiet = false;       // it has stopped, and that has been shown
     gint64 last_arrival = 0;
     gint64 begin_dts = 0;  // of its first frame in the recording
@@ -108,13 +109,15 @@ private:
   bool others_wait_for_file(const Stream &stream) const;
   static void leave_file(Stream &stream);
   static void close(Stream &stream);
+  void complete(Stream &stream);
+  void forget_session() noexcept;
   void leave_old_files();
   void move_to_newest_file(Stream &stream, const Frame &frame);
   void write(Stream &stream, const Frame &frame);
   bool accepts(const Stream &stream) const;
   void refuse(Stream &stream);
   void note_arrival(Stream &stream);
-  bool is_past_end(Stream &stream, const Frame &frame) const;
+  bool is_past_end(const Stream &stream, const Frame &frame) const;
   Stream *leading_stream();
   bool may_open(const Stream &leading) const;
   bool open_file();

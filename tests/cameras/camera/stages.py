@@ -89,7 +89,7 @@ class Jump(Stage):
 
 class NewSsrc(Stage):
     def change(self, packet):
-        self.forward(packet.rewritten(sequence=packet.sequence + 12345, ssrc=packet.ssrc ^ 0x5A5A5A5A,
+        self.forward(packet.rewritten(sequence=packet.sequence + 40000, ssrc=packet.ssrc ^ 0x5A5A5A5A,
                                       timestamp=packet.timestamp + 1234567890))
 
 
