@@ -75,7 +75,8 @@ class RtspCamera:
 
     def rtp_info(self, streams):
         """Each stream's next sequence number and its timestamp now, once it has sent something."""
-        if not self.options.rtp_info or not all(stream in self._last and stream in self._reports for stream in streams):
+        known = all(stream in self._last and stream in self._reports for stream in streams)
+        if not self.options.rtp_info or not known:
             return ""
         return ",".join(self._rtp_info(stream) for stream in streams)
 

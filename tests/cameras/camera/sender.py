@@ -10,6 +10,9 @@ from .contents import CONTENTS, prepare
 
 FIRST_DYNAMIC_PAYLOAD_TYPE = 96
 LARGEST_PACKET = 1400
+STARTING_TIME = 50  # s that ffmpeg may take, on a busy machine
+# These have a payload type that needs no rtpmap; ffmpeg announces them that way.
+STATIC_PAYLOAD_TYPES = {"mulaw", "alaw", "mp2", "mjpeg"}
 
 
 def _bound_socket():
@@ -42,7 +45,7 @@ class Sender:
         with tempfile.TemporaryDirectory() as scratch:
             written = [self._start_process(streams, Path(scratch) / f"{streams[0]}.sdp")
                        for streams in self._streams_of_processes()]
-            return await asyncio.wait_for(asyncio.gather(*written), 30)
+            return await asyncio.wait_for(asyncio.gather(*written), STARTING_TIME)
 
     def _streams_of_processes(self):
         """One process keeps its streams in step, and would hold the others back for a slow one."""
@@ -95,7 +98,3 @@ class Sender:
         for process in self._processes:
             process.kill()
             process.wait()
-
-
-# These have a payload type that needs no rtpmap; ffmpeg announces them that way.
-STATIC_PAYLOAD_TYPES = {"mulaw", "alaw", "mp2", "mjpeg"}

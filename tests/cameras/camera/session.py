@@ -12,7 +12,7 @@ from .packets import Packet
 from .stages import chain
 from .transports import make_transport
 
-METHODS = "OPTIONS, DESCRIBE, SETUP, PLAY, PAUSE, GET_PARAMETER, TEARDOWN"
+METHODS = ("OPTIONS", "DESCRIBE", "SETUP", "PLAY", "PAUSE", "GET_PARAMETER", "TEARDOWN")
 
 
 class Session:
@@ -73,13 +73,12 @@ class Session:
         if check and request.method != "OPTIONS" and not check.accepts(
                 request.method, request.header("Authorization")):
             return answer(request, 401, [("WWW-Authenticate", check.challenge())])
-        handler = getattr(self, f"_{request.method.lower()}", None)
-        if handler is None or request.method not in METHODS:
-            return answer(request, 405, [("Allow", METHODS)])
-        return handler(request)
+        if request.method not in METHODS:
+            return answer(request, 405, [("Allow", ", ".join(METHODS))])
+        return getattr(self, f"_{request.method.lower()}")(request)
 
     def _options(self, request):
-        return answer(request, 200, [("Public", METHODS)])
+        return answer(request, 200, [("Public", ", ".join(METHODS))])
 
     def _describe(self, request):
         if not self._camera.serves(request.uri):

@@ -27,16 +27,17 @@ class Case:
     options       its other options; {folder}, {ca}, {password} and so on are filled in
     lines         regular expressions, each of which must match in the output; those that begin
                   with "not " must not
-    address       what the recorder is given as the camera's address, if not {uri}
-    status        the recorder's exit status; None if both 0 and 1 will do
+    address       what the recorder is given as the camera's address, if not {uri};
+                  "{uri_with_login}USER:PASSWORD" puts these into it
+    status        the recorder's exit status
     tolerance     s, of the durations
     largest_step  s, between two pictures
     rate          pictures in a second
     whole         False: pictures were lost on the way, so decoding may complain
     apart         s, by which the start of a stream may be early or late
-    total         s, of all files together, where it counts rather than that of each
+    total         s, of all files together, where nothing may be lost between them
     signal        "NAME@SECONDS": sent to the recorder so long after PLAY
-    password      written to a file for --password-file; must not show in any output
+    password      written to a file for --password-file; must not show in what the recorder leaves
     environment   variables of the recorder, NAME=VALUE
     largest_file  bytes after which writing fails, as on a full disk
     existing      the file is there before

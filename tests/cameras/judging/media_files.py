@@ -66,7 +66,8 @@ def read_media_file(path):
 
 def decoding_complaints(path):
     """What ffmpeg says while it decodes the file; nothing if all is well."""
-    command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-f", "null", "-"]
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-map", "0",
+               "-f", "null", "-"]
     result = subprocess.run(command, capture_output=True, text=True, errors="replace", timeout=TIMEOUT)
     return _one_line(result.stderr)
 

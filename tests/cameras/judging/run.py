@@ -15,7 +15,7 @@ from .verdict import judge
 
 HERE = Path(__file__).resolve().parents[1]
 PYTHON = [sys.executable, "-S"]  # without site packages, it starts in half the time
-STARTING_TIME = 30  # s that a camera may take until it prints its address, on a busy machine
+STARTING_TIME = 60  # s that a camera may take until it prints its address, on a busy machine
 
 
 @dataclass(frozen=True)
@@ -37,14 +37,22 @@ def run_case(case, programs, folder):
         address = camera.next_line(STARTING_TIME) if camera else ""
         outcome = _record(case, programs, folder, camera, address)
         reasons = list(judge(case, outcome, recordings))
-        if case.leaves and not (folder / case.leaves).exists():
-            reasons.append(f"leaves no {case.leaves}")
-        return reasons
+        return reasons + _reasons_of_left_file(case, folder)
     except Exception as failure:  # a row's own fault must not end the others
         return [f"{type(failure).__name__}: {failure}"]
     finally:
         if camera:
             camera.close()
+
+
+def _reasons_of_left_file(case, folder):
+    if not case.leaves:
+        return []
+    if not (folder / case.leaves).exists():
+        return [f"leaves no {case.leaves}"]
+    if case.password and case.password in (folder / case.leaves).read_text():
+        return [f"the password shows in {case.leaves}"]
+    return []
 
 
 def _camera_command(case, programs):
