@@ -73,6 +73,10 @@ std::string branch_name(guint number) {
   return "depayloader_" + std::to_string(number);
 }
 
+void drop_stream(gpointer stream) noexcept {
+  delete static_cast<Shared_Stream *>(stream);
+}
+
 boost::intrusive_ptr<GstElement> make_pipeline() {
   return {GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new("feed"))), false};
 }
@@ -199,6 +203,13 @@ void Camera_Feed::link_stream(GstPad *pad) {
   Media_Helper::link_pad_to_element_or_throw(pad, depayloader.get());
 }
 
+GstPadProbeReturn Camera_Feed::on_packet(GstPad *, GstPadProbeInfo *info,
+                                         gpointer stream) noexcept {
+  if (GstBuffer *const packet = gst_pad_probe_info_get_buffer(info))
+    (*static_cast<Shared_Stream *>(stream))->note_packet(gst_buffer_get_size(packet));
+  return GST_PAD_PROBE_OK;
+}
+
 // Returns the depayloader (transfer none), which leads to a sink for the stream's frames.
 GstElement *Camera_Feed::add_branch(const Shared_Stream &stream) {
   const Camera_Stream &description = stream->description();
@@ -206,6 +217,10 @@ GstElement *Camera_Feed::add_branch(const Shared_Stream &stream) {
   GstElement *const depayloader = Media_Helper::create_and_add_element_to_pipeline(
       description.depayloader, pipeline_.get(), branch_name(description.number));
   add_stream_clock(depayloader);
+  auto context = std::make_unique<Shared_Stream>(stream);
+  Media_Helper::add_probe_to_sink_pad_or_throw(depayloader, GST_PAD_PROBE_TYPE_BUFFER, on_packet,
+                                               context.get(), drop_stream);
+  context.release();
   if (const Parser *const parser = find_parser(description.depayloader)) {
     GstElement *const element =
         Media_Helper::create_and_add_element_to_pipeline(parser->factory, pipeline_.get(), "");
@@ -228,9 +243,8 @@ GstElement *Camera_Feed::add_sink(const Shared_Stream &stream) {
   g_object_set(sink, "sync", FALSE, "async", FALSE, "enable-last-sample", FALSE, nullptr);
   GstAppSinkCallbacks callbacks = {};
   callbacks.new_sample = on_frame;
-  auto context = std::make_unique<Shared_Stream>(stream);
-  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, context.release(),
-                             [](gpointer data) { delete static_cast<Shared_Stream *>(data); });
+  gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, new Shared_Stream(stream),
+                             drop_stream);
   Media_Helper::gst_element_sync_state_with_parent_or_throw(sink);
   return sink;
 }

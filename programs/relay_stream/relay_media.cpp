@@ -17,7 +17,16 @@ std::string appsrc_name(guint index) {
   return "stream" + std::to_string(index);
 }
 
-void add_stream(GstElement *bin, const Camera_Stream &stream, guint index) {
+// A payloader splits what does not fit into a packet. With the camera's own limit it splits where
+// the camera did.
+void allow_packets_as_large(GstElement *payloader, guint size) {
+  guint limit = 0;
+  g_object_get(payloader, "mtu", &limit, nullptr);
+  if (size > limit) g_object_set(payloader, "mtu", size, nullptr);
+}
+
+void add_stream(GstElement *bin, const Relayed_Stream &relayed, guint index) {
+  const Camera_Stream &stream = relayed.description();
   GstElement *const appsrc =
       Media_Helper::create_and_add_element_to_bin("appsrc", bin, appsrc_name(index));
   g_object_set(appsrc, "is-live", TRUE, "format", GST_FORMAT_TIME, nullptr);
@@ -26,6 +35,7 @@ void add_stream(GstElement *bin, const Camera_Stream &stream, guint index) {
   gint payload_type = 0;
   if (gst_structure_get_int(gst_caps_get_structure(stream.caps.get(), 0), "payload", &payload_type))
     g_object_set(payloader, "pt", static_cast<guint>(payload_type), nullptr);
+  allow_packets_as_large(payloader, relayed.largest_packet());
   Media_Helper::gst_element_link_many_or_throw(appsrc, payloader, nullptr);
 }
 
@@ -33,7 +43,7 @@ Element make_elements(const Relayed_Streams &streams) {
   Element bin(GST_ELEMENT_CAST(gst_object_ref_sink(gst_bin_new("relay"))), false);
   guint index = 0;
   for (const auto &stream : streams)
-    add_stream(bin.get(), stream->description(), index++);
+    add_stream(bin.get(), *stream, index++);
   return bin;
 }
 

@@ -1,5 +1,7 @@
 #include "relayed_stream.h"
 
+#include <algorithm>
+
 #include <gst/app/gstappsrc.h>
 
 namespace kel::tavren::programs {
@@ -31,6 +33,11 @@ void Relayed_Stream::restart() noexcept {
   waits_for_key_frame_ = true;
 }
 
+void Relayed_Stream::note_packet(gsize size) noexcept {
+  const std::lock_guard lock(mutex_);
+  largest_packet_ = std::max(largest_packet_, static_cast<guint>(size));
+}
+
 void Relayed_Stream::take(boost::intrusive_ptr<GstSample> frame) noexcept {
   const std::lock_guard lock(mutex_);
   last_arrival_ = g_get_monotonic_time();
@@ -50,6 +57,11 @@ void Relayed_Stream::take(boost::intrusive_ptr<GstSample> frame) noexcept {
 bool Relayed_Stream::started() const noexcept {
   const std::lock_guard lock(mutex_);
   return key_frame_ != nullptr;
+}
+
+guint Relayed_Stream::largest_packet() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return largest_packet_;
 }
 
 gint64 Relayed_Stream::last_arrival() const noexcept {

@@ -24,10 +24,14 @@ public:
 
   // Drops frames until the next key frame: a session with the camera begins.
   void restart() noexcept;
+  // An RTP packet of so many bytes has arrived.
+  void note_packet(gsize size) noexcept;
   void take(boost::intrusive_ptr<GstSample> frame) noexcept;
 
   // Whether a frame that viewers can begin with has arrived.
   bool started() const noexcept;
+  // The size of the largest RTP packet in bytes; 0 if none has arrived.
+  guint largest_packet() const noexcept;
   // When the last frame arrived, on the monotonic clock in us; 0 if none has.
   gint64 last_arrival() const noexcept;
 
@@ -43,6 +47,7 @@ private:
   boost::intrusive_ptr<GstSample> key_frame_;
   boost::intrusive_ptr<GstElement> appsrc_;
   bool waits_for_key_frame_ = true;
+  guint largest_packet_ = 0;
   GstClockTime last_time_ = 0;
   gint64 last_arrival_ = 0;
 };

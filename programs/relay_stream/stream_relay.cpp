@@ -16,6 +16,8 @@ namespace {
 
 constexpr guint tick_interval = 50;  // ms
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
+// A camera may still be busy with the end of the session that failed.
+constexpr gint64 transport_pause = seconds / 5;
 constexpr gint64 silence_limit = 10 * seconds;    // until a silent camera counts as gone
 constexpr gint64 key_frame_limit = 30 * seconds;  // for the first key frame of a session
 
@@ -159,7 +161,8 @@ void Stream_Relay::lose_camera(const std::exception_ptr &failure) {
   if (transports_.size() > 1 && !has_received_ && !is_permanent(failure) &&
       !is_unreachable(failure)) {
     transports_.erase(transports_.begin());
-    return connect();
+    reconnect_at_ = now() + transport_pause;
+    return;
   }
   retry_later(has_received_ ? failure : with_connection_failure(failure, options_.camera));
 }

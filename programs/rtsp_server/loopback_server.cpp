@@ -18,6 +18,11 @@ GstRTSPFilterResult remove_client(GstRTSPServer *, GstRTSPClient *, gpointer) no
   return GST_RTSP_FILTER_REMOVE;
 }
 
+// Without this, the connection of a viewer that has stopped would stay after its session has expired.
+void close_after_session(GstRTSPServer *, GstRTSPClient *client, gpointer) noexcept {
+  g_object_set(client, "post-session-timeout", 5, nullptr);
+}
+
 // Ends the sessions of viewers that no longer show any sign of life.
 void expire_sessions(GstRTSPServer *server) noexcept {
   const std::unique_ptr<GstRTSPSessionPool, decltype(&g_object_unref)> sessions(
@@ -30,6 +35,7 @@ void expire_sessions(GstRTSPServer *server) noexcept {
 Loopback_Server::Loopback_Server(GMainContext *context, int port)
     : context_(context != nullptr ? context : g_main_context_default()),
       server_(gst_rtsp_server_new(), false), port_(port) {
+  g_signal_connect(server_.get(), "client-connected", G_CALLBACK(close_after_session), nullptr);
   gst_rtsp_server_set_address(server_.get(), "127.0.0.1");
   listen();
   port_ = gst_rtsp_server_get_bound_port(server_.get());

@@ -124,8 +124,8 @@ TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
   const Viewer newcomer(relay.uri, "video", "udp");
   EXPECT_TRUE(newcomer.sees(500));
   const Resources after = settled(relay, before);
-  // The viewers that remain have a connection each.
-  EXPECT_LE(after.descriptors, before.descriptors + 2);
+  // The viewers that remain have a connection each, which takes up to two descriptors.
+  EXPECT_LE(after.descriptors, before.descriptors + 4);
   EXPECT_LE(after.threads, before.threads);
 }
 
