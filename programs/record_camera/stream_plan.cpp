@@ -52,7 +52,7 @@ std::string text_field(const GstCaps *caps, const char *field) {
 
 // A static payload type needs no encoding name in the camera's description.
 std::string encoding_of(GstCaps *rtp_caps) {
-  const std::string name = Media_Helper::get_encoding_name_from_caps(rtp_caps);
+  std::string name = Media_Helper::get_encoding_name_from_caps(rtp_caps);
   if (!name.empty()) return name;
   int type = -1;
   gst_structure_get_int(gst_caps_get_structure(rtp_caps, 0), "payload", &type);

@@ -38,8 +38,8 @@ public:
 
 private:
   static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,
-                                   gpointer feed) noexcept;
-  static void on_pad_added(GstElement *, GstPad *pad, gpointer feed) noexcept;
+                                   gpointer data) noexcept;
+  static void on_pad_added(GstElement *, GstPad *pad, gpointer data) noexcept;
   static GstPadProbeReturn on_packet(GstPad *, GstPadProbeInfo *info, gpointer stream) noexcept;
   static GstFlowReturn on_frame(GstAppSink *sink, gpointer stream) noexcept;
   template <typename Step>

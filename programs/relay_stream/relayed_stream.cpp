@@ -9,7 +9,7 @@ namespace kel::tavren::programs {
 namespace {
 
 // An appsrc holds more only if nothing is sent any more.
-constexpr guint64 largest_backlog = 16 * 1024 * 1024;  // bytes
+constexpr guint64 largest_backlog = guint64{16} * 1024 * 1024;  // bytes
 
 bool is_key_frame(GstSample *frame) noexcept {
   return !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(frame), GST_BUFFER_FLAG_DELTA_UNIT);

@@ -145,7 +145,7 @@ void Stream_Relay::note_return() {
   if (absence && media_) show_gap(*absence);
 }
 
-void Stream_Relay::show_gap(const Absence &absence) const {
+void Stream_Relay::show_gap(const Absence &absence) {
   const gint64 end = g_get_real_time();
   const auto length = static_cast<GstClockTime>((end - absence.since) * GST_USECOND);
   std::cout << "gap from " << in_utc(absence.since) << " to " << in_utc(end) << " ("

@@ -37,6 +37,7 @@ public:
 
   // Throws Bus_Error if the relay cannot listen.
   Stream_Relay(const Relay_Options &options, On_Serving on_serving);
+  ~Stream_Relay() = default;
 
   Stream_Relay(const Stream_Relay &) = delete;
   Stream_Relay &operator=(const Stream_Relay &) = delete;
@@ -57,7 +58,7 @@ private:
   void connect();
   void check_feed();
   void note_return();
-  void show_gap(const Absence &absence) const;
+  static void show_gap(const Absence &absence);
   void lose_camera(const std::exception_ptr &failure);
   void retry_later(const std::exception_ptr &failure);
   bool is_ready() const;

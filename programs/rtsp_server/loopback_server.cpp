@@ -18,7 +18,8 @@ GstRTSPFilterResult remove_client(GstRTSPServer *, GstRTSPClient *, gpointer) no
   return GST_RTSP_FILTER_REMOVE;
 }
 
-// Without this, the connection of a viewer that has stopped would stay after its session has expired.
+// Without this, the connection of a viewer that has stopped would stay after its session has
+// expired.
 void close_after_session(GstRTSPServer *, GstRTSPClient *client, gpointer) noexcept {
   g_object_set(client, "post-session-timeout", 5, nullptr);
 }
@@ -38,9 +39,14 @@ Loopback_Server::Loopback_Server(GMainContext *context, int port)
   g_signal_connect(server_.get(), "client-connected", G_CALLBACK(close_after_session), nullptr);
   gst_rtsp_server_set_address(server_.get(), "127.0.0.1");
   listen();
-  port_ = gst_rtsp_server_get_bound_port(server_.get());
+  keep_port();
   expiry_.emplace(context_.get(), expiry_interval, Timer::Kind::repeated,
                   [this] { expire_sessions(server_.get()); });
+}
+
+// A server that listens again does so where it did before.
+void Loopback_Server::keep_port() noexcept {
+  port_ = gst_rtsp_server_get_bound_port(server_.get());
 }
 
 Loopback_Server::~Loopback_Server() {

@@ -39,6 +39,7 @@ public:
   void listen();
 
 private:
+  void keep_port() noexcept;
   const boost::intrusive_ptr<GMainContext> context_;
   const boost::intrusive_ptr<GstRTSPServer> server_;
   boost::intrusive_ptr<GSource> listener_;

@@ -129,7 +129,7 @@ void restamp(GstElement *encoder) {
 // Adds a branch to a launch line. Returns the name of its payloader: the server serves those named
 // pay0, pay1 and so on.
 std::string add_branch(std::string &line, const std::string &branch, int &count) {
-  const std::string name = "pay" + std::to_string(count++);
+  std::string name = "pay" + std::to_string(count++);
   line += branch + " name=" + name + " ";
   return name;
 }

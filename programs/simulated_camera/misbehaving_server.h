@@ -4,6 +4,7 @@
 #define TAVREN_PROGRAMS_MISBEHAVING_SERVER_H
 
 #include <list>
+#include <utility>
 #include <vector>
 
 #include "camera_media.h"
@@ -17,8 +18,9 @@ namespace kel::tavren::programs {
 class Misbehaving_Server {
 public:
   Misbehaving_Server(GMainContext *context, Loopback_Server &server,
-                     const std::vector<Misbehaviour> &misbehaviour)
-      : context_(context), server_(server), misbehaviour_(misbehaviour) {}
+                     std::vector<Misbehaviour> misbehaviour)
+      : context_(context), server_(server), misbehaviour_(std::move(misbehaviour)) {}
+  ~Misbehaving_Server() = default;
 
   Misbehaving_Server(const Misbehaving_Server &) = delete;
   Misbehaving_Server &operator=(const Misbehaving_Server &) = delete;

@@ -17,7 +17,7 @@ namespace kel::tavren::tests {
 
 namespace {
 
-constexpr long memory_tolerance = 8 * 1024;  // KiB
+constexpr long memory_tolerance = long{8} * 1024;  // KiB
 
 // What a process takes of the system.
 struct Resources {
