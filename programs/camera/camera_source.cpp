@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include <gio/gio.h>
+#include <gst/rtp/gstrtcpbuffer.h>
 #include <tavren/capture/media_helper.h>
 
 namespace kel::tavren::programs {
@@ -19,10 +20,8 @@ using Tls_Database = std::unique_ptr<GTlsDatabase, decltype(&g_object_unref)>;
 
 // rtspsrc validates certificates against the authorities in the file only.
 void trust_authorities(GstElement *source, const std::string &file) {
-  const std::unique_ptr<char, Emancipator<char>> path(
-      g_canonicalize_filename(file.c_str(), nullptr));
   GError *error = nullptr;
-  const Tls_Database database(g_tls_file_database_new(path.get(), &error), g_object_unref);
+  const Tls_Database database(g_tls_file_database_new(file.c_str(), &error), g_object_unref);
   const Error owned(error, g_error_free);
   if (!database)
     throw Bus_Error(GST_RESOURCE_ERROR_OPEN_READ,
@@ -53,7 +52,28 @@ void on_new_jitter_buffer(GstElement *, GstElement *jitter_buffer, guint, guint,
                       nullptr);
 }
 
+// An encoder that restarts says goodbye for its old SSRC. rtspsrc would end the stream, and refuse
+// the packets of the new one. A stream that really ends is noticed by its silence.
+GstPadProbeReturn drop_goodbye(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
+  GstRTCPBuffer rtcp = GST_RTCP_BUFFER_INIT;
+  if (!gst_rtcp_buffer_map(gst_pad_probe_info_get_buffer(info), GST_MAP_READ, &rtcp))
+    return GST_PAD_PROBE_OK;
+  bool says_goodbye = false;
+  GstRTCPPacket packet = {};
+  for (gboolean more = gst_rtcp_buffer_get_first_packet(&rtcp, &packet); more;
+       more = gst_rtcp_packet_move_to_next(&packet))
+    says_goodbye = says_goodbye || gst_rtcp_packet_get_type(&packet) == GST_RTCP_TYPE_BYE;
+  gst_rtcp_buffer_unmap(&rtcp);
+  return says_goodbye ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
+}
+
+void on_manager_pad(GstElement *, GstPad *pad, gpointer) noexcept {
+  if (g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtcp_sink"))
+    gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, drop_goodbye, nullptr, nullptr);
+}
+
 void on_new_manager(GstElement *, GstElement *manager, gpointer) noexcept {
+  g_signal_connect(manager, "pad-added", G_CALLBACK(on_manager_pad), nullptr);
   g_signal_connect(manager, "new-jitterbuffer", G_CALLBACK(on_new_jitter_buffer), nullptr);
 }
 
@@ -62,6 +82,12 @@ Transport parse_transport(const std::string &name) {
   if (name == "tcp") return Transport::tcp;
   if (name == "udp") return Transport::udp;
   throw std::invalid_argument("--transport takes auto, tcp or udp, not \"" + name + '"');
+}
+
+// GLib takes no other path to a file of certificates.
+std::string absolute_path(const std::string &path) {
+  return std::unique_ptr<char, Emancipator<char>>(g_canonicalize_filename(path.c_str(), nullptr))
+      .get();
 }
 
 // The first line of a file.
@@ -131,7 +157,7 @@ Camera_Options Camera_Arguments::options(const std::string &uri) const {
   Camera_Options options;
   options.transport = parse_transport(transport_.value_or("auto"));
   options.latency = static_cast<guint>(latency_);
-  options.ca_file = ca_file_.value_or("");
+  if (ca_file_.given()) options.ca_file = absolute_path(ca_file_.value_or(""));
   options.address = parse_camera_address(uri);
   if (options.transport == Transport::automatic) options.transport = options.address.transport;
   if (user_.given()) options.address.user = user_.value_or("");

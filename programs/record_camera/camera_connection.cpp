@@ -123,7 +123,7 @@ void Camera_Connection::accept_frame(const Camera_Event &event) {
   }
   recording_.add_frame(event.number, event.sample.get());
   if (const auto gap = recording_.take_gap()) show_gap(*gap);
-  hooks_.frame_arrives(plans_[event.number], event.sample.get());
+  hooks_.frame_arrives(event.number, plans_[event.number], event.sample.get());
   if (recording_.all_ended() && !recording_.is_complete())
     end_session(read_error("nothing that the camera sends can be recorded"));
 }
@@ -194,6 +194,11 @@ void Camera_Connection::check_session() {
     end_session(read_error("the camera has gone silent"));
   else if (recording_.waits_for_key_frame())
     end_session(read_error("the camera sends no key frame"));
+}
+
+void Camera_Connection::show_open_gap() {
+  const auto gap = recording_.open_gap();
+  if (gap && absence_) show_gap(*gap);
 }
 
 void Camera_Connection::show_gap(const Recording::Gap &gap) {

@@ -31,8 +31,8 @@ public:
   struct Hooks {
     // Before a session that has failed is ended.
     std::function<void()> session_fails;
-    // For each frame.
-    std::function<void(const Stream_Plan &, GstSample *)> frame_arrives;
+    // For each frame, with the number of its stream.
+    std::function<void(guint, const Stream_Plan &, GstSample *)> frame_arrives;
   };
 
   // Retry is how long an absent camera is tried again, in us.
@@ -47,6 +47,9 @@ public:
   bool handle(GstMessage *message);
   // Does what time brings; called several times a second.
   void tick();
+
+  // Shows the gap that lasts until now, if the camera is away.
+  void show_open_gap();
 
   // Whether the camera has not sent anything yet in this session.
   bool is_waiting() const noexcept { return !has_received_; }

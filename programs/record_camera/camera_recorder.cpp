@@ -35,7 +35,10 @@ Camera_Recorder::Camera_Recorder(const Recorder_Options &options)
       recording_(pipeline_.get(), options.recording, display_),
       connection_(pipeline_.get(), options.camera, options.retry, recording_, display_,
                   {[this] { take_graph_of_failure(); },
-                   [this](const Stream_Plan &plan, GstSample *sample) { show(plan, sample); }}),
+                   [this](guint number, const Stream_Plan &plan, GstSample *sample) {
+                     note_frame();
+                     show(number, plan, sample);
+                   }}),
       may_view_(options.view) {
   const boost::intrusive_ptr<GstBus> bus(
       Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false);
@@ -162,6 +165,7 @@ void Camera_Recorder::finish() {
   if (graph_.empty() && recording_.has_begun()) take_graph();
   is_finishing_ = true;
   finishing_since_ = now();
+  connection_.show_open_gap();
   recording_.finish();
   connection_.close();
   if (recording_.files().is_empty()) g_main_loop_quit(loop_.get());
@@ -189,8 +193,16 @@ void Camera_Recorder::take_graph_of_failure() {
   graph_is_of_failure_ = true;
 }
 
-void Camera_Recorder::show(const Stream_Plan &plan, GstSample *sample) {
-  if (!may_view_ || !plan.is_video()) return;
+// The camera is back: the pipeline is to be drawn as it is now.
+void Camera_Recorder::note_frame() {
+  if (!graph_is_of_failure_) return;
+  graph_is_of_failure_ = false;
+  graph_.clear();
+}
+
+void Camera_Recorder::show(guint number, const Stream_Plan &plan, GstSample *sample) {
+  if (!may_view_ || !plan.is_video() || (viewer_ && number != viewed_stream_)) return;
+  viewed_stream_ = number;
   try {
     if (!viewer_) viewer_ = std::make_unique<Viewer>(pipeline_.get(), plan.kind, sample);
     viewer_->show(sample);

@@ -47,8 +47,11 @@ public:
   // the main context only.
   void stop() noexcept;
 
-  // The files that are finished.
-  const std::vector<std::string> &files() const noexcept { return recording_.files().finished(); }
+  // The recording's file if it has only one, which is finished; otherwise empty.
+  std::string only_file() const {
+    const File_Set &files = recording_.files();
+    return files.finished() == 1 ? files.last_finished() : std::string();
+  }
 
 private:
   static gboolean on_message(GstBus *, GstMessage *message, gpointer recorder) noexcept;
@@ -64,7 +67,8 @@ private:
   void finish();
   void fail(std::exception_ptr failure) noexcept;
   void show_progress();
-  void show(const Stream_Plan &plan, GstSample *sample);
+  void note_frame();
+  void show(guint number, const Stream_Plan &plan, GstSample *sample);
   void take_graph();
   void take_graph_of_failure();
   void report();
@@ -78,6 +82,7 @@ private:
   Camera_Connection connection_;
   std::unique_ptr<Viewer> viewer_;
   bool may_view_ = false;
+  guint viewed_stream_ = 0;
   bool is_finishing_ = false;
   bool ends_at_duration_ = false;
   gint64 finishing_since_ = 0;  // on the monotonic clock in us

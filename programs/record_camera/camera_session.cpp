@@ -239,6 +239,8 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
   for (GstElement *const element : branch.elements)
     Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
   Media_Helper::link_pad_to_element_or_throw(branch.source.get(), last);
+  const std::lock_guard lock(mutex_);
+  branch.is_built = true;
 }
 //! [build a branch]
 
@@ -269,7 +271,9 @@ void Camera_Session::remove_old_branches(guint number) {
     int kept = 0;
     for (auto branch = branches_.end(); branch != branches_.begin();) {
       --branch;
-      if (branch->number != number || branch->is_current || ++kept <= branches_kept) continue;
+      if (branch->number != number || branch->is_current || !branch->is_built ||
+          ++kept <= branches_kept)
+        continue;
       const auto removed = branch++;
       old.splice(old.end(), branches_, removed);
     }

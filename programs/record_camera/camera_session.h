@@ -76,6 +76,7 @@ private:
     Camera_Session *session = nullptr;
     guint number = 0;
     bool is_current = true;
+    bool is_built = false;
     std::shared_ptr<Shared_Stream_Clock> clock;
     boost::intrusive_ptr<GstPad> source;  // the camera's, linked to the depayloader
     std::vector<GstElement *> elements;   // borrowed from the bin, those downstream first

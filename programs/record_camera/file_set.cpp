@@ -56,8 +56,6 @@ bool File_Set::handle(GstMessage *message) {
 }
 
 void File_Set::tick() {
-  for (const Open_File &file : files_)
-    file.media->bridge_gaps();
   close_finished();
   const gint64 now = g_get_monotonic_time();
   if (keep_free_ == 0 || now - space_checked_at_ < space_interval) return;
@@ -79,7 +77,8 @@ void File_Set::close_finished() {
     if (media.is_finished()) {
       report(media);
       finished_bytes_ += media.bytes();
-      finished_.push_back(media.path());
+      ++finished_;
+      last_finished_ = media.path();
       files_.erase(current);
     } else if (current->ended_at != 0 && now - current->ended_at > finish_limit) {
       const std::string path = media.path();

@@ -40,7 +40,8 @@ public:
   // Ends all files.
   void end() noexcept;
 
-  const std::vector<std::string> &finished() const noexcept { return finished_; }
+  std::size_t finished() const noexcept { return finished_; }
+  const std::string &last_finished() const noexcept { return last_finished_; }
   guint64 bytes() const;
   // The bytes that wait to be written.
   guint64 waiting_bytes() const;
@@ -64,7 +65,8 @@ private:
   guint64 keep_free_;
   Progress_Display &display_;
   std::list<Open_File> files_;  // the newest last
-  std::vector<std::string> finished_;
+  std::size_t finished_ = 0;
+  std::string last_finished_;
   guint64 finished_bytes_ = 0;
   gint64 space_checked_at_ = 0;  // on the monotonic clock in us
 };

@@ -44,10 +44,6 @@ void Media_Feed::begin(const std::string &stream_id, GstClockTime start) {
   gst_pad_push_event(pad_.get(), gst_event_new_segment(&segment));
 }
 
-void Media_Feed::push_gap(GstClockTime from, GstClockTime to) noexcept {
-  if (to > from) gst_pad_push_event(pad_.get(), gst_event_new_gap(from, to - from));
-}
-
 void Media_Feed::set_caps(const boost::intrusive_ptr<GstCaps> &caps) noexcept {
   caps_ = caps;
   gst_pad_push_event(pad_.get(), gst_event_new_caps(caps.get()));

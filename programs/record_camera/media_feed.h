@@ -28,8 +28,6 @@ public:
   void begin(const std::string &stream_id, GstClockTime start);
   // Pushes a buffer (transfer full).
   void push(GstBuffer *buffer) noexcept { gst_pad_push(pad_.get(), buffer); }
-  // Announces that there are no buffers between two times in ns.
-  void push_gap(GstClockTime from, GstClockTime to) noexcept;
   void set_caps(const boost::intrusive_ptr<GstCaps> &caps) noexcept;
   // Ends the stream; once.
   void end() noexcept { gst_pad_push_event(pad_.get(), gst_event_new_eos()); }

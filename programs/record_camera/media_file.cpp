@@ -13,8 +13,6 @@ namespace {
 
 // Added to all times: a decoding time may lie before running time 0.
 constexpr gint64 epoch = gint64{3600} * GST_SECOND;
-// How far a stream may fall behind the others before the muxer goes on without it.
-constexpr gint64 longest_lag = GST_SECOND;
 
 GstClockTime stamp(gint64 running_time) {
   return static_cast<GstClockTime>(std::max<gint64>(0, epoch + running_time));
@@ -72,7 +70,7 @@ Media_File::Media_File(GstElement *pipeline, const Container &container, std::st
 //! [add the tracks]
 void Media_File::add_tracks(GstElement *muxer) {
   for (Track &track : tracks_) {
-    track.begin = track.end = track.covered = start_;
+    track.begin = track.end = start_;
     GstElement *const queue = bin_.add("queue", "queue_" + std::to_string(track.stream));
     g_object_set(queue, "max-size-buffers", 0U, "max-size-bytes", 0U, "max-size-time", guint64{0},
                  nullptr);
@@ -106,20 +104,6 @@ void Media_File::write(guint stream, const Frame &frame) {
   feeds_[index]->push(buffer);
   if (track.frames++ == 0) track.begin = frame.pts;
   track.end = std::max(track.end, frame.pts + static_cast<gint64>(frame.duration));
-  track.covered = std::max(track.covered, track.end);
-}
-
-void Media_File::bridge_gaps() {
-  gint64 newest = start_;
-  for (const Track &track : tracks_)
-    newest = std::max(newest, track.covered);
-  for (std::size_t i = 0; i < tracks_.size(); ++i) {
-    Track &track = tracks_[i];
-    if (track.has_ended || newest - track.covered <= longest_lag) continue;
-    const gint64 until = newest - longest_lag / 2;
-    feeds_[i]->push_gap(stamp(track.covered), stamp(until));
-    track.covered = until;
-  }
 }
 
 void Media_File::end_track(guint stream) noexcept {

@@ -23,9 +23,8 @@ struct Track {
   boost::intrusive_ptr<GstCaps> caps;
   bool has_ended = false;
   guint64 frames = 0;
-  gint64 begin = 0;    // of the first frame, in ns of running time
-  gint64 end = 0;      // of the last frame
-  gint64 covered = 0;  // the end of the last frame or announced gap
+  gint64 begin = 0;  // of the first frame, in ns of running time
+  gint64 end = 0;    // of the last frame
 
   GstClockTime duration() const noexcept {
     return frames == 0 ? 0 : static_cast<GstClockTime>(end - begin);
@@ -55,8 +54,6 @@ public:
   // Whether the file has a track for the stream that goes on, with caps that let it go on.
   bool takes(guint stream, const GstCaps *caps) const;
   void write(guint stream, const Frame &frame);
-  // Lets a muxer go on that waits for a stream which has sent nothing for a while.
-  void bridge_gaps();
   void end_track(guint stream) noexcept;
   // Ends all tracks. The file is finished when is_finished() says so.
   void end() noexcept;

@@ -33,9 +33,10 @@ void record(const Recorder_Options &options) {
   Camera_Recorder recorder(options);
   const Signal_Watch signals([&recorder] { recorder.stop(); });
   recorder.record();
-  if (options.quiet || recorder.files().size() != 1) return;
+  const std::string file = recorder.only_file();
+  if (options.quiet || file.empty()) return;
   try {
-    print_streams(recorder.files().front());
+    print_streams(file);
   } catch (const std::exception &error) {  // a missing decoder, for example: the file is complete
     std::cout << "its streams cannot be listed: " << error.what() << std::endl;
   }

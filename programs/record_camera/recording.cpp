@@ -17,12 +17,15 @@ using Caps = boost::intrusive_ptr<GstCaps>;
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 late_limit = 8 * seconds;         // for streams that do not begin with the others
-constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
-constexpr gint64 quiet_limit = 10 * seconds;       // for a stream that has stopped
+constexpr gint64 late_limit = 8 * seconds;        // for streams that do not begin with the others
+constexpr gint64 key_frame_limit = 30 * seconds;  // for the first key frame
+constexpr gint64 audio_silence = 2 * seconds;     // of a stream while others send
+constexpr gint64 video_silence = 3 * seconds;
+constexpr gint64 rare_video_silence = 10 * seconds;
 constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
 constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
 constexpr gint64 last_frame_limit = 4 * seconds;   // for a next frame when the time is over
+constexpr gint64 longest_waiting = gint64{60} * GST_SECOND;  // of frames for a file
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -62,6 +65,9 @@ void Recording::add_frame(guint number, GstSample *sample) {
   if (has_new_caps && !accepts(stream)) return refuse(stream);
   stream.waiting.push_back(*std::move(frame));
   route_all();
+  while (!stream.waiting.empty() &&
+         stream.waiting.back().pts - stream.waiting.front().pts > longest_waiting)
+    stream.waiting.pop_front();
 }
 
 void Recording::note_arrival(Stream &stream) {
@@ -199,11 +205,18 @@ void Recording::leave_file(Stream &stream) {
   stream.file = nullptr;
 }
 
+// Whether a stream that still sends has not left a file: it waits for its own key frame.
+bool Recording::is_in_use(const Media_File &file) const {
+  return std::any_of(streams_.begin(), streams_.end(), [&file](const auto &entry) {
+    return entry.second.file == &file && now() - entry.second.last_arrival < straggler_limit;
+  });
+}
+
 // Streams that have stopped would keep an old file open.
 void Recording::leave_old_files() {
   for (Media_File *const old : files_.old_files()) {
     Media_File &newest = files_.newest();
-    if (end_ - newest.start() <= in_ns(straggler_limit)) continue;
+    if (end_ - newest.start() <= in_ns(straggler_limit) || is_in_use(*old)) continue;
     for (auto &[number, stream] : streams_) {
       if (stream.file != old) continue;
       stream.file = newest.takes(number, stream.caps.get()) ? &newest : nullptr;
@@ -310,17 +323,27 @@ void Recording::tick() {
   route_all();
   leave_old_files();
   files_.tick();
-  show_stopped_streams();
+  end_stopped_streams();
 }
 
-void Recording::show_stopped_streams() {
+// A muxer waits for all its tracks. The track of a stream that has stopped is ended, so that the
+// others reach the disk; if the stream returns, a new file begins.
+void Recording::end_stopped_streams() {
   for (auto &[number, stream] : streams_) {
-    if (stream.is_quiet || stream.is_over || stream.file == nullptr ||
-        last_arrival_ - stream.last_arrival < quiet_limit)
+    if (stream.is_quiet || stream.is_over || stream.last_arrival == 0 ||
+        last_arrival_ - stream.last_arrival < longest_silence(stream))
       continue;
     stream.is_quiet = true;
+    if (stream.file != nullptr) leave_file(stream);
     display_.line(stream.name + " has stopped; recording the other streams");
   }
+}
+
+// Video may have few frames. How few is not known before the second one.
+gint64 Recording::longest_silence(const Stream &stream) {
+  if (!stream.is_video) return audio_silence;
+  const auto interval = static_cast<gint64>(stream.times.interval() / GST_USECOND);
+  return interval != 0 ? video_silence : rare_video_silence;
 }
 
 bool Recording::handle(GstMessage *message) {
@@ -354,6 +377,11 @@ bool Recording::waits_for_key_frame() const {
 
 GstClockTime Recording::recorded() const noexcept {
   return begin_ && end_ > *begin_ ? static_cast<GstClockTime>(end_ - *begin_) : 0;
+}
+
+std::optional<Recording::Gap> Recording::open_gap() const {
+  if (!is_resuming_) return std::nullopt;
+  return Gap{last_recorded_, g_get_real_time()};
 }
 
 std::string Recording::summary() const {

@@ -61,6 +61,8 @@ public:
     gint64 from = 0;
     gint64 to = 0;
   };
+  // The gap that is not over yet, until now.
+  std::optional<Gap> open_gap() const;
   std::optional<Gap> take_gap() { return std::exchange(gap_, std::nullopt); }
 
   bool has_begun() const noexcept { return begin_.has_value(); }
@@ -112,6 +114,7 @@ private:
   void complete(Stream &stream);
   void forget_session() noexcept;
   void leave_old_files();
+  bool is_in_use(const Media_File &file) const;
   void move_to_newest_file(Stream &stream, const Frame &frame);
   void write(Stream &stream, const Frame &frame);
   bool accepts(const Stream &stream) const;
@@ -122,7 +125,8 @@ private:
   bool may_open(const Stream &leading) const;
   bool open_file();
   std::vector<Track> tracks_for_file() const;
-  void show_stopped_streams();
+  void end_stopped_streams();
+  static gint64 longest_silence(const Stream &stream);
 
   Recording_Options options_;
   Container container_;

@@ -52,6 +52,15 @@ guint64 free_bytes(const std::string &folder) {
   return guint64{status.f_bavail} * status.f_frsize;
 }
 
+// Another recorder may be writing the file.
+bool remove_unless_locked(const std::string &path) {
+  const int descriptor = g_open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
+  if (descriptor == -1) return false;
+  const bool removed = flock(descriptor, LOCK_EX | LOCK_NB) == 0 && g_remove(path.c_str()) == 0;
+  close(descriptor);
+  return removed;
+}
+
 }  // namespace
 
 Reserved_File::Reserved_File(std::string path, bool overwrite) : path_(std::move(path)) {
@@ -100,7 +109,7 @@ std::unique_ptr<Reserved_File> Recording_Files::next() {
       path = numbered(prefix + "-" + four_digits(named_by_time_ ? i : ++count_));
     file = std::make_unique<Reserved_File>(path, overwrite_);
   }
-  written_.push_back(file->path());
+  if (!named_by_time_) written_.push_back(file->path());
   return file;
 }
 
@@ -123,7 +132,13 @@ std::vector<std::string> Recording_Files::oldest_first() const {
         name.substr(start.size(), name.size() - start.size() - extension_.size());
     if (std::regex_match(middle, ending)) names.push_back(numbered(middle));
   }
-  std::sort(names.begin(), names.end());
+  // Without the extension, so that NAME-TIME comes before NAME-TIME-0001.
+  const std::size_t ending_size = extension_.size();
+  std::sort(names.begin(), names.end(),
+            [ending_size](const std::string &one, const std::string &other) {
+              return one.substr(0, one.size() - ending_size) <
+                     other.substr(0, other.size() - ending_size);
+            });
   return names;
 }
 
@@ -134,7 +149,7 @@ std::vector<std::string> Recording_Files::keep_free(guint64 bytes,
   if (free_bytes(folder) >= bytes) return removed;
   for (const std::string &path : oldest_first()) {
     if (std::find(in_use.begin(), in_use.end(), path) != in_use.end()) continue;
-    if (g_remove(path.c_str()) == 0) removed.push_back(path);
+    if (remove_unless_locked(path)) removed.push_back(path);
     if (free_bytes(folder) >= bytes) break;
   }
   written_.erase(std::remove_if(written_.begin(), written_.end(),

@@ -220,7 +220,7 @@ GstElement *Camera_Feed::add_branch(const Shared_Stream &stream) {
   auto context = std::make_unique<Shared_Stream>(stream);
   Media_Helper::add_probe_to_sink_pad_or_throw(depayloader, GST_PAD_PROBE_TYPE_BUFFER, on_packet,
                                                context.get(), drop_stream);
-  context.release();
+  static_cast<void>(context.release());  // the pad owns it now
   if (const Parser *const parser = find_parser(description.depayloader)) {
     GstElement *const element =
         Media_Helper::create_and_add_element_to_pipeline(parser->factory, pipeline_.get(), "");
