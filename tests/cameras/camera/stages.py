@@ -99,7 +99,8 @@ class Switch(Stage):
     def __init__(self, *arguments):
         super().__init__(*arguments)
         self._stream = self.misbehaviour.stream or 0
-        self._last = None
+        self._last = None  # packet of the original
+        self._waiting = []  # packets of the substitute, until the original's frame is complete
         self._offsets = None  # of the substitute's sequence numbers and timestamps, once it is on
 
     def accept(self, packet):
@@ -108,21 +109,33 @@ class Switch(Stage):
         elif packet.stream != self._stream:
             self.forward(packet)
         elif self._offsets is None:
-            self._last = self._last if packet.is_rtcp else packet
-            self.forward(packet)
+            self._accept_original(packet)
+
+    def _accept_original(self, packet):
+        self.forward(packet)
+        if not packet.is_rtcp:
+            self._last = packet
+            self._switch_if_possible()
 
     def _accept_substitute(self, packet):
-        if self._offsets is None and self._begins(packet):
-            step = self.camera.streams[self._stream].clock_rate // PICTURES_PER_SECOND
-            self._offsets = (self._last.sequence + 1 - packet.sequence,
-                             self._last.timestamp + step - packet.timestamp)
         if self._offsets is not None:
             self.forward(self._renumbered(packet))
+        elif self._waiting or self._begins(packet):
+            self._waiting.append(packet)
+            self._switch_if_possible()
 
     def _begins(self, packet):
-        return (packet.age >= self.misbehaviour.time and not packet.is_rtcp and self._last is not None
-                and self._last.ends_frame and packet.begins_h264_key_frame()
+        return (packet.age >= self.misbehaviour.time and not packet.is_rtcp and packet.begins_h264_key_frame()
                 and self.misbehaviour.claim(self.session))
+
+    def _switch_if_possible(self):
+        if not self._waiting or self._last is None or not self._last.ends_frame:
+            return
+        step = self.camera.streams[self._stream].clock_rate // PICTURES_PER_SECOND
+        self._offsets = (self._last.sequence + 1 - self._waiting[0].sequence,
+                         self._last.timestamp + step - self._waiting[0].timestamp)
+        for packet in self._waiting:
+            self.forward(self._renumbered(packet))
 
     def _renumbered(self, packet):
         sequence = None if packet.is_rtcp else packet.sequence + self._offsets[0]
