@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include <gst/rtp/gstrtppayloads.h>
 #include <tavren/capture/media_helper.h>
 
 namespace kel::tavren::programs {
@@ -12,6 +13,17 @@ boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered) {
   boost::intrusive_ptr<GstCaps> caps(gst_caps_copy(offered), false);
   gst_structure_set_name(gst_caps_get_structure(caps.get(), 0), "application/x-rtp");
   return caps;
+}
+
+std::string encoding_name_of(GstCaps *rtp_caps) {
+  std::string name = Media_Helper::get_encoding_name_from_caps(rtp_caps);
+  if (!name.empty()) return name;
+  int type = -1;
+  gst_structure_get_int(gst_caps_get_structure(rtp_caps, 0), "payload", &type);
+  const bool is_static = type >= 0 && GST_RTP_PAYLOAD_IS_DYNAMIC(type) == 0;
+  const GstRTPPayloadInfo *const info =
+      is_static ? gst_rtp_payload_info_for_pt(static_cast<guint8>(type)) : nullptr;
+  return info != nullptr ? info->encoding_name : "payload type " + std::to_string(type);
 }
 
 Camera_Stream describe_stream(guint number, GstCaps *offered) {

@@ -24,6 +24,9 @@ struct Camera_Stream {
 // source names them application/x-unknown until the transport is agreed on.
 boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered);
 
+// The encoding name of a stream. A camera need not give it for a static payload type.
+std::string encoding_name_of(GstCaps *rtp_caps);
+
 // Chooses the elements that relay a stream which an RTSP source offers for selection. Throws what
 // the library throws if an element is missing.
 Camera_Stream describe_stream(guint number, GstCaps *offered);

@@ -5,8 +5,9 @@
 #include <optional>
 #include <sstream>
 
-#include <gst/rtp/gstrtppayloads.h>
 #include <tavren/capture/media_helper.h>
+
+#include "camera/camera_streams.h"
 
 namespace kel::tavren::programs {
 
@@ -48,18 +49,6 @@ std::string describe_refusal(TEC::Tavren_Error_Code code, const std::string &tex
 std::string text_field(const GstCaps *caps, const char *field) {
   const char *const text = gst_structure_get_string(gst_caps_get_structure(caps, 0), field);
   return text != nullptr ? text : "";
-}
-
-// A static payload type needs no encoding name in the camera's description.
-std::string encoding_of(GstCaps *rtp_caps) {
-  std::string name = Media_Helper::get_encoding_name_from_caps(rtp_caps);
-  if (!name.empty()) return name;
-  int type = -1;
-  gst_structure_get_int(gst_caps_get_structure(rtp_caps, 0), "payload", &type);
-  const bool is_static = type >= 0 && GST_RTP_PAYLOAD_IS_DYNAMIC(type) == 0;
-  const GstRTPPayloadInfo *const info =
-      is_static ? gst_rtp_payload_info_for_pt(static_cast<guint8>(type)) : nullptr;
-  return info != nullptr ? info->encoding_name : "payload type " + std::to_string(type);
 }
 
 std::string find_depayloader(const GstCaps *rtp_caps) {
@@ -153,7 +142,7 @@ void choose_parser(Stream_Plan &plan, const Container &container) {
 Stream_Plan plan_stream(GstCaps *rtp_caps, const Container &container) {
   Stream_Plan plan;
   plan.media = text_field(rtp_caps, "media");
-  plan.encoding = encoding_of(rtp_caps);
+  plan.encoding = encoding_name_of(rtp_caps);
   plan.is_metadata = Media_Helper::get_media_type(rtp_caps) == capture::RTP_METADATA;
   if (plan.is_metadata)
     plan.obstacle = "metadata";

@@ -19,8 +19,7 @@ std::string describe(const Camera_Stream &stream) {
   GstCaps *const caps = stream.caps.get();
   const char *const media = gst_structure_get_string(gst_caps_get_structure(caps, 0), "media");
   std::string text = Media_Helper::get_media_type_string(Media_Helper::get_media_type(caps)) + " " +
-                     (media != nullptr ? media : "-") + " " +
-                     Media_Helper::get_encoding_name_from_caps(caps) + ": ";
+                     (media != nullptr ? media : "-") + " " + encoding_name_of(caps) + ": ";
   return text + (stream.relayed() ? stream.depayloader + " -> " + stream.payloader
                                   : "not relayed, " + stream.obstacle);
 }
