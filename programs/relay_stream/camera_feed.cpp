@@ -21,9 +21,11 @@ using Shared_Stream = std::shared_ptr<Relayed_Stream>;
 
 // Between a depayloader and a payloader, where the payloader alone does not do:
 //
-// h264parse  repeats the parameter sets before each key frame. The payloader does that before each
-//            slice of it, which splits the frame.
-// aacparse   gives a time to all the frames of a packet. The depayloader does that for the first.
+// h264parse        repeats the parameter sets before each key frame. The payloader does that before
+//                  each slice of it, which splits the frame.
+// mpeg4videoparse  marks the key frames.
+// aacparse         gives a time to all the frames of a packet. The depayloader does that for the
+//                  first.
 struct Parser {
   const char *depayloader;
   const char *factory;
@@ -32,6 +34,7 @@ struct Parser {
 
 constexpr Parser parsers[] = {
     {"rtph264depay", "h264parse", "video/x-h264, stream-format=byte-stream, alignment=au"},
+    {"rtpmp4vdepay", "mpeg4videoparse", "video/mpeg, mpegversion=4, parsed=true"},
     {"rtpmp4gdepay", "aacparse", "audio/mpeg, framed=true"},
 };
 

@@ -1,5 +1,6 @@
 #include "relay_media.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -25,6 +26,20 @@ void allow_packets_as_large(GstElement *payloader, guint size) {
   if (size > limit) g_object_set(payloader, "mtu", size, nullptr);
 }
 
+GstPadProbeReturn add_duration(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
+  GstBuffer *const frame = gst_buffer_make_writable(gst_pad_probe_info_get_buffer(info));
+  if (!GST_BUFFER_DURATION_IS_VALID(frame)) GST_BUFFER_DURATION(frame) = GST_MSECOND;
+  info->data = frame;
+  return GST_PAD_PROBE_OK;
+}
+
+// The MPEG-4 payloader collects frames in a packet, which has one time, until they last too long.
+void send_frames_one_by_one(GstElement *payloader) {
+  g_object_set(payloader, "max-ptime", gint64{1}, nullptr);
+  Media_Helper::add_probe_to_sink_pad_or_throw(payloader, GST_PAD_PROBE_TYPE_BUFFER, add_duration,
+                                               nullptr, nullptr);
+}
+
 void add_stream(GstElement *bin, const Relayed_Stream &relayed, guint index) {
   const Camera_Stream &stream = relayed.description();
   GstElement *const appsrc =
@@ -35,6 +50,7 @@ void add_stream(GstElement *bin, const Relayed_Stream &relayed, guint index) {
   gint payload_type = 0;
   if (gst_structure_get_int(gst_caps_get_structure(stream.caps.get(), 0), "payload", &payload_type))
     g_object_set(payloader, "pt", static_cast<guint>(payload_type), nullptr);
+  if (stream.payloader == "rtpmp4vpay") send_frames_one_by_one(payloader);
   allow_packets_as_large(payloader, relayed.largest_packet());
   Media_Helper::gst_element_link_many_or_throw(appsrc, payloader, nullptr);
 }
@@ -47,28 +63,96 @@ Element make_elements(const Relayed_Streams &streams) {
   return bin;
 }
 
+bool is_video(const Camera_Stream &stream) {
+  const GstStructure *const caps = gst_caps_get_structure(stream.caps.get(), 0);
+  return g_strcmp0(gst_structure_get_string(caps, "media"), "video") == 0;
+}
+
+// The viewers of a gate, as the handlers of a client's signals see them.
+struct Entrance {
+  std::shared_ptr<Key_Frame_Gate> gate;
+  guint stream = 0;  // the gate's
+
+  bool leads_to(const GstRTSPContext *context) const {
+    return context->sessmedia != nullptr &&
+           gst_rtsp_session_media_get_transport(context->sessmedia, stream) != nullptr;
+  }
+};
+
+void drop_entrance(gpointer entrance, GClosure *) noexcept {
+  delete static_cast<Entrance *>(entrance);
+}
+
+GstRTSPStatusCode before_play(GstRTSPClient *, GstRTSPContext *context, gpointer data) noexcept {
+  const auto &entrance = *static_cast<Entrance *>(data);
+  if (entrance.leads_to(context)) entrance.gate->enter();
+  return GST_RTSP_STS_OK;
+}
+
+void after_play(GstRTSPClient *, GstRTSPContext *context, gpointer data) noexcept {
+  const auto &entrance = *static_cast<Entrance *>(data);
+  if (entrance.leads_to(context)) entrance.gate->leave();
+}
+
+void on_client(GstRTSPServer *, GstRTSPClient *client, gpointer data) noexcept {
+  const auto &entrance = *static_cast<Entrance *>(data);
+  g_signal_connect_data(client, "pre-play-request", G_CALLBACK(before_play), new Entrance(entrance),
+                        drop_entrance, G_CONNECT_DEFAULT);
+  g_signal_connect_data(client, "play-request", G_CALLBACK(after_play), new Entrance(entrance),
+                        drop_entrance, G_CONNECT_DEFAULT);
+}
+
+// The server's sinks wait until the time of each packet, which a camera that reorders frames sends
+// early, and one whose clock runs fast earlier and earlier. With such an offset the time is always
+// over, and packets leave when they arrive.
+void on_element(GstBin *, GstBin *, GstElement *element, gpointer) noexcept {
+  GObjectClass *const properties = G_OBJECT_GET_CLASS(element);
+  if (g_object_class_find_property(properties, "sync") != nullptr &&
+      g_object_class_find_property(properties, "ts-offset") != nullptr)
+    g_object_set(element, "ts-offset", -G_MAXINT64, nullptr);
+}
+
 }  // namespace
 
 Relay_Media::Relay_Media(Loopback_Server &server, Relayed_Streams streams, const Running_Time &time)
-    : streams_(std::move(streams)), bin_(make_elements(streams_)), media_(server, "/relay", bin_) {
+    : server_(server), streams_(std::move(streams)), gate_(std::make_shared<Key_Frame_Gate>()),
+      bin_(make_elements(streams_)), media_(server, "/relay", bin_) {
   time.set_for(media_.pipeline());
-  // Packets leave when they arrive, however far the camera's clock and this one drift apart.
-  gst_rtsp_media_set_rate_control(media_.media(), FALSE);
+  Media_Helper::g_signal_connect_or_throw(GST_ELEMENT_CAST(media_.pipeline()), "deep-element-added",
+                                          G_CALLBACK(on_element), nullptr);
+  admit_viewers();
   connect_streams();
   media_.start();
 }
 
 Relay_Media::~Relay_Media() {
+  gate_->remove();
+  if (client_handler_ != 0) g_signal_handler_disconnect(server_.get(), client_handler_);
   for (const auto &stream : streams_)
     stream->disconnect();
 }
 
+// The index of the first video stream, or the number of streams.
+guint Relay_Media::video_stream() const {
+  const auto video = std::find_if(streams_.begin(), streams_.end(), [](const auto &stream) {
+    return is_video(stream->description());
+  });
+  return static_cast<guint>(video - streams_.begin());
+}
+
+// Makes each client that connects wait at the gate. Each has its own thread for that.
+void Relay_Media::admit_viewers() {
+  client_handler_ =
+      g_signal_connect_data(server_.get(), "client-connected", G_CALLBACK(on_client),
+                            new Entrance{gate_, video_stream()}, drop_entrance, G_CONNECT_DEFAULT);
+}
+
 void Relay_Media::connect_streams() const {
-  guint index = 0;
-  for (const auto &stream : streams_)
-    stream->connect(Element(
-        Media_Helper::gst_bin_get_by_name_or_throw(GST_BIN(bin_.get()), appsrc_name(index++)),
-        false));
+  for (guint index = 0; index < streams_.size(); ++index) {
+    const Element appsrc(
+        Media_Helper::gst_bin_get_by_name_or_throw(GST_BIN(bin_.get()), appsrc_name(index)), false);
+    streams_[index]->connect(appsrc, index == video_stream() ? gate_ : nullptr);
+  }
 }
 
 }  // namespace kel::tavren::programs

@@ -3,12 +3,16 @@
 #ifndef TAVREN_PROGRAMS_RELAY_MEDIA_H
 #define TAVREN_PROGRAMS_RELAY_MEDIA_H
 
+#include <memory>
+
+#include "key_frame_gate.h"
 #include "relayed_stream.h"
 #include "rtsp_server/live_media.h"
 #include "running_time.h"
 
 namespace kel::tavren::programs {
 
+// Viewers of the first video stream begin with a key frame.
 class Relay_Media {
 public:
   // Serves streams that have started. Throws what the library throws if an element is missing, and
@@ -24,11 +28,16 @@ public:
   void check() const { media_.check(); }
 
 private:
+  guint video_stream() const;
   void connect_streams() const;
+  void admit_viewers();
 
+  Loopback_Server &server_;
   const Relayed_Streams streams_;
+  const std::shared_ptr<Key_Frame_Gate> gate_;  // of the first video stream
   const boost::intrusive_ptr<GstElement> bin_;
   Live_Media media_;
+  gulong client_handler_ = 0;
 };
 
 }  // namespace kel::tavren::programs

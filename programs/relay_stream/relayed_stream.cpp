@@ -1,6 +1,7 @@
 #include "relayed_stream.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <gst/app/gstappsrc.h>
 
@@ -39,6 +40,8 @@ void Relayed_Stream::note_packet(gsize size) noexcept {
 }
 
 void Relayed_Stream::take(boost::intrusive_ptr<GstSample> frame) noexcept {
+  if (is_key_frame(frame.get()))
+    if (const auto viewers = gate()) viewers->open();
   const std::lock_guard lock(mutex_);
   last_arrival_ = g_get_monotonic_time();
   // A parser splits a frame that has parameter sets in its middle. The parts have the same time.
@@ -69,15 +72,23 @@ gint64 Relayed_Stream::last_arrival() const noexcept {
   return last_arrival_;
 }
 
-void Relayed_Stream::connect(const boost::intrusive_ptr<GstElement> &appsrc) noexcept {
+void Relayed_Stream::connect(const boost::intrusive_ptr<GstElement> &appsrc,
+                             std::shared_ptr<Key_Frame_Gate> gate) noexcept {
   const std::lock_guard lock(mutex_);
   appsrc_ = appsrc;
+  gate_ = std::move(gate);
   if (key_frame_) pass_on(key_frame_.get());
 }
 
 void Relayed_Stream::disconnect() noexcept {
   const std::lock_guard lock(mutex_);
   appsrc_.reset();
+  gate_.reset();
+}
+
+std::shared_ptr<Key_Frame_Gate> Relayed_Stream::gate() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return gate_;
 }
 
 // Called with the lock.

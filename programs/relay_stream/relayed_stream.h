@@ -11,6 +11,7 @@
 #include <tavren/handles/reference_adapters.h>
 
 #include "camera/camera_streams.h"
+#include "key_frame_gate.h"
 
 namespace kel::tavren::programs {
 
@@ -35,17 +36,21 @@ public:
   // When the last frame arrived, on the monotonic clock in us; 0 if none has.
   gint64 last_arrival() const noexcept;
 
-  // Passes frames on to an appsrc, beginning with the last key frame.
-  void connect(const boost::intrusive_ptr<GstElement> &appsrc) noexcept;
+  // Passes frames on to an appsrc, beginning with the last key frame. Key frames pass the gate, if
+  // there is one.
+  void connect(const boost::intrusive_ptr<GstElement> &appsrc,
+               std::shared_ptr<Key_Frame_Gate> gate) noexcept;
   void disconnect() noexcept;
 
 private:
+  std::shared_ptr<Key_Frame_Gate> gate() const noexcept;
   void pass_on(GstSample *frame) noexcept;
 
   const Camera_Stream description_;
   mutable std::mutex mutex_;
   boost::intrusive_ptr<GstSample> key_frame_;
   boost::intrusive_ptr<GstElement> appsrc_;
+  std::shared_ptr<Key_Frame_Gate> gate_;
   bool waits_for_key_frame_ = true;
   guint largest_packet_ = 0;
   GstClockTime last_time_ = 0;

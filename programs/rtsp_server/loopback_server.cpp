@@ -37,6 +37,10 @@ Loopback_Server::Loopback_Server(GMainContext *context, int port)
     : context_(context != nullptr ? context : g_main_context_default()),
       server_(gst_rtsp_server_new(), false), port_(port) {
   g_signal_connect(server_.get(), "client-connected", G_CALLBACK(close_after_session), nullptr);
+  // A client that waits in one of its requests must not keep the others waiting.
+  const std::unique_ptr<GstRTSPThreadPool, decltype(&g_object_unref)> threads(
+      gst_rtsp_server_get_thread_pool(server_.get()), g_object_unref);
+  gst_rtsp_thread_pool_set_max_threads(threads.get(), -1);
   gst_rtsp_server_set_address(server_.get(), "127.0.0.1");
   listen();
   keep_port();

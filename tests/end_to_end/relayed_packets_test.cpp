@@ -43,6 +43,22 @@ TEST(Relayed_Packets, Keep_The_Cameras_Times_Through_A_Pause_And_The_Burst_After
   expect_steps(viewer.timestamp_steps(), frame_step, millisecond);
 }
 
+// A sequence parameter set begins each key frame, after an access unit delimiter.
+TEST(Relayed_Packets, Begin_With_A_Key_Frame_For_Each_Viewer) {
+  constexpr int delimiter = 9;
+  constexpr int sequence_parameter_set = 7;
+  const Camera camera;
+  const Relay relay(camera.uri);
+  for (const char *const transport : {"tcp", "udp", "tcp", "udp"}) {
+    const Viewer viewer(relay.uri, "video", transport);
+    ASSERT_TRUE(viewer.sees(5));
+    EXPECT_EQ(viewer.packets()[0].h264_unit_type(), delimiter);
+    EXPECT_EQ(viewer.packets()[1].h264_unit_type(), sequence_parameter_set);
+    // The next viewer comes at another place between two key frames.
+    g_usleep(G_TIME_SPAN_SECOND / 7);
+  }
+}
+
 // What an independent decoder complains about, of two seconds of a stream.
 std::string complaints(const std::string &uri, const std::string &transport) {
   const Outcome outcome = run({"ffmpeg", "-v", "warning", "-nostdin", "-rtsp_transport", transport,

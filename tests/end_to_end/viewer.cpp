@@ -72,12 +72,13 @@ gboolean Viewer::select(GstElement *, guint, GstCaps *caps, gpointer viewer) noe
 }
 
 void Viewer::note_packet(GstElement *, GstBuffer *packet, GstPad *, gpointer viewer) noexcept {
-  std::array<guint8, 8> header = {};
-  gst_buffer_extract(packet, 0, header.data(), header.size());
+  std::array<guint8, 13> start = {};  // of a packet: its header, and one byte more
+  gst_buffer_extract(packet, 0, start.data(), start.size());
   auto &self = *static_cast<Viewer *>(viewer);
   const std::lock_guard lock(self.mutex_);
-  self.packets_.push_back({GST_READ_UINT16_BE(header.data() + 2),
-                           GST_READ_UINT32_BE(header.data() + 4), g_get_monotonic_time()});
+  self.packets_.push_back({GST_READ_UINT16_BE(start.data() + 2),
+                           GST_READ_UINT32_BE(start.data() + 4), start.back(),
+                           g_get_monotonic_time()});
 }
 
 Element Viewer::element(const char *name) const {

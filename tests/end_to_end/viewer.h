@@ -16,7 +16,10 @@ namespace kel::tavren::tests {
 struct Packet {
   guint16 number = 0;     // its sequence number
   guint32 timestamp = 0;  // in units of the stream's clock
+  guint8 first_byte = 0;  // of the payload
   gint64 arrival = 0;     // on the monotonic clock in us
+
+  int h264_unit_type() const { return first_byte & 0x1f; }
 };
 
 class Viewer {
