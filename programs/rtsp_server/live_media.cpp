@@ -55,7 +55,12 @@ Object<GstRTSPMedia> construct_media(GstRTSPMediaFactory *factory, const std::st
   GstRTSPUrl *url = nullptr;
   gst_rtsp_url_parse(uri.c_str(), &url);
   const std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)> owned(url, gst_rtsp_url_free);
-  return {gst_rtsp_media_factory_construct(factory, url), g_object_unref};
+  Object<GstRTSPMedia> media(gst_rtsp_media_factory_construct(factory, url), g_object_unref);
+#if GST_CHECK_VERSION(1, 24, 0)
+  // From this version on, the media is returned locked, and viewers wait for the lock.
+  if (media) gst_rtsp_media_unlock(media.get());
+#endif
+  return media;
 }
 
 // A viewer that asks to play from the start would flush a live source that can seek, and so set

@@ -22,7 +22,8 @@ class Case:
     to            the extension of the file recorded into
     files         what each file must hold: codecs, and how long it is if not `seconds`, as in
                   "h264 aac 2.5". CODEC=SECONDS is a stream that stops before the others,
-                  CODEC@SECONDS one that starts after them
+                  CODEC@SECONDS one that starts after them. If the recorder is killed or the disk is
+                  full, the files must hold at least that
     seconds       what the recorder is asked for by --duration
     options       its other options; {folder}, {ca}, {password} and so on are filled in
     lines         regular expressions, each of which must match in the output; those that begin

@@ -7,6 +7,8 @@ from .media_files import decoding_complaints, read_media_file
 
 AUDIO_STEP = 0.25  # s; packets of audio may be that long
 CUT_SHORT = r"[^|]*File ended prematurely"  # what is said of a file whose recorder was killed
+# The framework's RTSP source draws these of its own when it is stopped at some moments.
+CRITICALS_OF_THE_SOURCE = r"CRITICAL.*(gst_event_set_seqnum|g_pollable_input_stream_)"
 LATEST_START = 0.3  # s; a file's own time begins at 0
 TOTAL_TOLERANCE = 0.2  # s
 
@@ -34,7 +36,7 @@ def _output_reasons(case, outcome):
 
 def _stderr_reasons(outcome):
     """Silence after success, one line after a failure."""
-    lines = outcome.err.splitlines()
+    lines = [line for line in outcome.err.splitlines() if line and not re.search(CRITICALS_OF_THE_SOURCE, line)]
     if outcome.status == 0 and lines:
         yield f"stderr: {lines[0]!r}"
     if outcome.status == 1 and (len(lines) != 1 or not lines[0].startswith("record_camera: error ")):
@@ -118,7 +120,10 @@ def _stream_reasons(case, expectation, stream, name):
         return
     yield from _time_reasons(stream, name)
     seconds = stream.seconds()
-    if abs(seconds - expectation.seconds) > case.tolerance:
+    if case.is_killed():
+        if seconds < expectation.seconds:
+            yield f"{seconds:.2f} s, less than {expectation.seconds:g} s"
+    elif abs(seconds - expectation.seconds) > case.tolerance:
         yield f"{seconds:.2f} s, not {expectation.seconds:g} s"
     largest_step = max(case.largest_step, 0 if stream.is_video else AUDIO_STEP)
     if max(stream.steps(), default=0) > largest_step:
