@@ -98,7 +98,7 @@ void Media_File::write(guint stream, const Frame &frame) {
   const std::size_t index = index_of(stream);
   Track &track = tracks_.at(index);
   GstBuffer *const buffer = gst_buffer_copy(gst_sample_get_buffer(frame.sample.get()));
-  GST_BUFFER_PTS(buffer) = stamp(frame.pts);
+  GST_BUFFER_PTS(buffer) = stamp(frame.is_key ? std::max(frame.pts, start_) : frame.pts);
   GST_BUFFER_DTS(buffer) = stamp(frame.dts);
   GST_BUFFER_DURATION(buffer) = frame.duration != 0 ? frame.duration : GST_CLOCK_TIME_NONE;
   feeds_[index]->push(buffer);

@@ -26,6 +26,7 @@ constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not 
 constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
 constexpr gint64 last_frame_limit = 4 * seconds;   // for a next frame when the time is over
 constexpr gint64 longest_waiting = gint64{60} * GST_SECOND;  // of frames for a file
+constexpr gint64 early_limit = 200 * GST_MSECOND;  // of a key frame before its file begins
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -175,7 +176,8 @@ bool Recording::route(Stream &stream) {
     const Frame &frame = stream.waiting.front();
     move_to_newest_file(stream, frame);
     if (stream.file == nullptr) continue;
-    if (!stream.needs_key || frame.is_key) write(stream, frame);
+    if (!stream.needs_key || (frame.is_key && belongs_to(stream, frame, stream.file->start())))
+      write(stream, frame);
     stream.waiting.pop_front();
     moved = true;
     if (stream.has_ended && stream.waiting.empty()) close(stream);
@@ -226,10 +228,16 @@ void Recording::leave_old_files() {
   }
 }
 
+// Whether a frame belongs into a file that begins at a time. The key frames of two cameras'
+// encoders are seldom taken at the same moment: a second video may begin a little before the first.
+bool Recording::belongs_to(const Stream &stream, const Frame &frame, gint64 start) {
+  return frame.pts >= start || (stream.is_video && frame.is_key && start - frame.pts < early_limit);
+}
+
 // A stream changes to the newest file with its first frame that belongs there.
 void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
   Media_File *const newest = &files_.newest();
-  if (stream.file == newest || !frame.is_key || frame.pts < newest->start()) return;
+  if (stream.file == newest || !frame.is_key || !belongs_to(stream, frame, newest->start())) return;
   stream.file->end_track(stream.number);
   stream.file = newest->takes(stream.number, frame.caps()) ? newest : nullptr;
 }
@@ -299,7 +307,7 @@ bool Recording::open_file() {
     if (stream.file != nullptr || !file.has_track(number)) continue;
     stream.file = &file;
     stream.needs_key = true;
-    while (!stream.waiting.empty() && stream.waiting.front().pts < start)
+    while (!stream.waiting.empty() && !belongs_to(stream, stream.waiting.front(), start))
       stream.waiting.pop_front();
   }
   return true;

@@ -109,6 +109,7 @@ private:
   bool route(Stream &stream);
   bool begins_new_file(const Stream &stream, const Frame &frame);
   bool others_wait_for_file(const Stream &stream) const;
+  static bool belongs_to(const Stream &stream, const Frame &frame, gint64 start);
   static void leave_file(Stream &stream);
   static void close(Stream &stream);
   void complete(Stream &stream);
