@@ -68,7 +68,7 @@ public:
   void hold_back(bool held) noexcept;
 
   // Whether a message is about this session.
-  bool owns(const GstMessage *message) const { return bin_.posted(message); }
+  bool owns(GstMessage *message) const { return bin_.posted(message); }
 
 private:
   // A stream on its way to its appsink. An SSRC that replaces another gets a new branch.

@@ -155,7 +155,7 @@ std::vector<std::string> Media_File::queue_reports() const {
 
 //! [finish the file]
 // The bin forwards the messages of its elements; the end of the stream reaches the file sink last.
-void Media_File::handle(const GstMessage *message) {
+void Media_File::handle(GstMessage *message) {
   const boost::intrusive_ptr<GstMessage> forwarded = forwarded_message(message);
   if (forwarded && GST_MESSAGE_TYPE(forwarded.get()) == GST_MESSAGE_EOS) finished_ = true;
 }

@@ -61,9 +61,9 @@ public:
   bool has_ended() const noexcept;
   bool is_finished() const noexcept { return finished_; }
   // Whether a message is about this file.
-  bool owns(const GstMessage *message) const { return bin_.posted(message); }
+  bool owns(GstMessage *message) const { return bin_.posted(message); }
   // Notices that the file is finished.
-  void handle(const GstMessage *message);
+  void handle(GstMessage *message);
 
 private:
   void add_tracks(GstElement *muxer);

@@ -55,16 +55,15 @@ Message Pipeline_Bin::take_error() const {
   return error;
 }
 
-bool Pipeline_Bin::posted(const GstMessage *message) const {
+bool Pipeline_Bin::posted(GstMessage *message) const {
   GstObject *const source = GST_MESSAGE_SRC(message);
   return source != nullptr && (source == GST_OBJECT_CAST(bin_.get()) ||
                                gst_object_has_as_ancestor(source, GST_OBJECT_CAST(bin_.get())));
 }
 
-Message forwarded_message(const GstMessage *message) {
+Message forwarded_message(GstMessage *message) {
   if (GST_MESSAGE_TYPE(message) != GST_MESSAGE_ELEMENT) return nullptr;
-  const GstStructure *const structure =
-      gst_message_get_structure(const_cast<GstMessage *>(message));
+  const GstStructure *const structure = gst_message_get_structure(message);
   if (structure == nullptr || !gst_structure_has_name(structure, "GstBinForwarded")) return nullptr;
   GstMessage *forwarded = nullptr;
   gst_structure_get(structure, "message", GST_TYPE_MESSAGE, &forwarded, nullptr);

@@ -34,7 +34,7 @@ public:
   void stop() const noexcept { gst_element_set_state(bin_.get(), GST_STATE_NULL); }
 
   // Whether an element of the bin, or the bin, posted a message.
-  bool posted(const GstMessage *message) const;
+  bool posted(GstMessage *message) const;
 
 private:
   boost::intrusive_ptr<GstMessage> take_error() const;
@@ -44,7 +44,7 @@ private:
 };
 
 // The message of an element that a bin with "message-forward" has posted; null for another message.
-boost::intrusive_ptr<GstMessage> forwarded_message(const GstMessage *message);
+boost::intrusive_ptr<GstMessage> forwarded_message(GstMessage *message);
 
 }  // namespace kel::tavren::programs
 

@@ -24,7 +24,7 @@ public:
 
   void show(GstSample *sample);
   unsigned int pictures() const noexcept { return pictures_; }
-  bool owns(const GstMessage *message) const { return bin_.posted(message); }
+  bool owns(GstMessage *message) const { return bin_.posted(message); }
 
 private:
   static GstPadProbeReturn on_picture(GstPad *, GstPadProbeInfo *, gpointer viewer) noexcept;
