@@ -1,6 +1,7 @@
 #include "relay_media.h"
 
 #include <algorithm>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -94,12 +95,16 @@ void after_play(GstRTSPClient *, GstRTSPContext *context, gpointer data) noexcep
   if (entrance.leads_to(context)) entrance.gate->leave();
 }
 
+void connect_client(GstRTSPClient *client, const char *signal, GCallback handler,
+                    const Entrance &entrance) noexcept {
+  if (auto *const copy = new (std::nothrow) Entrance(entrance))
+    g_signal_connect_data(client, signal, handler, copy, drop_entrance, G_CONNECT_DEFAULT);
+}
+
 void on_client(GstRTSPServer *, GstRTSPClient *client, gpointer data) noexcept {
   const auto &entrance = *static_cast<Entrance *>(data);
-  g_signal_connect_data(client, "pre-play-request", G_CALLBACK(before_play), new Entrance(entrance),
-                        drop_entrance, G_CONNECT_DEFAULT);
-  g_signal_connect_data(client, "play-request", G_CALLBACK(after_play), new Entrance(entrance),
-                        drop_entrance, G_CONNECT_DEFAULT);
+  connect_client(client, "pre-play-request", G_CALLBACK(before_play), entrance);
+  connect_client(client, "play-request", G_CALLBACK(after_play), entrance);
 }
 
 // The server's sinks wait until the time of each packet, which a camera that reorders frames sends
