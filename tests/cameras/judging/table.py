@@ -76,6 +76,8 @@ CODECS = [
     row("audio only: aac latm into mkv", "aac-latm", "mkv", "aac"),
     row("two videos into mkv", "h264 h264-small aac", "mkv", "h264 h264 aac"),
     row("two videos into mp4", "h264 h265", "mp4", "h264 hevc"),
+    row("two videos over UDP", "h264 h264-small aac --transport udp", "mp4", "h264 h264 aac"),
+    row("two videos over UDP, the other first", "h264-small h264 --transport udp", "mkv", "h264 h264"),
     row("two videos, one not for avi", "mjpeg h265 mulaw", "avi", "mjpeg pcm_mulaw",
         lines=not_recorded("video", "H265", "avi")),
     row("a frame each 6 s", "h264-slow", "mkv", "h264", seconds=8, tolerance=6, largest_step=6.2, rate=1 / 6),
