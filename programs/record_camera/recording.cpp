@@ -19,6 +19,7 @@ namespace {
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
 constexpr gint64 late_limit = 8 * seconds;        // for streams that do not begin with the others
 constexpr gint64 key_frame_limit = 30 * seconds;  // for the first key frame
+constexpr gint64 pause = 1 * seconds;             // of all streams
 constexpr gint64 audio_silence = 2 * seconds;     // of a stream while others send
 constexpr gint64 video_silence = 3 * seconds;
 constexpr gint64 rare_video_silence = 10 * seconds;
@@ -74,6 +75,7 @@ void Recording::add_frame(guint number, GstSample *sample) {
 void Recording::note_arrival(Stream &stream) {
   const gint64 arrival = now();
   if (last_arrival_ != 0) longest_wait_ = std::max(longest_wait_, arrival - last_arrival_);
+  if (arrival - last_arrival_ > pause) resumed_at_ = arrival;
   last_arrival_ = stream.last_arrival = arrival;
   if (first_arrival_ == 0) first_arrival_ = arrival;
   if (stream.is_quiet) display_.line(stream.name + " sends again");
@@ -339,7 +341,7 @@ void Recording::tick() {
 void Recording::end_stopped_streams() {
   for (auto &[number, stream] : streams_) {
     if (stream.is_quiet || stream.is_over || stream.last_arrival == 0 ||
-        last_arrival_ - stream.last_arrival < longest_silence(stream))
+        last_arrival_ - std::max(stream.last_arrival, resumed_at_) < longest_silence(stream))
       continue;
     stream.is_quiet = true;
     if (stream.file != nullptr) leave_file(stream);

@@ -147,6 +147,7 @@ private:
   gint64 first_arrival_ = 0;  // in the session, in us of the monotonic clock; 0: none yet
   gint64 last_arrival_ = 0;
   gint64 longest_wait_ = 0;
+  gint64 resumed_at_ = 0;  // when a stream sent again after a pause of all streams
   gint64 first_over_ = 0;  // when the first stream was over; 0: none is
 };
 
