@@ -17,6 +17,8 @@ struct Camera_Options {
   Camera_Address address;
   Transport transport = Transport::automatic;
   guint latency = 200;  // of the jitter buffer in ms
+  bool is_encrypted() const { return address.location.rfind("rtsps", 0) == 0; }
+
   std::string ca_file;  // certificate authorities to trust instead of the system's; empty: none
 };
 

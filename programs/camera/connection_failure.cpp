@@ -29,7 +29,7 @@ void use_authorities(GSocketClient *, GSocketClientEvent event, GSocketConnectab
 std::string connect(const Camera_Options &options) {
   const Object<GSocketClient> client(g_socket_client_new(), g_object_unref);
   g_socket_client_set_timeout(client.get(), timeout);
-  const bool is_tls = options.address.location.rfind("rtsps", 0) == 0;
+  const bool is_tls = options.is_encrypted();
   g_socket_client_set_tls(client.get(), is_tls);
   const Object<GTlsDatabase> database(
       is_tls && !options.ca_file.empty() ? g_tls_file_database_new(options.ca_file.c_str(), nullptr)

@@ -12,9 +12,10 @@ namespace kel::tavren::programs {
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 start_limit = 10 * seconds;        // for the camera's first frame
-constexpr guint64 congestion = guint64{64} << 20U;  // bytes that wait to be written
-constexpr gint64 silence_limit = 10 * seconds;      // of a camera that was sending
+constexpr gint64 start_limit = 10 * seconds;            // for the camera's first frame
+constexpr guint64 congestion = guint64{64} << 20U;      // bytes that wait to be written
+constexpr gint64 encrypted_start_limit = 20 * seconds;  // reading the authorities takes time
+constexpr gint64 silence_limit = 10 * seconds;          // of a camera that was sending
 
 gint64 now() {
   return g_get_monotonic_time();
@@ -185,7 +186,7 @@ void Camera_Connection::tick() {
 
 void Camera_Connection::check_session() {
   if (!has_received_) {
-    if (now() - connected_at_ > start_limit)
+    if (now() - connected_at_ > (options_.is_encrypted() ? encrypted_start_limit : start_limit))
       end_session(read_error("the camera does not send anything"));
     return;
   }

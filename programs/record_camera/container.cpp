@@ -44,6 +44,16 @@ Caps template_caps(const std::string &factory, GstPadDirection direction) {
   return all;
 }
 
+namespace {
+
+bool is_mpeg1_audio(const GstStructure *structure) {
+  int version = 0;
+  return gst_structure_has_name(structure, "audio/mpeg") != FALSE &&
+         gst_structure_get_int(structure, "mpegversion", &version) != FALSE && version == 1;
+}
+
+}  // namespace
+
 Caps complete_caps(const Container &container, const Caps &caps, GstClockTime interval) {
   constexpr int opus_rate = 48000;
   constexpr int default_frame_rate = 25;
@@ -51,9 +61,13 @@ Caps complete_caps(const Container &container, const Caps &caps, GstClockTime in
   const bool lacks_rate = gst_structure_has_name(structure, "audio/x-opus") != FALSE &&
                           gst_structure_has_field(structure, "rate") == FALSE;
   const bool lacks_frame_rate = needs_frame_rate(container, caps.get());
-  if (!lacks_rate && !lacks_frame_rate) return caps;
+  // avimux loses every frame of parsed MPEG-1 audio.
+  const bool must_look_unparsed = !container.has_times && is_mpeg1_audio(structure);
+  if (!lacks_rate && !lacks_frame_rate && !must_look_unparsed) return caps;
 
   Caps complete(gst_caps_copy(caps.get()), false);
+  if (must_look_unparsed)
+    gst_caps_set_simple(complete.get(), "parsed", G_TYPE_BOOLEAN, FALSE, nullptr);
   if (lacks_rate) gst_caps_set_simple(complete.get(), "rate", G_TYPE_INT, opus_rate, nullptr);
   if (!lacks_frame_rate) return complete;
   int numerator = default_frame_rate;
