@@ -7,6 +7,8 @@
 #include <gst/rtp/gstrtcpbuffer.h>
 #include <tavren/capture/media_helper.h>
 
+#include "rtsp_extension.h"
+
 namespace kel::tavren::programs {
 
 using capture::Media_Helper;
@@ -67,13 +69,16 @@ GstPadProbeReturn drop_goodbye(GstPad *, GstPadProbeInfo *info, gpointer) noexce
   return says_goodbye ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
 }
 
-void on_manager_pad(GstElement *, GstPad *pad, gpointer) noexcept {
+void on_manager_pad(GstElement *, GstPad *pad, gpointer source) noexcept {
   if (g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtcp_sink"))
     gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, drop_goodbye, nullptr, nullptr);
+  if (source != nullptr && g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtp_sink"))
+    keep_session_alive(GST_ELEMENT(source), pad);
 }
 
-void on_new_manager(GstElement *, GstElement *manager, gpointer) noexcept {
-  g_signal_connect(manager, "pad-added", G_CALLBACK(on_manager_pad), nullptr);
+void on_new_manager(GstElement *source, GstElement *manager, gpointer is_over_udp) noexcept {
+  g_signal_connect(manager, "pad-added", G_CALLBACK(on_manager_pad),
+                   is_over_udp != nullptr ? nullptr : source);
   g_signal_connect(manager, "new-jitterbuffer", G_CALLBACK(on_new_jitter_buffer), nullptr);
 }
 
@@ -110,7 +115,7 @@ std::vector<Transport> transports_to_try(Transport transport) {
 }
 
 GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Transport transport) {
-  GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, "camera");
+  GstElement *const source = add_rtsp_source(bin, "camera");
   gst_util_set_object_arg(G_OBJECT(source), "protocols",
                           transport == Transport::udp ? "udp+udp-mcast" : "tcp+http");
   // The programs notice themselves that nothing arrives. Over UDP the element would give up when a
@@ -122,8 +127,10 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
   if (!options.address.user.empty())
     g_object_set(source, "user-id", options.address.user.c_str(), "user-pw",
                  options.address.password.c_str(), nullptr);
+  // Over UDP, the packets do not arrive in the thread that sends requests, and rtspsrc itself keeps
+  // the session open.
   Media_Helper::g_signal_connect_or_throw(source, "new-manager", G_CALLBACK(on_new_manager),
-                                          nullptr);
+                                          GINT_TO_POINTER(transport == Transport::udp));
   if (!options.ca_file.empty()) trust_authorities(source, options.ca_file);
   return source;
 }

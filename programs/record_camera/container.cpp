@@ -21,11 +21,13 @@ std::string select_muxer(const std::string &file) {
   }
 }
 
+// Without what only a stream's key frame tells: a parser sends caps before it has seen one.
 Caps without_stream_fields(const Caps &caps) {
   Caps plain(gst_caps_copy(caps.get()), false);
   for (guint i = 0; i < gst_caps_get_size(plain.get()); ++i)
     gst_structure_remove_fields(gst_caps_get_structure(plain.get(), i), "width", "height",
-                                "framerate", "rate", "channels", nullptr);
+                                "framerate", "rate", "channels", "profile", "chroma-format",
+                                nullptr);
   return plain;
 }
 
@@ -52,31 +54,32 @@ bool is_mpeg1_audio(const GstStructure *structure) {
          gst_structure_get_int(structure, "mpegversion", &version) != FALSE && version == 1;
 }
 
-}  // namespace
-
-Caps complete_caps(const Container &container, const Caps &caps, GstClockTime interval) {
-  constexpr int opus_rate = 48000;
-  constexpr int default_frame_rate = 25;
-  const GstStructure *const structure = gst_caps_get_structure(caps.get(), 0);
-  const bool lacks_rate = gst_structure_has_name(structure, "audio/x-opus") != FALSE &&
-                          gst_structure_has_field(structure, "rate") == FALSE;
-  const bool lacks_frame_rate = needs_frame_rate(container, caps.get());
-  // avimux loses every frame of parsed MPEG-1 audio.
-  const bool must_look_unparsed = !container.has_times && is_mpeg1_audio(structure);
-  if (!lacks_rate && !lacks_frame_rate && !must_look_unparsed) return caps;
-
-  Caps complete(gst_caps_copy(caps.get()), false);
-  if (must_look_unparsed)
-    gst_caps_set_simple(complete.get(), "parsed", G_TYPE_BOOLEAN, FALSE, nullptr);
-  if (lacks_rate) gst_caps_set_simple(complete.get(), "rate", G_TYPE_INT, opus_rate, nullptr);
-  if (!lacks_frame_rate) return complete;
-  int numerator = default_frame_rate;
+void set_frame_rate(GstStructure *structure, GstClockTime interval) {
+  constexpr int default_rate = 25;
+  int numerator = default_rate;
   int denominator = 1;
   if (interval != 0)
     gst_util_double_to_fraction(static_cast<double>(GST_SECOND) / static_cast<double>(interval),
                                 &numerator, &denominator);
-  gst_caps_set_simple(complete.get(), "framerate", GST_TYPE_FRACTION, numerator, denominator,
-                      nullptr);
+  gst_structure_set(structure, "framerate", GST_TYPE_FRACTION, numerator, denominator, nullptr);
+}
+
+}  // namespace
+
+Caps complete_caps(const Container &container, const Caps &caps, GstClockTime interval) {
+  Caps complete(gst_caps_copy(caps.get()), false);
+  GstStructure *const structure = gst_caps_get_structure(complete.get(), 0);
+  if (gst_structure_has_name(structure, "audio/x-opus") != FALSE &&
+      gst_structure_has_field(structure, "rate") == FALSE)
+    gst_structure_set(structure, "rate", G_TYPE_INT, 48000, nullptr);
+  // mp4mux reads it without a check.
+  if (gst_structure_has_name(structure, "video/x-vp9") != FALSE &&
+      gst_structure_has_field(structure, "chroma-site") == FALSE)
+    gst_structure_set(structure, "chroma-site", G_TYPE_STRING, "mpeg2", nullptr);
+  // avimux loses every frame of parsed MPEG-1 audio.
+  if (!container.has_times && is_mpeg1_audio(structure))
+    gst_structure_set(structure, "parsed", G_TYPE_BOOLEAN, FALSE, nullptr);
+  if (needs_frame_rate(container, caps.get())) set_frame_rate(structure, interval);
   return complete;
 }
 

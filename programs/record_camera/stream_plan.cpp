@@ -90,12 +90,18 @@ bool leads_to(const std::string &parser, const Caps &media, const Container &con
          intersect(template_caps(parser, GST_PAD_SRC), container.formats);
 }
 
+// The headers of these formats arrive in the stream. Only a parser puts them where a muxer looks.
+bool needs_parser(const Caps &media) {
+  return is_named(media, "audio/x-speex") || is_named(media, "audio/x-vorbis") ||
+         is_named(media, "video/x-theora");
+}
+
 //! [choose a parser]
 // The name of the parser for the media; empty if none is needed, nothing if there is no way.
 std::optional<std::string> find_parser(MediaType kind, const Caps &media,
                                        const Container &container) {
   const std::string selected = select_parser(kind);
-  const bool passes_unparsed = intersect(media, container.formats);
+  const bool passes_unparsed = intersect(media, container.formats) && !needs_parser(media);
   if (selected == "identity")
     return passes_unparsed ? std::optional<std::string>("") : std::nullopt;
   if (!selected.empty() && leads_to(selected, media, container)) return selected;
@@ -131,6 +137,7 @@ void choose_parser(Stream_Plan &plan, const Container &container) {
       return;
     }
     formats = gst_structure_get_name(gst_caps_get_structure(media.get(), 0));
+    if (needs_parser(media)) formats += " without a parser";
   }
   plan.obstacle =
       describe_refusal(TEC::ELEMENT_LINK_FAILED, container.name() + " does not hold " +

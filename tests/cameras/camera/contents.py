@@ -65,6 +65,15 @@ CONTENTS = {
     "mulaw": Content(_tone(8000), "-c:a pcm_mulaw"),
     "alaw": Content(_tone(8000), "-c:a pcm_alaw"),
     "opus": Content(_tone(48000), "-c:a libopus -b:a 64k"),
+    "h264-long-gop": Content(_pictures(), f"{_x264('-profile:v baseline', gop=125)} {_IN_BAND}"),
+    "h264-60-fps": Content(_pictures("640x360", "60"), f"{_x264('-profile:v high -bf 2', gop=60)} {_IN_BAND}"),
+    "mpeg2": Content(_pictures(), "-c:v mpeg2video -b:v 800k -g 25 -bf 0"),
+    "vp9": Content(_pictures(), "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -b:v 300k -g 25",
+                   "-strict experimental"),
+    "l16": Content(_tone(16000), "-c:a pcm_s16be"),
+    "g722": Content(_tone(16000), "-c:a g722"),
+    "mp3": Content(_tone(44100), "-c:a libmp3lame -b:a 128k"),
+    "speex": Content(_tone(16000), "-c:a libspeex"),
     "mp2": Content(_tone(44100), "-c:a mp2 -b:a 128k"),
 }
 

@@ -3,7 +3,18 @@
 import re
 from dataclasses import dataclass
 
-STATIC_RTPMAPS = {0: "PCMU/8000", 8: "PCMA/8000", 14: "MPA/90000", 26: "JPEG/90000"}
+# How the addresses of streams are given, and which are known. A client that asks for another address
+# is answered with 404, or dropped if they are appended.
+ADDRESSES = {
+    "based": "relative to a base address that the camera names",
+    "appended": "relative, without a base address; only appended to the camera's address they are known",
+    "resolved": "relative, without a base address; only resolved as references they are known",
+    "absolute": "absolute, without a base address",
+}
+METADATA = ["m=application 0 RTP/AVP 107", "a=rtpmap:107 vnd.onvif.metadata/90000", "a=control:metadata"]
+
+STATIC_RTPMAPS = {0: "PCMU/8000", 8: "PCMA/8000", 9: "G722/8000", 14: "MPA/90000",
+                  26: "JPEG/90000", 32: "MPV/90000"}
 
 
 @dataclass(frozen=True)
@@ -42,18 +53,22 @@ def _without_parameter_sets(lines):
     return [re.sub(r"; ?sprop-[a-z-]+=[^;]*", "", line) for line in lines]
 
 
-def served(texts, count, rtpmaps=False, parameter_sets=True):
+def served(texts, count, connection="IN IP4 0.0.0.0", prefix="", rtpmaps=False, parameter_sets=True, metadata=False):
     """The description of the first `count` streams of the texts, as a client gets it.
 
-    `rtpmaps` names the static payload types too; without `parameter_sets` they are in-band only."""
+    `connection` is the value of each stream's line c; `prefix` comes before the names of streams;
+    `rtpmaps` names the static payload types too; without `parameter_sets` they are in-band only;
+    `metadata` adds a stream of metadata."""
     head, sections = _sections(texts)
     lines = [line for line in head if not line.startswith("a=tool")] + ["a=control:*"]
     for index, section in enumerate(sections[:count]):
         section = [re.sub(r"^(m=\w+) \d+", r"\1 0", line) for line in section if line.strip()]
-        section = [line.replace("127.0.0.1", "0.0.0.0") if line.startswith("c=") else line for line in section]
+        section = [f"c={connection}" if line.startswith("c=") else line for line in section]
         if rtpmaps:
             section = _with_rtpmap(section, _stream(sections[index]))
         if not parameter_sets:
             section = _without_parameter_sets(section)
-        lines += [*section, f"a=control:stream={index}"]
+        lines += [*section, f"a=control:{prefix}stream={index}"]
+    if metadata:
+        lines += METADATA
     return "\r\n".join(lines) + "\r\n"

@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass
 
-REASONS = {200: "OK", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
+REASONS = {200: "OK", 302: "Found", 400: "Bad Request", 401: "Unauthorized", 403: "Forbidden", 404: "Not Found",
            405: "Method Not Allowed", 454: "Session Not Found", 455: "Method Not Valid in This State",
            461: "Unsupported Transport", 500: "Internal Server Error", 503: "Service Unavailable"}
 _INTERLEAVED = b"$"

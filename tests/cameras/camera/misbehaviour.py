@@ -7,6 +7,7 @@ KINDS = {
     "pause": "hold back all packets for VALUE seconds, then send them at once",
     "drop": "send nothing for VALUE seconds; those packets are lost",
     "jump": "move the RTP clock by VALUE seconds",
+    "wrap": "number packets and times so that both wrap around, the times at TIME",
     "ssrc": "go on with a new SSRC, sequence number and timestamp",
     "switch": "go on with the content named by --switch-to",
     "stop": "send no more packets",
@@ -22,7 +23,7 @@ KINDS = {
     "gone": "drop all connections and refuse new ones for VALUE seconds",
 }
 NEED_VALUE = {"pause", "drop", "jump", "loss", "reorder", "duplicate", "garbage", "gone"}
-CONTINUOUS = {"late", "loss", "reorder", "duplicate"}
+CONTINUOUS = {"wrap", "late", "loss", "reorder", "duplicate"}
 OF_CONNECTION = {"close", "reset", "silent", "garbage", "gone"}
 
 _FORM = re.compile(r"(?P<kind>[a-z]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")

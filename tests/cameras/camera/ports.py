@@ -1,26 +1,30 @@
-"""Ports of 127.0.0.1 that the system picks."""
+"""Ports of the loopback addresses that the system picks."""
 
 import socket
 
 
-def reserved_port():
+def _family(host):
+    return socket.AF_INET6 if ":" in host else socket.AF_INET
+
+
+def reserved_port(host):
     """A socket that keeps a port for this process. It refuses connections until another socket with
     SO_REUSEADDR listens on the port."""
-    reservation = socket.socket()
+    reservation = socket.socket(_family(host))
     reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-    reservation.bind(("127.0.0.1", 0))
+    reservation.bind((host, 0))
     return reservation
 
 
-def udp_port_pair():
+def udp_port_pair(host):
     """Two sockets, on an even port and the next one."""
     while True:
-        pair = tuple(socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
+        pair = tuple(socket.socket(_family(host), socket.SOCK_DGRAM) for _ in range(2))
         try:
-            pair[0].bind(("127.0.0.1", 0))
+            pair[0].bind((host, 0))
             port = pair[0].getsockname()[1]
             if port % 2 == 0:
-                pair[1].bind(("127.0.0.1", port + 1))
+                pair[1].bind((host, port + 1))
                 return pair
         except OSError:
             pass

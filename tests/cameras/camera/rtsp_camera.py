@@ -12,9 +12,6 @@ from .ports import reserved_port
 from .sender import Sender
 from .session import Session
 
-PATH = "/camera"
-
-
 @dataclass
 class Options:
     """How the camera serves what it sends."""
@@ -25,6 +22,15 @@ class Options:
     deaf: bool = False  # takes connections, answers nothing
     credentials: tuple = None  # user, password, scheme
     certificate: object = None  # an ssl.SSLContext for rtsps
+    host: str = "127.0.0.1"
+    path: str = "/camera"
+    stream_addresses: str = "based"  # one of ADDRESSES
+    redirect: bool = False
+    session_timeout: int = 60  # s
+    get_parameter: bool = True
+    sender_reports: bool = True
+    channel: int = None  # the first one on the connection, if not the client's choice
+    metadata: bool = False
     rtp_info: bool = True
     rtpmaps: bool = False
     parameter_sets: bool = True
@@ -46,15 +52,18 @@ class RtspCamera:
         self._reports = {}
         self._sessions = set()
         self._server = None
-        self._reservation = reserved_port()
+        self._reservation = reserved_port(options.host)
         self._port = self._reservation.getsockname()[1]
 
     async def prepare(self):
         """Starts the sender; the camera's address is known from here on."""
         texts = await self._sender.start()
         self.streams = descriptions.streams_of(texts)
-        self.description = descriptions.served(texts, self._count, self.options.rtpmaps,
-                                               self.options.parameter_sets)
+        options = self.options
+        prefix = f"{self.uri()}/" if options.stream_addresses == "absolute" else ""
+        self.description = descriptions.served(
+            texts, self._count, "IN IP6 ::" if ":" in options.host else "IN IP4 0.0.0.0", prefix, options.rtpmaps,
+            options.parameter_sets, options.metadata)
 
     def stop(self):
         self._drop_all()
@@ -62,16 +71,29 @@ class RtspCamera:
 
     def uri(self):
         scheme = "rtsps" if self.options.certificate else "rtsp"
-        return f"{scheme}://127.0.0.1:{self._port}{PATH}"
+        host = f"[{self.options.host}]" if ":" in self.options.host else self.options.host
+        return f"{scheme}://{host}:{self._port}{self.options.path}"
+
+    def moved_uri(self):
+        """Where a redirected client finds the camera."""
+        return self.uri() + "-moved"
 
     def serves(self, uri):
-        return re.sub(r"^rtsps?://[^/]*", "", uri).rstrip("/") == PATH
+        return uri.rstrip("/") in (self.uri(), self.moved_uri())
 
     def stream_named(self, uri):
-        match = re.search(r"/stream=(\d+)$", uri)
+        if uri == f"{self.stream_base()}metadata":
+            return self._count  # which never sends
+        match = re.fullmatch(re.escape(self.stream_base()) + r"stream=(\d+)", uri)
         if match and int(match[1]) < self._count:
             return int(match[1])
         return None
+
+    def stream_base(self):
+        """What the addresses of all streams begin with."""
+        if self.options.stream_addresses == "resolved":
+            return self.uri().rpartition("/")[0] + "/"
+        return self.uri() + "/"
 
     def rtp_info(self, streams):
         """Each stream's next sequence number and its timestamp now, once it has sent something."""
@@ -85,7 +107,7 @@ class RtspCamera:
         elapsed = int((time.monotonic() - arrival) * self.streams[stream].clock_rate)
         timestamp = (report.timestamp + elapsed) & 0xFFFFFFFF
         sequence = (self._last[stream].sequence + 1) & 0xFFFF
-        return f"url={self.uri()}/stream={stream};seq={sequence};rtptime={timestamp}"
+        return f"url={self.stream_base()}stream={stream};seq={sequence};rtptime={timestamp}"
 
     def leave(self, seconds):
         """Drops all connections and refuses new ones for a while."""
@@ -96,7 +118,7 @@ class RtspCamera:
         asyncio.ensure_future(self.listen())
 
     async def listen(self):
-        self._server = await asyncio.start_server(self._serve, "127.0.0.1", self._port,
+        self._server = await asyncio.start_server(self._serve, self.options.host, self._port,
                                                   ssl=self.options.certificate)
 
     async def _serve(self, reader, writer):
@@ -117,6 +139,8 @@ class RtspCamera:
         packet = Packet(stream, is_rtcp, data, 0)
         if not is_rtcp:
             self._last[stream] = packet
+        elif not self.options.sender_reports:
+            return
         elif packet.is_sender_report:
             self._reports[stream] = packet, time.monotonic()
         for session in list(self._sessions):

@@ -12,7 +12,7 @@ FIRST_DYNAMIC_PAYLOAD_TYPE = 96
 LARGEST_PACKET = 1400
 STARTING_TIME = 50  # s that ffmpeg may take, on a busy machine
 # These have a payload type that needs no rtpmap; ffmpeg announces them that way.
-STATIC_PAYLOAD_TYPES = {"mulaw", "alaw", "mp2", "mjpeg"}
+STATIC_PAYLOAD_TYPES = {"mulaw", "alaw", "g722", "mp2", "mp3", "mpeg2", "mjpeg"}
 
 
 def _bound_socket():

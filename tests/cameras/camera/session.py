@@ -29,17 +29,18 @@ class Session:
         self._first_stage = None
 
     async def serve(self):
-        """Answers requests until the client or a misbehaviour ends the connection."""
+        """Answers requests until the client, its silence or a misbehaviour ends the connection."""
+        options = self._camera.options
         try:
             while True:
-                request = await read_request(self._reader)
-                if self._silent or self._camera.options.deaf:
+                request = await asyncio.wait_for(read_request(self._reader), options.session_timeout)
+                if self._silent or options.deaf:
                     continue
                 self._writer.write(self._answer(request))
                 await self._writer.drain()
                 if request.method == "TEARDOWN":
                     break
-        except (EOFError, ConnectionError, asyncio.LimitOverrunError):
+        except (EOFError, ConnectionError, asyncio.LimitOverrunError, asyncio.TimeoutError):
             pass
         finally:
             self.close()
@@ -73,26 +74,36 @@ class Session:
         if check and request.method != "OPTIONS" and not check.accepts(
                 request.method, request.header("Authorization")):
             return answer(request, 401, [("WWW-Authenticate", check.challenge())])
-        if request.method not in METHODS:
-            return answer(request, 405, [("Allow", ", ".join(METHODS))])
+        if request.method not in self._methods():
+            return answer(request, 405, [("Allow", ", ".join(self._methods()))])
         return getattr(self, f"_{request.method.lower()}")(request)
 
+    def _methods(self):
+        return [method for method in METHODS if method != "GET_PARAMETER" or self._camera.options.get_parameter]
+
     def _options(self, request):
-        return answer(request, 200, [("Public", ", ".join(METHODS))])
+        return answer(request, 200, [("Public", ", ".join(self._methods()))])
 
     def _describe(self, request):
         if not self._camera.serves(request.uri):
             return answer(request, 404)
-        headers = [("Content-Base", self._camera.uri() + "/"), ("Content-Type", "application/sdp")]
+        options = self._camera.options
+        if options.redirect and request.uri != self._camera.moved_uri():
+            return answer(request, 302, [("Location", self._camera.moved_uri())])
+        headers = [("Content-Type", "application/sdp")]
+        if options.stream_addresses == "based":
+            headers.append(("Content-Base", self._camera.stream_base()))
         return answer(request, 200, headers, self._camera.description)
 
     def _setup(self, request):
         stream = self._camera.stream_named(request.uri)
-        if stream is None:
-            return answer(request, 404)
         options = self._camera.options
+        if stream is None:
+            if options.stream_addresses == "appended":
+                self.close()
+            return answer(request, 404)
         transport = make_transport(request.header("Transport"), self._writer, options.transports,
-                                   options.udp_blocked)
+                                   options.channel and options.channel + 2 * stream, options.udp_blocked)
         if transport is None:
             return answer(request, 461)
         self._transports[stream] = transport
@@ -123,7 +134,7 @@ class Session:
         return answer(request, 200, [self._session_header()])
 
     def _session_header(self):
-        return "Session", f"{self._id};timeout=60"
+        return "Session", f"{self._id};timeout={self._camera.options.session_timeout}"
 
     def _deliver(self, packet):
         self.send(packet.stream, packet.is_rtcp, packet.data)

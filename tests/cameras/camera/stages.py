@@ -8,6 +8,7 @@ from .packets import goodbye
 
 SEED = 1
 PICTURES_PER_SECOND = 25
+PACKETS_BEFORE_WRAP = 40
 
 
 class Stage:
@@ -85,6 +86,25 @@ class Jump(Stage):
     def change(self, packet):
         ticks = round(self.misbehaviour.value * self.camera.streams[packet.stream].clock_rate)
         self.forward(packet.rewritten(timestamp=packet.timestamp + ticks))
+
+
+class Wrap(Stage):
+    """Renumbers each stream so that its timestamps wrap around at the time, and its sequence numbers
+    some packets after the first."""
+
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._offsets = {}
+
+    def accept(self, packet):
+        if packet.stream not in self._offsets and not packet.is_rtcp:
+            clock_rate = self.camera.streams[packet.stream].clock_rate
+            ahead = round((self.misbehaviour.time - packet.age) * clock_rate)
+            self._offsets[packet.stream] = -packet.sequence - PACKETS_BEFORE_WRAP, -packet.timestamp - ahead
+        if packet.stream in self._offsets:
+            sequence, timestamp = self._offsets[packet.stream]
+            self.forward(packet.rewritten(sequence=None if packet.is_rtcp else packet.sequence + sequence,
+                                          timestamp=packet.timestamp + timestamp))
 
 
 class NewSsrc(Stage):
@@ -189,7 +209,7 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
-_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "ssrc": NewSsrc,
+_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "wrap": Wrap, "ssrc": NewSsrc,
            "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
 
 

@@ -9,9 +9,9 @@ from .ports import udp_port_pair
 class InterleavedTransport:
     """Sends on two channels of the RTSP connection."""
 
-    def __init__(self, header, writer):
+    def __init__(self, header, writer, channel):
         match = re.search(r"interleaved=(\d+)(-\d+)?", header)
-        self._channel = int(match[1]) if match else 0
+        self._channel = channel if channel is not None else int(match[1]) if match else 0
         self._writer = writer
 
     def header(self):
@@ -27,12 +27,12 @@ class InterleavedTransport:
 class UdpTransport:
     """Sends from a pair of ports that the system picks to the client's pair."""
 
-    def __init__(self, header, writer, blocked=False):
+    def __init__(self, header, writer, blocked):
         rtp, rtcp = re.search(r"client_port=(\d+)-(\d+)", header).groups()
         self._client_ports = int(rtp), int(rtcp)
         self._address = writer.get_extra_info("peername")[0]
         self._blocked = blocked
-        self._sockets = udp_port_pair()
+        self._sockets = udp_port_pair(self._address)
 
     def header(self):
         ports = "-".join(str(sender.getsockname()[1]) for sender in self._sockets)
@@ -52,14 +52,14 @@ class UdpTransport:
             sender.close()
 
 
-def make_transport(header, writer, offered, udp_blocked):
+def make_transport(header, writer, offered, channel, udp_blocked):
     """The first transport of the client's list that the camera offers, or None."""
     for choice in header.split(","):
         if "multicast" in choice:
             continue
         if choice.startswith("RTP/AVP/TCP"):
             if "tcp" in offered:
-                return InterleavedTransport(choice, writer)
+                return InterleavedTransport(choice, writer, channel)
         elif choice.startswith("RTP/AVP") and "udp" in offered:
             return UdpTransport(choice, writer, udp_blocked)
     return None

@@ -7,6 +7,7 @@ from .case import row
 ODD_PASSWORD = "p@ss:w/rd?#% ü"
 ODD_LOGIN = "--user 'op er@tor' --password '" + ODD_PASSWORD + "'"
 LOGIN = "--user 'op er@tor' --password-file {password}"
+QUERY = "--path '/streams/main?channel=1&quality=high'"
 NOT_RECORDED = r"^the camera offers {1}: {0}, not recorded, "
 
 
@@ -55,6 +56,11 @@ CODECS = [
     row("mpeg4 into mov", "mpeg4 mulaw", "mov", "mpeg4 pcm_mulaw"),
     row("vp8 into mkv", "vp8 opus", "mkv", "vp8 opus"),
     row("mp4 takes no vp8", "vp8", "mp4", status=1, lines=error("mp4.*VP8|VP8.*mp4")),
+    row("vp9 into mkv", "vp9 aac", "mkv", "vp9 aac"),
+    row("vp9 into mp4", "vp9 aac", "mp4", "vp9 aac"),
+    row("mpeg2 into mkv", "mpeg2 mp2", "mkv", "mpeg2video mp2"),
+    row("60 frames a second, B-frames", "h264-60-fps aac", "mp4", "h264 aac", rate=60),
+    row("a key frame each 5 s", "h264-long-gop aac", "mp4", "h264 aac", seconds=6),
     row("aac one frame a packet, mkv", "h264 aac-single", "mkv", "h264 aac"),
     row("aac one frame a packet, mp4", "h264 aac-single", "mp4", "h264 aac"),
     row("aac latm into mkv", "h264 aac-latm", "mkv", "h264 aac"),
@@ -68,6 +74,12 @@ CODECS = [
     row("opus into mkv", "h264 opus", "mkv", "h264 opus"),
     row("opus into mp4", "h264 opus", "mp4", "h264 opus"),
     row("avi takes no opus", "h264 opus", "avi", "h264", lines=not_recorded("audio", "OPUS", "avi")),
+    row("l16 into mkv", "h264 l16", "mkv", "h264 pcm_s16be"),
+    row("l16 into mov", "h264 l16", "mov", "h264 pcm_s16be"),
+    row("g722 into mkv", "h264 g722", "mkv", "h264 adpcm_g722"),
+    row("mp3 into mp4", "h264 mp3", "mp4", "h264 mp3"),
+    row("mp3 into avi", "h264 mp3", "avi", "h264 mp3"),
+    row("speex has no parser", "h264 speex", "mkv", "h264", lines=not_recorded("audio", "SPEEX", "parser")),
     row("mp2 into mkv", "h264 mp2", "mkv", "h264 mp2"),
     row("mp2 into avi", "h264 mp2", "avi", "h264 mp2"),
     row("audio only: aac into mp4", "aac", "mp4", "aac"),
@@ -115,6 +127,11 @@ FAULTS = [
     row("video's clock 10 s back", "h264 aac --misbehave jump:-10@1.5/0", "mp4", "h264 aac", seconds=4),
     row("audio's clock 10 s back", "h264 aac --misbehave jump:-10@1.5/1", "mkv", "h264 aac", seconds=4),
     row("audio's clock 1 h on", "h264 aac --misbehave jump:3600@1.5/1", "mp4", "h264 aac", seconds=4),
+    row("clock wraps around, mp4", "h264-b-frames aac --misbehave wrap@2 --no-rtp-info", "mp4", "h264 aac", seconds=4),
+    row("clock wraps around over UDP", "h264 aac --transport udp --misbehave wrap@2 --no-rtp-info", "mkv", "h264 aac",
+        seconds=4),
+    row("clock wraps around, then a pause", "h264 aac --misbehave wrap@1.2 --misbehave pause:1@1.5 --no-rtp-info",
+        "mp4", "h264 aac", seconds=4),
     row("loss of 3 %, mp4", "h264 aac --transport udp --misbehave loss:3", "mp4", "h264 aac", seconds=4,
         whole=False, largest_step=0.6),
     row("loss of 3 %, mkv", "h264 aac --transport udp --misbehave loss:3", "mkv", "h264 aac", seconds=4,
@@ -155,6 +172,27 @@ FAULTS = [
     row("audio never arrives, mp4", "h264 aac --misbehave late@9999/1", "mp4", "h264"),
     row("video never arrives, mkv", "h264 aac --misbehave late@9999/0", "mkv", "aac"),
     row("nothing arrives", "h264 aac --misbehave late@9999", "mp4", status=1, lines=error("silent|send")),
+]
+
+SERVERS = [
+    row("base address with a query", f"h264 aac {QUERY}", "mp4", "h264 aac"),
+    row("no base address, appended", "h264 aac --stream-addresses appended", "mp4", "h264 aac"),
+    row("no base address, appended to a query", f"h264 aac --stream-addresses appended {QUERY}", "mp4", "h264 aac"),
+    row("no base address, appended, UDP", "h264 aac --stream-addresses appended --transport udp", "mkv", "h264 aac"),
+    row("no base address, resolved", "h264 aac --stream-addresses resolved", "mp4", "h264 aac"),
+    row("absolute addresses", "h264 aac --stream-addresses absolute", "mp4", "h264 aac"),
+    row("redirected", "h264 aac --redirect", "mp4", "h264 aac"),
+    row("IPv6", "h264 aac --host ::1", "mp4", "h264 aac"),
+    row("IPv6 over UDP", "h264 aac --host ::1 --transport udp", "mkv", "h264 aac"),
+    row("session kept alive", "h264 aac --session-timeout 6", "mp4", "h264 aac", seconds=14),
+    row("session kept alive over UDP", "h264 aac --session-timeout 6 --transport udp", "mp4", "h264 aac", seconds=14),
+    row("session kept alive without GET_PARAMETER", "h264 aac --session-timeout 6 --no-get-parameter", "mkv",
+        "h264 aac", seconds=14),
+    row("no sender reports, mp4", "h264 aac --no-sender-reports", "mp4", "h264 aac"),
+    row("no sender reports over UDP", "h264 aac --no-sender-reports --transport udp", "mkv", "h264 aac"),
+    row("channels of its own choice", "h264 aac --channel 6", "mp4", "h264 aac"),
+    row("a stream of metadata that sends nothing", "h264 aac --metadata", "mp4", "h264 aac",
+        lines=r"VND\.ONVIF\.METADATA.*not recorded"),
 ]
 
 CONNECTIONS = [
@@ -279,4 +317,4 @@ RECORDINGS = [
     row("no latency", "h264 aac", "mp4", "h264 aac", options="--latency 0"),
 ]
 
-CASES = [*CODECS, *FAULTS, *CONNECTIONS, *RECORDINGS]
+CASES = [*CODECS, *FAULTS, *SERVERS, *CONNECTIONS, *RECORDINGS]
