@@ -27,7 +27,14 @@ boost::intrusive_ptr<GstCaps> offered_rtp_caps(GstCaps *offered);
 // The encoding name of a stream. A camera need not give it for a static payload type.
 std::string encoding_name_of(GstCaps *rtp_caps);
 
-// Chooses the elements that relay a stream which an RTSP source offers for selection. Throws what
+// The union of the caps of an element factory's pad templates in one direction.
+boost::intrusive_ptr<GstCaps> template_caps(const std::string &factory, GstPadDirection direction);
+
+// The name of an installed depayloader that takes RTP caps; empty if there is none.
+std::string find_depayloader(const GstCaps *rtp_caps);
+
+// Chooses the elements that relay a stream which an RTSP source offers for selection: those of the
+// library's tables, else installed ones that fit its caps. Throws what
 // the library throws if an element is missing.
 Camera_Stream describe_stream(guint number, GstCaps *offered);
 

@@ -4,6 +4,8 @@
 
 #include <tavren/capture/media_helper.h>
 
+#include "camera/camera_streams.h"
+
 namespace kel::tavren::programs {
 
 using capture::Media_Helper;
@@ -30,23 +32,6 @@ Caps without_stream_fields(const Caps &caps) {
                                 nullptr);
   return plain;
 }
-
-}  // namespace
-
-Caps template_caps(const std::string &factory, GstPadDirection direction) {
-  const std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)> owned(
-      Media_Helper::gst_element_factory_find_or_throw(factory), gst_object_unref);
-  Caps all(gst_caps_new_empty(), false);
-  for (const GList *node = gst_element_factory_get_static_pad_templates(owned.get());
-       node != nullptr; node = node->next) {
-    auto *const pad = static_cast<GstStaticPadTemplate *>(node->data);
-    if (pad->direction != direction) continue;
-    all.reset(gst_caps_merge(all.detach(), gst_static_pad_template_get_caps(pad)), false);
-  }
-  return all;
-}
-
-namespace {
 
 bool is_mpeg1_audio(const GstStructure *structure) {
   int version = 0;

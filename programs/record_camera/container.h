@@ -37,9 +37,6 @@ boost::intrusive_ptr<GstCaps> complete_caps(const Container &container,
                                             const boost::intrusive_ptr<GstCaps> &caps,
                                             GstClockTime interval);
 
-// The union of the caps of an element factory's pad templates in one direction.
-boost::intrusive_ptr<GstCaps> template_caps(const std::string &factory, GstPadDirection direction);
-
 }  // namespace kel::tavren::programs
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "camera/frame_duration.h"
+
 namespace kel::tavren::programs {
 
 namespace {
@@ -16,21 +18,6 @@ std::optional<gint64> running_time(const GstSegment *segment, GstClockTime time)
   return sign * static_cast<gint64>(running);
 }
 
-// The duration of an AAC frame in ns; 0 for other media. Some depayloaders leave it out, and the
-// AVI muxer adds durations up.
-GstClockTime aac_frame_duration(const GstCaps *caps) {
-  constexpr guint64 samples_per_frame = 1024;
-  const GstStructure *const structure = gst_caps_get_structure(caps, 0);
-  int version = 0;
-  int rate = 0;
-  if (!gst_structure_has_name(structure, "audio/mpeg") ||
-      !gst_structure_get(structure, "mpegversion", G_TYPE_INT, &version, "rate", G_TYPE_INT, &rate,
-                         nullptr) ||
-      version == 1 || rate <= 0)
-    return 0;
-  return gst_util_uint64_scale(samples_per_frame, GST_SECOND, static_cast<guint64>(rate));
-}
-
 }  // namespace
 
 std::optional<Frame> Frame_Times::make_frame(GstSample *sample) {
@@ -40,8 +27,7 @@ std::optional<Frame> Frame_Times::make_frame(GstSample *sample) {
   frame.sample = sample;
   frame.arrival = g_get_real_time();
   frame.is_key = !GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT);
-  frame.duration = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer)
-                                                        : aac_frame_duration(frame.caps());
+  frame.duration = frame_duration(sample);
 
   auto pts = running_time(segment, GST_BUFFER_PTS(buffer));
   // A depayloader that finds several frames in a packet gives only the first one a time.

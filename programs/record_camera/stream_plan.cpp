@@ -51,14 +51,6 @@ std::string text_field(const GstCaps *caps, const char *field) {
   return text != nullptr ? text : "";
 }
 
-std::string find_depayloader(const GstCaps *rtp_caps) {
-  const Factories factories = installed(GST_ELEMENT_FACTORY_TYPE_DEPAYLOADER);
-  for (const GList *node = factories.get(); node != nullptr; node = node->next)
-    if (gst_element_factory_can_sink_all_caps(GST_ELEMENT_FACTORY(node->data), rtp_caps))
-      return factory_name(node->data);
-  return {};
-}
-
 //! [choose a depayloader]
 // Sets the depayloader or the obstacle.
 void choose_depayloader(Stream_Plan &plan, const GstCaps *rtp_caps) {

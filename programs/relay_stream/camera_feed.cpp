@@ -23,7 +23,10 @@ using Shared_Stream = std::shared_ptr<Relayed_Stream>;
 //
 // h264parse        repeats the parameter sets before each key frame. The payloader does that before
 //                  each slice of it, which splits the frame.
-// mpeg4videoparse  marks the key frames.
+// mpegvideoparse   marks the key frames.
+// mpeg4videoparse  as mpegvideoparse.
+// h265parse        as h264parse.
+// vp9parse         as mpegvideoparse.
 // aacparse         gives a time to all the frames of a packet. The depayloader does that for the
 //                  first.
 struct Parser {
@@ -34,7 +37,10 @@ struct Parser {
 
 constexpr Parser parsers[] = {
     {"rtph264depay", "h264parse", "video/x-h264, stream-format=byte-stream, alignment=au"},
+    {"rtph265depay", "h265parse", "video/x-h265, stream-format=byte-stream, alignment=au"},
+    {"rtpmpvdepay", "mpegvideoparse", "video/mpeg, systemstream=false, parsed=true"},
     {"rtpmp4vdepay", "mpeg4videoparse", "video/mpeg, mpegversion=4, parsed=true"},
+    {"rtpvp9depay", "vp9parse", "video/x-vp9, parsed=true"},
     {"rtpmp4gdepay", "aacparse", "audio/mpeg, framed=true"},
 };
 

@@ -145,8 +145,10 @@ guint Relay_Media::video_stream() const {
   return static_cast<guint>(video - streams_.begin());
 }
 
-// Makes each client that connects wait at the gate. Each has its own thread for that.
+// Makes each client that connects wait at the gate, if there is video. Each has its own thread for
+// that.
 void Relay_Media::admit_viewers() {
+  if (video_stream() == streams_.size()) return;
   client_handler_ =
       g_signal_connect_data(server_.get(), "client-connected", G_CALLBACK(on_client),
                             new Entrance{gate_, video_stream()}, drop_entrance, G_CONNECT_DEFAULT);

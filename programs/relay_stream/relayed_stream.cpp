@@ -5,6 +5,8 @@
 
 #include <gst/app/gstappsrc.h>
 
+#include "camera/frame_duration.h"
+
 namespace kel::tavren::programs {
 
 namespace {
@@ -14,6 +16,27 @@ constexpr guint64 largest_backlog = guint64{16} * 1024 * 1024;  // bytes
 
 bool is_key_frame(GstSample *frame) noexcept {
   return !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(frame), GST_BUFFER_FLAG_DELTA_UNIT);
+}
+
+bool is_audio(GstSample *frame) noexcept {
+  const GstStructure *const caps = gst_caps_get_structure(gst_sample_get_caps(frame), 0);
+  return g_str_has_prefix(gst_structure_get_name(caps), "audio/") != FALSE;
+}
+
+// Whether a frame has a time of its own that viewers can be given. Audio frames must not overlap,
+// as they may where the camera's clock jumps; pictures need not be in order.
+bool has_time(GstSample *frame, GstClockTime expected) noexcept {
+  const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame));
+  return GST_CLOCK_TIME_IS_VALID(time) &&
+         (!is_audio(frame) || time + frame_duration(frame) / 2 >= expected);
+}
+
+// The time of a next frame that has none. After a packet with several audio frames, it is the end
+// of the one before. Parts of a picture, which a parser splits if it has parameter sets in its
+// middle, have the same time.
+GstClockTime time_after(GstSample *frame) noexcept {
+  const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame));
+  return is_audio(frame) ? time + frame_duration(frame) : time;
 }
 
 // A copy of a sample whose buffer has a time.
@@ -44,12 +67,8 @@ void Relayed_Stream::take(boost::intrusive_ptr<GstSample> frame) noexcept {
     if (const auto viewers = gate()) viewers->open();
   const std::lock_guard lock(mutex_);
   last_arrival_ = g_get_monotonic_time();
-  // A parser splits a frame that has parameter sets in its middle. The parts have the same time.
-  if (const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame.get()));
-      GST_CLOCK_TIME_IS_VALID(time))
-    last_time_ = time;
-  else
-    frame = with_time(frame.get(), last_time_);
+  if (!has_time(frame.get(), next_time_)) frame = with_time(frame.get(), next_time_);
+  next_time_ = time_after(frame.get());
   if (is_key_frame(frame.get())) {
     key_frame_ = frame;
     waits_for_key_frame_ = false;

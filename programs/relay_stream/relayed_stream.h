@@ -53,7 +53,7 @@ private:
   std::shared_ptr<Key_Frame_Gate> gate_;
   bool waits_for_key_frame_ = true;
   guint largest_packet_ = 0;
-  GstClockTime last_time_ = 0;
+  GstClockTime next_time_ = 0;  // of a frame that has none
   gint64 last_arrival_ = 0;
 };
 

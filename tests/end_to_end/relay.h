@@ -9,8 +9,9 @@ namespace kel::tavren::tests {
 
 struct Relay : Child_Process {
   // The URI is empty if the relay does not begin to serve.
-  explicit Relay(const std::string &camera, const std::vector<std::string> &options = {})
-      : Child_Process(command(camera, options)), uri(first_line()) {}
+  explicit Relay(const std::string &camera, const std::vector<std::string> &options = {},
+                 const Environment &environment = {})
+      : Child_Process(command(camera, options), environment), uri(first_line()) {}
   static std::vector<std::string> command(const std::string &camera,
                                           const std::vector<std::string> &options) {
     return words({RELAY_STREAM, "--uri", camera}, options);

@@ -87,9 +87,23 @@ TEST(Relay_Stream, Leaves_Out_Metadata_And_Says_So) {
                                      "metadata is no media\n");
 }
 
+TEST(Relay_Stream, Relays_What_The_Registry_Has_Elements_For) {
+  const Camera camera({"--video", "vp8", "--audio", "opus"});
+  Relay relay(camera.uri);
+  EXPECT_TRUE(Viewer(relay.uri, "video").sees(50));
+  EXPECT_TRUE(Viewer(relay.uri, "audio", "udp").sees(50));
+  relay.send_signal(SIGTERM);
+  const Outcome outcome = relay.wait();
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out, relay.uri + "\n"
+                                     "RTP video VP8: rtpvp8depay -> rtpvp8pay\n"
+                                     "RTP audio OPUS: rtpopusdepay -> rtpopuspay\n");
+}
+
 TEST(Relay_Stream, Leaves_Out_What_No_Elements_Can_Relay) {
   const Camera camera({"--video", "vp8", "--audio", "mulaw"});
-  Relay relay(camera.uri, {"--duration", "1"});
+  Relay relay(camera.uri, {"--duration", "1"}, {{"GST_PLUGIN_FEATURE_RANK", "rtpvp8pay:NONE"}});
   const Outcome outcome = relay.wait();
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -174,7 +188,7 @@ void expect_refusal(const std::vector<std::string> &command, const std::string &
 }
 
 TEST(Relay_Stream, Refuses_A_Camera_With_Nothing_To_Relay) {
-  const Camera camera({"--video", "vp8", "--audio", "opus"});
+  const Camera camera({"--video", "none", "--audio", "none", "--metadata"});
   expect_refusal(Relay::command(camera.uri, {}),
                  "gst-resource-error-quark 3: none of the camera's streams can be relayed");
 }

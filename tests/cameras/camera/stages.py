@@ -209,8 +209,8 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
-_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "wrap": Wrap, "ssrc": NewSsrc,
-           "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
+_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "wrap": Wrap,
+           "ssrc": NewSsrc, "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
 
 
 def chain(camera, session, deliver):

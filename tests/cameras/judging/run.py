@@ -1,5 +1,6 @@
 """Runs one case in a folder: starts the camera, then the recorder, and judges what it left."""
 
+import contextlib
 import os
 import shlex
 import shutil
@@ -22,6 +23,7 @@ STARTING_TIME = 60  # s that a camera may take until it prints its address, on a
 class Programs:
     recorder: Path
     simulated_camera: Path
+    relay: Path
     cache: Path
     trusted: Certificates
     other: Certificates
@@ -32,17 +34,35 @@ def run_case(case, programs, folder):
     shutil.rmtree(folder, ignore_errors=True)
     recordings = folder / "recordings"
     recordings.mkdir(parents=True)
-    camera = CameraProcess(_camera_command(case, programs)) if case.camera else None
     try:
-        address = camera.next_line(STARTING_TIME) if camera else ""
-        outcome = _record(case, programs, folder, camera, address)
-        reasons = list(judge(case, outcome, recordings))
-        return reasons + _reasons_of_left_file(case, folder)
+        with contextlib.ExitStack() as processes:
+            camera, address = _start_camera(case, programs, processes)
+            outcome = _record(case, programs, folder, camera, address)
+            reasons = list(judge(case, outcome, recordings))
+            return reasons + _reasons_of_left_file(case, folder)
     except Exception as failure:  # a row's own fault must not end the others
         return [f"{type(failure).__name__}: {failure}"]
-    finally:
-        if camera:
-            camera.close()
+
+
+def _start_camera(case, programs, processes):
+    """The process that the recorder talks to, and its address."""
+    words = shlex.split(case.camera.replace("{certificate}", shlex.quote(str(programs.trusted.server))))
+    if not words:
+        return None, ""
+    relayed = words[0] == "relayed"
+    lifetime = str(int(case.longest()) + 15)
+    camera = _started(_camera_command(words[relayed:], programs, lifetime), processes)
+    address = camera.next_line(STARTING_TIME)
+    if not relayed:
+        return camera, address
+    relay = _started([str(programs.relay), "--uri", address, "--duration", lifetime], processes)
+    return relay, relay.next_line(STARTING_TIME)
+
+
+def _started(command, processes):
+    process = CameraProcess(command)
+    processes.callback(process.close)
+    return process
 
 
 def _reasons_of_left_file(case, folder):
@@ -55,15 +75,13 @@ def _reasons_of_left_file(case, folder):
     return []
 
 
-def _camera_command(case, programs):
-    words = shlex.split(case.camera.replace("{certificate}", shlex.quote(str(programs.trusted.server))))
-    lifetime = ["--lifetime", str(int(case.longest()) + 15)]
+def _camera_command(words, programs, lifetime):
     if words[0] == "simulated":
-        return [str(programs.simulated_camera), *words[1:], *lifetime]
-    cache = ["--cache", str(programs.cache)]
+        return [str(programs.simulated_camera), *words[1:], "--lifetime", lifetime]
+    options = ["--cache", str(programs.cache), "--lifetime", lifetime]
     if words[0] == "vlc":
-        return [*PYTHON, str(HERE / "vlc_camera"), *words[1:], *cache, *lifetime]
-    return [*PYTHON, str(HERE / "test_camera"), *words, *cache, *lifetime]
+        return [*PYTHON, str(HERE / "vlc_camera"), *words[1:], *options]
+    return [*PYTHON, str(HERE / "test_camera"), *words, *options]
 
 
 def _recorder_command(case, programs, folder, address):

@@ -317,4 +317,27 @@ RECORDINGS = [
     row("no latency", "h264 aac", "mp4", "h264 aac", options="--latency 0"),
 ]
 
-CASES = [*CODECS, *FAULTS, *SERVERS, *CONNECTIONS, *RECORDINGS]
+RELAYED = [
+    row("relayed h264 aac", "relayed h264 aac", "mp4", "h264 aac"),
+    row("relayed B-frames and slices", "relayed h264-b-slices aac", "mp4", "h264 aac"),
+    row("relayed h265 with B-frames", "relayed h265-b-frames alaw", "mkv", "hevc pcm_alaw"),
+    row("relayed h265 over UDP", "relayed h265 opus --transport udp", "mp4", "hevc opus"),
+    row("relayed jpeg and mulaw", "relayed mjpeg mulaw", "mkv", "mjpeg pcm_mulaw"),
+    row("relayed mpeg4 and mp2", "relayed mpeg4 mp2", "avi", "mpeg4 mp2"),
+    row("relayed vp8 and opus", "relayed vp8 opus", "mkv", "vp8 opus"),
+    row("relayed vp9", "relayed vp9", "mp4", "vp9"),
+    row("relayed aac latm", "relayed h264 aac-latm", "mp4", "h264 aac"),
+    row("relayed l16", "relayed h264 l16", "mkv", "h264 pcm_s16be"),
+    row("relayed audio only", "relayed aac", "mp4", "aac"),
+    row("relayed two videos", "relayed h264 h265 aac", "mkv", "h264 hevc aac"),
+    row("relayed parameter sets in SDP", "relayed h264-sets-in-sdp aac", "mp4", "h264 aac"),
+    row("relayed with a pause", "relayed h264 aac --misbehave pause:1@4", "mp4", "h264 aac", seconds=5),
+    row("relayed with a clock 10 s on", "relayed h264 aac --misbehave jump:10@4", "mp4", "h264 aac", seconds=5),
+    row("relayed with a clock 10 s back", "relayed h264 aac --misbehave jump:-10@4", "mkv", "h264 aac", seconds=5),
+    row("relayed with a clock that wraps around", "relayed h264 aac --misbehave wrap@4 --no-rtp-info", "mp4",
+        "h264 aac", seconds=5),
+    row("relayed with a new SSRC", "relayed h264 aac --misbehave ssrc@4", "mp4", "h264 aac", seconds=5,
+        whole=False, largest_step=1.2, tolerance=0.5),
+]
+
+CASES = [*CODECS, *FAULTS, *SERVERS, *CONNECTIONS, *RECORDINGS, *RELAYED]
