@@ -18,7 +18,8 @@ class StreamExpectation:
 class Case:
     """One row of the table.
 
-    camera        the arguments of test_camera, "simulated" or "vlc" with theirs, or "" for none;
+    camera        the arguments of test_camera, "simulated", "vlc" or "published" with theirs, or
+                  "" for none;
                   after "relayed", the recorder records what relay_stream makes of the camera
     to            the extension of the file recorded into
     files         what each file must hold: codecs, and how long it is if not `seconds`, as in

@@ -79,8 +79,8 @@ def _camera_command(words, programs, lifetime):
     if words[0] == "simulated":
         return [str(programs.simulated_camera), *words[1:], "--lifetime", lifetime]
     options = ["--cache", str(programs.cache), "--lifetime", lifetime]
-    if words[0] == "vlc":
-        return [*PYTHON, str(HERE / "vlc_camera"), *words[1:], *options]
+    if words[0] in ("vlc", "published"):
+        return [*PYTHON, str(HERE / f"{words[0]}_camera"), *words[1:], *options]
     return [*PYTHON, str(HERE / "test_camera"), *words, *options]
 
 

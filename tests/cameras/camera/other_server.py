@@ -1,0 +1,85 @@
+"""Runs a camera whose RTSP server is another project's program."""
+
+import argparse
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+from .contents import CONTENTS, default_cache
+from .ports import reserved_port
+
+STARTING_TIME = 30  # s
+
+
+def serve(description, start):
+    """Serves the contents named on the command line.
+
+    `start` is called with the arguments, a folder for files, a port, and a list that it adds the
+    processes to; it returns the camera's address."""
+    arguments = _parsed_arguments(description)
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, lambda *_: sys.exit(0))
+    folder = Path(tempfile.mkdtemp(prefix="camera-"))
+    processes = []
+    try:
+        reservation = reserved_port("127.0.0.1")
+        uri = start(arguments, folder, reservation.getsockname()[1], processes)
+        wait_until(lambda: _describes(uri), processes)
+        print(uri, flush=True)
+        processes[0].wait(arguments.lifetime)
+    except subprocess.TimeoutExpired:
+        pass
+    finally:
+        for process in processes:
+            process.kill()
+            process.wait()
+        shutil.rmtree(folder)
+
+
+def _parsed_arguments(description):
+    parser = argparse.ArgumentParser(description=description, epilog=f"contents: {', '.join(CONTENTS)}")
+    parser.add_argument("contents", nargs="*", default=["h264", "aac"], metavar="CONTENT",
+                        help="default: h264 aac")
+    parser.add_argument("--cache", type=Path, default=default_cache(), metavar="FOLDER",
+                        help="keeps the encoded contents")
+    parser.add_argument("--lifetime", type=int, default=60, metavar="SECONDS", help="default: 60")
+    return parser.parse_args()
+
+
+def started(command):
+    """A process that is killed with this one."""
+    return subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *command], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def wait_until(condition, processes):
+    deadline = time.monotonic() + STARTING_TIME
+    while not condition():
+        if any(process.poll() is not None for process in processes) or time.monotonic() > deadline:
+            sys.exit("the server does not serve")
+        time.sleep(0.1)
+
+
+def accepts_connections(port):
+    try:
+        socket.create_connection(("127.0.0.1", port), 2).close()
+        return True
+    except OSError:
+        return False
+
+
+def _describes(uri):
+    """True once the server answers DESCRIBE with a session."""
+    port = int(uri.split(":")[2].split("/")[0])
+    try:
+        with socket.create_connection(("127.0.0.1", port), 2) as connection:
+            connection.settimeout(2)
+            connection.sendall(f"DESCRIBE {uri} RTSP/1.0\r\nCSeq: 1\r\n\r\n".encode())
+            return b" 200 " in connection.recv(4096)
+    except OSError:
+        return False
