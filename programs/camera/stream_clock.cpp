@@ -14,9 +14,10 @@ using capture::Media_Helper;
 namespace {
 
 constexpr gint64 ns_per_us = 1000;
-// How far a step may differ from the time that has passed before it counts as a jump. Frames that
-// are shown in another order than they are sent step back by less.
+// How far a step may differ from the time that has passed before it counts as a jump.
 constexpr gint64 tolerance = GST_SECOND;
+// Frames that are shown in another order than they are sent step back by fewer steps than this.
+constexpr gint64 steps_back = 4;
 constexpr gint64 shortest_step = GST_MSECOND;
 constexpr gint64 window_length = 4 * G_TIME_SPAN_SECOND;  // us
 constexpr gint64 noticeable = 20 * GST_MSECOND;
@@ -148,7 +149,9 @@ gint64 Stream_Clock::correction(gint64 step) noexcept {
 gint64 Stream_Clock::step_to(guint32 timestamp, gint64 elapsed) noexcept {
   const auto ticks = static_cast<gint32>(timestamp - timestamp_);  // modulo 2^32
   const gint64 step = ticks * gint64{GST_SECOND} / rate_;
-  if (!restarted_ && step > -tolerance && step < elapsed + tolerance) {
+  const gint64 furthest_back =
+      usual_step_ != 0 ? std::min(tolerance, steps_back * usual_step_) : tolerance;
+  if (!restarted_ && step >= -furthest_back && step < elapsed + tolerance) {
     if (step > 0 && step < tolerance) usual_step_ = step;
     return step;
   }

@@ -7,6 +7,8 @@ KINDS = {
     "pause": "hold back all packets for VALUE seconds, then send them at once",
     "drop": "send nothing for VALUE seconds; those packets are lost",
     "jump": "move the RTP clock by VALUE seconds",
+    "drift": "let the RTP clock run VALUE per cent fast",
+    "wall-clock": "move the wall clock of sender reports by VALUE seconds",
     "wrap": "number packets and times so that both wrap around, the times at TIME",
     "ssrc": "go on with a new SSRC, sequence number and timestamp",
     "switch": "go on with the content named by --switch-to",
@@ -22,11 +24,11 @@ KINDS = {
     "garbage": "send VALUE random bytes on the connection",
     "gone": "drop all connections and refuse new ones for VALUE seconds",
 }
-NEED_VALUE = {"pause", "drop", "jump", "loss", "reorder", "duplicate", "garbage", "gone"}
-CONTINUOUS = {"wrap", "late", "loss", "reorder", "duplicate"}
+NEED_VALUE = {"pause", "drop", "jump", "drift", "wall-clock", "loss", "reorder", "duplicate", "garbage", "gone"}
+CONTINUOUS = {"drift", "wall-clock", "wrap", "late", "loss", "reorder", "duplicate"}
 OF_CONNECTION = {"close", "reset", "silent", "garbage", "gone"}
 
-_FORM = re.compile(r"(?P<kind>[a-z]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")
+_FORM = re.compile(r"(?P<kind>[a-z-]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")
 
 
 @dataclass

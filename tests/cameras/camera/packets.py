@@ -58,6 +58,15 @@ class Packet:
             struct.pack_into("!I", data, self._ssrc_offset, ssrc & 0xFFFFFFFF)
         return replace(self, data=bytes(data), stream=self.stream if stream is None else stream)
 
+    def with_wall_clock_moved(self, seconds):
+        """The packet, a sender report with another time."""
+        if not self.is_sender_report:
+            return self
+        data = bytearray(self.data)
+        time = struct.unpack_from("!I", data, 8)[0]
+        struct.pack_into("!I", data, 8, (time + seconds) & 0xFFFFFFFF)
+        return replace(self, data=bytes(data))
+
     def begins_h264_key_frame(self):
         """True for a packet with a sequence parameter set, which the encoder puts before each key frame."""
         unit, payload = self.data[12] & 0x1F, self.data[12:]

@@ -88,6 +88,27 @@ class Jump(Stage):
         self.forward(packet.rewritten(timestamp=packet.timestamp + ticks))
 
 
+class Drift(Stage):
+    """Lets a stream's clock run VALUE per cent fast."""
+
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._first = {}
+
+    def change(self, packet):
+        first = self._first.setdefault(packet.stream, packet.timestamp)
+        elapsed = (packet.timestamp - first + 0x80000000) % 0x100000000 - 0x80000000
+        self.forward(packet.rewritten(
+            timestamp=packet.timestamp + round(elapsed * self.misbehaviour.value / 100)))
+
+
+class WallClock(Stage):
+    """Moves the wall clock times in sender reports by VALUE seconds."""
+
+    def change(self, packet):
+        self.forward(packet.with_wall_clock_moved(round(self.misbehaviour.value)))
+
+
 class Wrap(Stage):
     """Renumbers each stream so that its timestamps wrap around at the time, and its sequence numbers
     some packets after the first."""
@@ -209,7 +230,7 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
-_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "wrap": Wrap,
+_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "drift": Drift, "wall-clock": WallClock, "wrap": Wrap,
            "ssrc": NewSsrc, "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
 
 
