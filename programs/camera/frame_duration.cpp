@@ -20,7 +20,7 @@ GstClockTime aac_frame_duration(const GstCaps *caps) noexcept {
 }  // namespace
 
 GstClockTime frame_duration(GstSample *frame) noexcept {
-  const GstBuffer *const buffer = gst_sample_get_buffer(frame);
+  GstBuffer *const buffer = gst_sample_get_buffer(frame);
   return GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer)
                                               : aac_frame_duration(gst_sample_get_caps(frame));
 }

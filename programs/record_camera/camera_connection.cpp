@@ -123,7 +123,7 @@ void Camera_Connection::accept_frame(const Camera_Event &event) {
     if (!recording_.has_begun()) absence_.reset();
   }
   recording_.add_frame(event.number, event.sample.get());
-  if (const auto gap = recording_.take_gap()) show_gap(*gap);
+  if (const auto gap = recording_.tally().take_gap()) show_gap(*gap);
   hooks_.frame_arrives(event.number, plans_[event.number], event.sample.get());
   if (recording_.all_ended() && !recording_.is_complete())
     end_session(read_error("nothing that the camera sends can be recorded"));
@@ -198,11 +198,11 @@ void Camera_Connection::check_session() {
 }
 
 void Camera_Connection::show_open_gap() {
-  const auto gap = recording_.open_gap();
+  const auto gap = recording_.tally().open_gap();
   if (gap && absence_) show_gap(*gap);
 }
 
-void Camera_Connection::show_gap(const Recording::Gap &gap) {
+void Camera_Connection::show_gap(const Recording_Tally::Gap &gap) {
   const auto length = static_cast<GstClockTime>((gap.to - gap.from) * GST_USECOND);
   display_.line("gap from " + in_utc(gap.from) + " to " + in_utc(gap.to) + " (" +
                 in_seconds(length) + "): " + absence_.value_or("the camera went away"));

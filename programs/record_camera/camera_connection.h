@@ -65,7 +65,7 @@ private:
   bool can_try_next_transport(const std::exception_ptr &failure) const;
   std::exception_ptr explain(const std::exception_ptr &failure) const;
   void check_session();
-  void show_gap(const Recording::Gap &gap);
+  void show_gap(const Recording_Tally::Gap &gap);
 
   GstElement *pipeline_;
   Camera_Options options_;

@@ -74,12 +74,12 @@ void Camera_Recorder::record() {
 void Camera_Recorder::report() {
   if (viewer_) display_.line("the viewer saw " + std::to_string(viewer_->pictures()) + " pictures");
   if (!recording_.has_begun()) return;
-  display_.line("recorded " + Media_Helper::gst_time_to_string(recording_.recorded()) + ": " +
-                recording_.summary());
+  display_.line("recorded " + Media_Helper::gst_time_to_string(recording_.tally().recorded()) +
+                ": " + recording_.tally().summary());
   const GstClockTime asked_for = options_.recording.duration;
-  if (ends_at_duration_ && recording_.recorded() + GST_SECOND < asked_for)
+  if (ends_at_duration_ && recording_.tally().recorded() + GST_SECOND < asked_for)
     display_.line("the camera sent nothing for the last " +
-                  in_seconds(asked_for - recording_.recorded()));
+                  in_seconds(asked_for - recording_.tally().recorded()));
 }
 
 template <typename Step>
@@ -212,10 +212,11 @@ void Camera_Recorder::show(guint number, const Stream_Plan &plan, GstSample *sam
 }
 
 void Camera_Recorder::show_progress() {
-  std::string line = "recording: " + in_seconds(recording_.recorded());
+  std::string line = "recording: " + in_seconds(recording_.tally().recorded());
   if (const GstClockTime duration = options_.recording.duration; duration != 0)
     line += " of " + in_seconds(duration) + ", " +
-            std::to_string(std::min<GstClockTime>(100, 100 * recording_.recorded() / duration)) +
+            std::to_string(
+                std::min<GstClockTime>(100, 100 * recording_.tally().recorded() / duration)) +
             " %";
   display_.progress(line + ", " + std::to_string(recording_.files().bytes()) + " bytes");
   if (!options_.verbose || now() - queues_shown_ < queue_interval) return;

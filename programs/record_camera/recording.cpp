@@ -8,7 +8,6 @@
 #include <tavren/handles/scope_exit_guard.h>
 
 #include "command_line/program.h"
-#include "command_line/time_text.h"
 
 namespace kel::tavren::programs {
 
@@ -17,17 +16,13 @@ using Caps = boost::intrusive_ptr<GstCaps>;
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 late_limit = 8 * seconds;        // for streams that do not begin with the others
-constexpr gint64 key_frame_limit = 30 * seconds;  // for the first key frame
-constexpr gint64 pause = 1 * seconds;             // of all streams
-constexpr gint64 audio_silence = 2 * seconds;     // of a stream while others send
-constexpr gint64 video_silence = 3 * seconds;
-constexpr gint64 rare_video_silence = 10 * seconds;
+constexpr gint64 late_limit = 8 * seconds;         // for streams that do not begin with the others
+constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
+constexpr gint64 pause = 1 * seconds;              // of all streams
 constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
 constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
 constexpr gint64 last_frame_limit = 4 * seconds;   // for a next frame when the time is over
 constexpr gint64 longest_waiting = gint64{60} * GST_SECOND;  // of frames for a file
-constexpr gint64 early_limit = 200 * GST_MSECOND;  // of a key frame before its file begins
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -52,7 +47,7 @@ void Recording::add_stream(guint number, const std::string &name, bool is_video)
   stream.number = number;
   stream.name = name;
   stream.is_video = is_video;
-  totals_[number].name = name;
+  tally_.add_stream(number, name);
 }
 
 void Recording::add_frame(guint number, GstSample *sample) {
@@ -92,7 +87,7 @@ void Recording::refuse(Stream &stream) {
   const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
   display_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
                 caps.get());
-  close(stream);
+  stream.close();
 }
 
 // The frames until the next key frame refer to pictures that have never arrived.
@@ -104,7 +99,7 @@ void Recording::restart_stream(guint number) {
   const bool is_leading = &stream == leading_stream();
   stream.is_over = stream.has_ended = false;
   stream.needs_key = true;
-  if (is_leading && stream.file != nullptr) leave_file(stream);
+  if (is_leading && stream.file != nullptr) stream.leave_file();
 }
 
 // Frames that wait for a file are still recorded.
@@ -114,21 +109,14 @@ void Recording::end_stream(guint number) {
   Stream &stream = found->second;
   stream.has_ended = true;
   route_all();
-  if (stream.waiting.empty()) close(stream);
+  if (stream.waiting.empty()) stream.close();
 }
 
 // All that was asked for of the stream is recorded.
 void Recording::complete(Stream &stream) {
-  close(stream);
+  stream.close();
   stream.is_complete = true;
   if (first_over_ == 0) first_over_ = now();
-}
-
-// Nothing more of the stream is recorded.
-void Recording::close(Stream &stream) {
-  if (stream.file != nullptr) leave_file(stream);
-  stream.is_over = true;
-  stream.waiting.clear();
 }
 
 // What waits for further streams is recorded without them.
@@ -141,7 +129,7 @@ void Recording::end_session() {
 
 void Recording::forget_session() noexcept {
   is_session_ending_ = false;
-  is_resuming_ = has_begun();
+  tally_.interrupt();
   streams_.clear();
   files_.end();
   first_arrival_ = last_arrival_ = longest_wait_ = 0;
@@ -167,10 +155,10 @@ void Recording::route_all() {
 bool Recording::route(Stream &stream) {
   bool moved = false;
   while (!stream.waiting.empty()) {
-    if (is_past_end(stream, stream.waiting.front())) complete(stream);
+    if (is_past_end(stream)) complete(stream);
     if (stream.is_over) return moved;
     if (stream.file != nullptr && begins_new_file(stream, stream.waiting.front()))
-      leave_file(stream);
+      stream.leave_file();
     if (stream.file == nullptr) {
       if (!open_file()) return moved;
       continue;  // the frames before the file's beginning are gone
@@ -178,11 +166,11 @@ bool Recording::route(Stream &stream) {
     const Frame &frame = stream.waiting.front();
     move_to_newest_file(stream, frame);
     if (stream.file == nullptr) continue;
-    if (!stream.needs_key || (frame.is_key && belongs_to(stream, frame, stream.file->start())))
+    if (!stream.needs_key || (frame.is_key && stream.belongs_to(frame, stream.file->start())))
       write(stream, frame);
     stream.waiting.pop_front();
     moved = true;
-    if (stream.has_ended && stream.waiting.empty()) close(stream);
+    if (stream.has_ended && stream.waiting.empty()) stream.close();
   }
   return moved;
 }
@@ -204,11 +192,6 @@ bool Recording::others_wait_for_file(const Stream &stream) const {
   });
 }
 
-void Recording::leave_file(Stream &stream) {
-  stream.file->end_track(stream.number);
-  stream.file = nullptr;
-}
-
 // Whether a stream that still sends has not left a file: it waits for its own key frame.
 bool Recording::is_in_use(const Media_File &file) const {
   return std::any_of(streams_.begin(), streams_.end(), [&file](const auto &entry) {
@@ -220,7 +203,7 @@ bool Recording::is_in_use(const Media_File &file) const {
 void Recording::leave_old_files() {
   for (Media_File *const old : files_.old_files()) {
     Media_File &newest = files_.newest();
-    if (end_ - newest.start() <= in_ns(straggler_limit) || is_in_use(*old)) continue;
+    if (tally_.end() - newest.start() <= in_ns(straggler_limit) || is_in_use(*old)) continue;
     for (auto &[number, stream] : streams_) {
       if (stream.file != old) continue;
       stream.file = newest.takes(number, stream.caps.get()) ? &newest : nullptr;
@@ -230,17 +213,11 @@ void Recording::leave_old_files() {
   }
 }
 
-// Whether a frame belongs into a file that begins at a time. The key frames of two cameras'
-// encoders are seldom taken at the same moment: a second video may begin a little before the first.
-bool Recording::belongs_to(const Stream &stream, const Frame &frame, gint64 start) {
-  return frame.pts >= start || (stream.is_video && frame.is_key && start - frame.pts < early_limit);
-}
-
 // A stream changes to the newest file with its first frame that belongs there.
 void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
   Media_File *const newest = &files_.newest();
-  if (stream.file == newest || !frame.is_key || !belongs_to(stream, frame, newest->start())) return;
-  stream.file->end_track(stream.number);
+  if (stream.file == newest || !frame.is_key || !stream.belongs_to(frame, newest->start())) return;
+  stream.leave_file();
   stream.file = newest->takes(stream.number, frame.caps()) ? newest : nullptr;
 }
 
@@ -249,21 +226,12 @@ void Recording::write(Stream &stream, const Frame &frame) {
   if (!stream.has_begun) stream.begin_dts = frame.dts;
   stream.has_begun = true;
   stream.file->write(stream.number, frame);
-  if (std::exchange(is_resuming_, false)) gap_ = Gap{last_recorded_, frame.arrival};
-  last_recorded_ = std::max(last_recorded_, frame.arrival);
-  last_written_ = now();
-  const GstClockTime length = frame.duration != 0 ? frame.duration : stream.times.interval();
-  totals_[stream.number].duration += length;
-  end_ = std::max(end_, frame.pts + static_cast<gint64>(length));
+  tally_.add(stream.number, frame, frame.duration != 0 ? frame.duration : stream.times.interval());
 }
 
-// Frames are counted in the order in which they are decoded: a frame that others refer to may be
-// shown later than they are.
-bool Recording::is_past_end(const Stream &stream, const Frame &frame) const {
-  if (options_.duration == 0 || !begin_) return false;
-  const gint64 delay = stream.has_begun ? 0 : frame.pts - frame.dts;
-  const gint64 begin = stream.has_begun ? std::min(stream.begin_dts, *begin_) : *begin_ - delay;
-  return frame.dts - begin >= static_cast<gint64>(options_.duration);
+bool Recording::is_past_end(const Stream &stream) const {
+  return options_.duration != 0 && has_begun() &&
+         stream.is_past_end(stream.waiting.front(), *tally_.begin(), options_.duration);
 }
 
 Recording::Stream *Recording::leading_stream() {
@@ -301,15 +269,12 @@ bool Recording::open_file() {
 
   const gint64 start = frames.front().pts;
   Media_File &file = files_.open(tracks_for_file(), start);
-  if (!begin_) {
-    begin_ = start;
-    begin_arrival_ = now();
-  }
+  tally_.begin(start);
   for (auto &[number, stream] : streams_) {
     if (stream.file != nullptr || !file.has_track(number)) continue;
     stream.file = &file;
     stream.needs_key = true;
-    while (!stream.waiting.empty() && !belongs_to(stream, stream.waiting.front(), start))
+    while (!stream.waiting.empty() && !stream.belongs_to(stream.waiting.front(), start))
       stream.waiting.pop_front();
   }
   return true;
@@ -341,19 +306,12 @@ void Recording::tick() {
 void Recording::end_stopped_streams() {
   for (auto &[number, stream] : streams_) {
     if (stream.is_quiet || stream.is_over || stream.last_arrival == 0 ||
-        last_arrival_ - std::max(stream.last_arrival, resumed_at_) < longest_silence(stream))
+        last_arrival_ - std::max(stream.last_arrival, resumed_at_) < stream.longest_silence())
       continue;
     stream.is_quiet = true;
-    if (stream.file != nullptr) leave_file(stream);
+    if (stream.file != nullptr) stream.leave_file();
     display_.line(stream.name + " has stopped; recording the other streams");
   }
-}
-
-// Video may have few frames. How few is not known before the second one.
-gint64 Recording::longest_silence(const Stream &stream) {
-  if (!stream.is_video) return audio_silence;
-  const auto interval = static_cast<gint64>(stream.times.interval() / GST_USECOND);
-  return interval != 0 ? video_silence : rare_video_silence;
 }
 
 bool Recording::handle(GstMessage *message) {
@@ -367,11 +325,12 @@ bool Recording::handle(GstMessage *message) {
 }
 
 bool Recording::is_complete() const {
-  if (options_.duration == 0 || !begin_) return false;
+  if (options_.duration == 0 || !has_begun()) return false;
   if (first_over_ != 0 && (all_ended() || now() - first_over_ > last_frames_limit)) return true;
   // Nothing need arrive at the end: a camera may send few frames, or be away.
-  return now() - std::max(last_arrival_, begin_arrival_) > last_frame_limit &&
-         in_ns(now() - begin_arrival_) > static_cast<gint64>(options_.duration);
+  const gint64 begin = tally_.begin_arrival();
+  return now() - std::max(last_arrival_, begin) > last_frame_limit &&
+         in_ns(now() - begin) > static_cast<gint64>(options_.duration);
 }
 
 bool Recording::all_ended() const {
@@ -382,23 +341,7 @@ bool Recording::all_ended() const {
 
 bool Recording::waits_for_key_frame() const {
   return files_.is_empty() && first_arrival_ != 0 &&
-         now() - std::max(first_arrival_, last_written_) > key_frame_limit;
-}
-
-GstClockTime Recording::recorded() const noexcept {
-  return begin_ && end_ > *begin_ ? static_cast<GstClockTime>(end_ - *begin_) : 0;
-}
-
-std::optional<Recording::Gap> Recording::open_gap() const {
-  if (!is_resuming_) return std::nullopt;
-  return Gap{last_recorded_, g_get_real_time()};
-}
-
-std::string Recording::summary() const {
-  std::string text;
-  for (const auto &[number, total] : totals_)
-    text += (text.empty() ? "" : ", ") + total.name + ' ' + in_seconds(total.duration);
-  return text;
+         now() - std::max(first_arrival_, tally_.last_written()) > key_frame_limit;
 }
 
 }  // namespace kel::tavren::programs
