@@ -118,7 +118,7 @@ def _stream_reasons(case, expectation, stream, name):
     if not stream.times:
         yield "no packets"
         return
-    yield from _time_reasons(stream, name)
+    yield from _time_reasons(stream, name, case.is_killed())
     seconds = stream.seconds()
     if case.is_killed():
         if seconds < expectation.seconds:
@@ -137,13 +137,16 @@ def _stream_reasons(case, expectation, stream, name):
         yield f"{len(stream.times)} frames in {seconds:.2f} s"
 
 
-def _time_reasons(stream, name):
+def _time_reasons(stream, name, killed):
+    # In a fragment, mp4mux leaves out the durations of audio frames behind the last two in a row.
+    may_repeat = killed and not stream.is_video and name.endswith((".mp4", ".mov"))
     untimed = stream.times.count(None)
     if untimed:
         yield f"{untimed} packets without a time"
-    if len(set(stream.times)) != len(stream.times):
+    if len(set(stream.times)) != len(stream.times) and not may_repeat:
         yield f"{len(stream.times) - len(set(stream.times))} packets with the time of another"
     if name.endswith((".mp4", ".mov")):
         times = stream.decode_times
-        if None in times or any(later <= earlier for earlier, later in zip(times, times[1:])):
+        if None in times or any(
+                later < earlier or (later == earlier and not may_repeat) for earlier, later in zip(times, times[1:])):
             yield "decode times do not increase"
