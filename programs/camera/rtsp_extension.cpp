@@ -115,17 +115,16 @@ GType register_type() {
   return type;
 }
 
-// rtspsrc looks for extensions once, when its class is initialised.
-void register_extension() {
+}  // namespace
+
+void register_rtsp_extension() {
   static const gboolean registered =
       gst_element_register(nullptr, "tavrenrtspextension", GST_RANK_MARGINAL, register_type());
   g_warn_if_fail(registered);
 }
 
-}  // namespace
-
 GstElement *add_rtsp_source(GstElement *bin, const char *name) {
-  register_extension();
+  register_rtsp_extension();
   newest_extension = nullptr;
   GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, name);
   if (newest_extension != nullptr)

@@ -7,8 +7,12 @@
 
 namespace kel::tavren::programs {
 
-// Adds an rtspsrc to a bin, which owns it, and sets its streams up by the addresses that most
-// cameras expect. Throws what the library throws if the element is missing.
+// Makes all RTSP sources set up streams by the addresses that most cameras expect; see
+// Stream_Addresses. Call it before the first source is created: rtspsrc looks for extensions once.
+void register_rtsp_extension();
+
+// Adds an rtspsrc with the extension to a bin, which owns it. Throws what the library throws if the
+// element is missing.
 GstElement *add_rtsp_source(GstElement *bin, const char *name);
 
 // Keeps the session of a source that add_rtsp_source() has created open. `pad` is a pad of its

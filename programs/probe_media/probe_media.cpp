@@ -6,6 +6,7 @@
 
 #include <tavren/capture/media_helper.h>
 
+#include "camera/rtsp_extension.h"
 #include "command_line/program.h"
 #include "media_table.h"
 
@@ -107,6 +108,7 @@ int main(int argc, char **argv) {
       run_program(argc, argv, "Shows what media files and streams hold.", options, [&] {
         if (sources.values().empty())
           throw std::invalid_argument("nothing to probe: name a URI or a file");
+        register_rtsp_extension();
         const std::string box = fit.value_or("");
         good = probe_all(sources.values(), parse_timeout(timeout),
                          box.empty() ? std::nullopt : std::optional(parse_box(box)));
