@@ -37,6 +37,11 @@ class Options:
     lifetime: int = 60
 
 
+def _without_scheme(uri):
+    """Clients ask for rtsp: addresses over TLS too."""
+    return re.sub(r"^rtsps?:", "", uri)
+
+
 class RtspCamera:
     def __init__(self, contents, cache, options, misbehaviours, switch_to=None):
         self.options = options
@@ -79,12 +84,13 @@ class RtspCamera:
         return self.uri() + "-moved"
 
     def serves(self, uri):
-        return uri.rstrip("/") in (self.uri(), self.moved_uri())
+        return _without_scheme(uri).rstrip("/") in map(_without_scheme, (self.uri(), self.moved_uri()))
 
     def stream_named(self, uri):
-        if uri == f"{self.stream_base()}metadata":
+        base, name = _without_scheme(self.stream_base()), _without_scheme(uri)
+        if name == f"{base}metadata":
             return self._count  # which never sends
-        match = re.fullmatch(re.escape(self.stream_base()) + r"stream=(\d+)", uri)
+        match = re.fullmatch(re.escape(base) + r"stream=(\d+)", name)
         if match and int(match[1]) < self._count:
             return int(match[1])
         return None
