@@ -1,4 +1,4 @@
-// Adds a branch to a tee that plays, takes a sample from it, and removes the branch again.
+// Adds a branch to a playing tee, pulls a sample from it, and removes the branch again.
 
 #include <future>
 #include <iostream>
@@ -10,7 +10,7 @@ using kel::tavren::capture::Media_Helper;
 
 namespace {
 
-// Runs while no buffer passes the pad, in most cases on a streaming thread.
+// Called while no buffer passes the pad, in most cases on a streaming thread.
 GstPadProbeReturn on_idle(GstPad *tee_pad, GstPadProbeInfo *, gpointer unlinked) noexcept {
   gst_pad_unlink(tee_pad, intrusive_ptr<GstPad>(gst_pad_get_peer(tee_pad), false).get());
   static_cast<std::promise<void> *>(unlinked)->set_value();

@@ -1,4 +1,4 @@
-// Handles errors by their codes: a bad argument, a missing plugin, a refused link.
+// Handles errors by code: a bad argument, a missing plugin, a refused link.
 
 #include <functional>
 #include <iostream>

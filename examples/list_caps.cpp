@@ -10,7 +10,7 @@ using kel::tavren::capture::Media_Helper;
 
 namespace {
 
-// The framework sorts from the sink to the source. The bin must not change meanwhile.
+// GStreamer sorts from the sink to the source. The bin must not change during the iteration.
 std::vector<intrusive_ptr<GstElement>> elements_of(GstBin *bin) {
   const std::unique_ptr<GstIterator, Emancipator<GstIterator>> iterator(
       gst_bin_iterate_sorted(bin));

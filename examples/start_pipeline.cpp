@@ -1,4 +1,4 @@
-// Builds and starts a pipeline. The step that fails throws an exception with a code and a text.
+// Builds and starts a pipeline. A step that fails throws an exception with a code and a message.
 
 #include <iostream>
 
@@ -27,7 +27,7 @@ int main(int argc, char **argv) {
         Media_Helper::create_and_add_element_to_pipeline("fakesink", pipeline.get(), "");
     Media_Helper::gst_element_link_many_or_throw(source, sink, nullptr);
 
-    // There is no such file, so the source refuses to start.
+    // The file does not exist, so the source refuses to start.
     g_object_set(source, "location", "/nonexistent/recording.mkv", nullptr);
     Media_Helper::gst_element_set_state_or_throw(pipeline.get(), GST_STATE_PLAYING, "starting");
   } catch (const Backend_Error<std::runtime_error> &error) {

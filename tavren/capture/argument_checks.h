@@ -1,7 +1,7 @@
-// Not installed: the checks of arguments, as the operations ask for them.
+// Not installed: the argument checks that the operations use.
 //
-// They are those of `Media_Helper`, with descriptions that are literals: a check that passes makes
-// no string, and costs no more than the framework's own test.
+// They are the same as those of `Media_Helper`, but take literals as descriptions: a check that
+// passes creates no string, and costs no more than GStreamer's type check.
 
 #ifndef TAVREN_CAPTURE_ARGUMENT_CHECKS_H
 #define TAVREN_CAPTURE_ARGUMENT_CHECKS_H
@@ -14,7 +14,7 @@
 
 namespace kel::tavren::capture {
 
-// Throws the description, followed by what is wrong.
+// Throws an error with the description, followed by what is wrong.
 [[noreturn]] void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
                                      const char *what);
 

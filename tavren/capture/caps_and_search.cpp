@@ -15,16 +15,16 @@ namespace {
 using Caps = boost::intrusive_ptr<GstCaps>;
 using Element = boost::intrusive_ptr<GstElement>;
 
-// Cuts to whole pixels. What does not fit saturates: converting it would be undefined.
+// Truncates to whole pixels. Saturates on overflow, because the conversion would be undefined.
 unsigned long long to_pixels(double length) {
   constexpr double limit = 18446744073709551616.0;  // 2^64
   return length < limit ? static_cast<unsigned long long>(length)
                         : std::numeric_limits<unsigned long long>::max();
 }
 
-// The caps by which a search judges an element; null when it has none.
+// Returns the caps with which a search compares; null if the element has none.
 Caps caps_of(GstElement *element) noexcept {
-  if (GST_IS_APP_SINK(element))  // GCOVR_EXCL_BR_LINE: asks for null and no class, seen before
+  if (GST_IS_APP_SINK(element))  // GCOVR_EXCL_BR_LINE: null or no class, excluded before
     return Caps(gst_app_sink_get_caps(GST_APP_SINK_CAST(element)), false);
 
   const boost::intrusive_ptr<GstPad> pad(gst_element_get_static_pad(element, "sink"), false);
@@ -34,8 +34,8 @@ Caps caps_of(GstElement *element) noexcept {
               false);
 }
 
-// Puts the first element of a bin for which Compare answers 0 into the result, with a reference.
-// GLib's comparison takes untyped pointers; the trampoline is of that very type.
+// Stores the first element of a bin for which Compare returns 0 in the result, with a reference.
+// GLib's comparison takes untyped pointers; the trampoline has exactly that type.
 template <auto Compare, typename Wanted>
 bool find_in_bin(GstBin *bin, Wanted &wanted, GValue &result) {
   const GCompareFunc trampoline = [](gconstpointer item, gconstpointer data) {
@@ -143,7 +143,7 @@ GstElement *Media_Helper::find_element_with_caps_and_type(GstBin *bin,
   FindElementCapsTypeHelper wanted{element_type, caps};
   GValue result = G_VALUE_INIT;
   if (!find_in_bin<caps_compare_func>(bin, wanted, result)) return nullptr;
-  // The value is not unset: its reference is the caller's.
+  // The value is not unset: the caller takes its reference.
   return GST_ELEMENT_CAST(g_value_get_object(&result));
 }
 

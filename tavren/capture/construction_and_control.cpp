@@ -13,10 +13,10 @@ bool has_parent(GstElement *element) {
   return true;
 }
 
-// Adds a checked element to a checked bin. Allocates nothing before the bin has decided, so that an
-// element just made, which nobody owns, cannot be lost to a failed allocation.
+// Adds a checked element to a checked bin. Does not allocate before gst_bin_add() returns: if an
+// allocation failed, a new element that has no owner yet would be leaked.
 void add_to_bin(GstBin *bin, GstElement *element) {
-  // A bin that refuses a floating element sinks and drops it, all before it answers false.
+  // A bin that refuses a floating element sinks and unrefs it before it returns FALSE.
   const boost::intrusive_ptr<GstElement> held(element);
   const bool was_floating = g_object_is_floating(element) != FALSE;
   if (gst_bin_add(bin, element)) return;
@@ -71,7 +71,7 @@ void Media_Helper::gst_bin_add_or_throw(GstBin *bin, GstElement *element) {
 GstElement *Media_Helper::create_and_add_element_to_bin(const std::string &factory_name,
                                                         GstElement *bin,
                                                         const std::string &element_name) {
-  // Called as a function: the cast macros warn about a wrong type only in some builds.
+  // The function is called directly, because the cast macros check the type only in some builds.
   GstBin *const checked_bin = reinterpret_cast<GstBin *>(
       g_type_check_instance_cast(reinterpret_cast<GTypeInstance *>(bin), GST_TYPE_BIN));
   check_bin(checked_bin, "bin in create_and_add_element_to_bin");

@@ -15,7 +15,7 @@ namespace kel::tavren::capture {
 
 namespace {
 
-// A stream whose numbers look the same wherever the process runs, and that loses no text.
+// A stream that formats numbers independently of the locale, and throws if an allocation fails.
 class Classic_Stream : public std::ostringstream {
 public:
   Classic_Stream() {
@@ -24,14 +24,14 @@ public:
   }
 };
 
-// Room for a level of any integer type: g_object_get writes as many bytes as the property's type
-// has, 4 for a queue.
+// Storage for a level of any integer type: g_object_get() writes as many bytes as the property's
+// type has, 4 for a queue.
 class Level {
 public:
   void *address() noexcept { return words_.data(); }
 
   guint64 value() const noexcept {
-    // A type of 4 bytes has filled the first word, whatever the byte order.
+    // A type of 4 bytes fills only the first word, in either byte order.
     if (words_[1] == 0) return words_[0];
     guint64 value = 0;
     std::memcpy(&value, words_.data(), sizeof value);
@@ -92,8 +92,8 @@ std::string Media_Helper::gst_enum_message(GstPadLinkReturn result) {
   return text_or(table, result, "Unknown GstPadLinkReturn value");
 }
 
-// The paused state has no row, and the ready state speaks of the paused one: logs are searched for
-// these texts as they are.
+// PAUSED has no row, and the text for READY mentions PAUSED. Both are kept because users search
+// their logs for these texts.
 std::string Media_Helper::gst_enum_message(GstState state) {
   const auto table = make_text_table<GstState>({
       {GST_STATE_VOID_PENDING, "GST_STATE_VOID_PENDING: no pending state"},

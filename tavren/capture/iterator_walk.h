@@ -1,4 +1,4 @@
-// Not installed: how the sources here walk iterators with C++ code.
+// Not installed: iterates over GStreamer objects with C++ code.
 
 #ifndef TAVREN_CAPTURE_ITERATOR_WALK_H
 #define TAVREN_CAPTURE_ITERATOR_WALK_H
@@ -12,14 +12,14 @@
 
 namespace kel::tavren::capture {
 
-// An iterator with its only owner.
+// An iterator with a single owner.
 using Iterator = std::unique_ptr<GstIterator, Emancipator<GstIterator>>;
 
-// Calls visit(GObject *) for each object of an iterator, until the end or until what is walked
-// changes; the rest is then left out. The object is borrowed. A null iterator shows nothing.
+// Calls visit(GObject *) for each object of an iterator, until the end or until the list changes;
+// the remaining objects are then omitted. The object is borrowed. A null iterator is empty.
 //
-// The framework's walk keeps a reference on its C stack, so an exception of visit may not cross it:
-// it is kept, what is left is passed over, and it goes on once the framework has returned.
+// gst_iterator_foreach() holds a reference on its C stack, so an exception of visit must not cross
+// it: the exception is stored, the remaining objects are skipped, and it is rethrown afterwards.
 template <typename Visit>
 void for_each_object(GstIterator *iterator, Visit visit) {
   if (iterator == nullptr) return;

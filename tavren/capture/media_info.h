@@ -1,5 +1,5 @@
 /// @file
-/// What a media file or stream holds.
+/// The contents of a media file or stream.
 
 #ifndef TAVREN_CAPTURE_MEDIA_INFO_H
 #define TAVREN_CAPTURE_MEDIA_INFO_H
@@ -11,14 +11,14 @@
 
 namespace kel::tavren::capture {
 
-/// What `Media_Helper::get_media_info` found at a URI; owns all that it holds.
+/// The result of `Media_Helper::get_media_info`; owns its contents.
 ///
-/// A plain record: reading it from several threads is safe, changing it is not.
+/// A plain struct: reading it from several threads is safe, changing it is not.
 /// @ingroup media_discovery
 struct Media_Info {
   /// The URI that was probed.
   std::string uri;
-  /// The duration of the whole in ns; `GST_CLOCK_TIME_NONE` when it is not known.
+  /// The total duration in ns; `GST_CLOCK_TIME_NONE` if it is not known.
   GstClockTime duration = 0;
   /// The caps of each video stream that has caps, in stream order; one reference each.
   std::vector<boost::intrusive_ptr<GstCaps>> video_caps;

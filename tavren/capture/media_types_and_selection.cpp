@@ -11,9 +11,9 @@ namespace {
 
 using Caps = boost::intrusive_ptr<GstCaps>;
 
-// The file name from its last dot on, dot included; a leading-dot name is all extension. Boost's
-// own extension() says otherwise for such names in newer versions, and in older ones ends the
-// process when memory runs out. The names "." and ".." give ".", which no table knows either.
+// Returns the file name from its last dot on, including the dot. A name with a leading dot is all
+// extension. Boost's extension() differs for such names in newer versions, and terminates the
+// process when memory is exhausted in older ones. "." and ".." return ".", which is in no table.
 std::string extension_of(const std::string &filename) {
   const boost::filesystem::path path(filename);
   const boost::filesystem::path::string_type &whole = path.native();
@@ -28,7 +28,7 @@ std::string extension_of(const std::string &filename) {
   return boost::filesystem::path(name.substr(dot)).string();
 }
 
-// Visits the caps of every stream that has them; each caps goes to its list with its reference.
+// Appends the caps of every stream that has caps, with a reference each.
 void collect_stream_caps(GList *streams, std::vector<Caps> &stream_caps) {
   for (const GList *node = streams; node != nullptr; node = node->next) {
     Caps caps(gst_discoverer_stream_info_get_caps(GST_DISCOVERER_STREAM_INFO(node->data)), false);
@@ -64,7 +64,7 @@ MediaType Media_Helper::get_media_type(GstCaps *caps) {
 
   for (const auto &[template_caps, type] : templates) {
     if (!gst_caps_is_subset(caps, template_caps.get())) continue;
-    // GCOVR_EXCL_BR_START: comparing cannot throw
+    // GCOVR_EXCL_BR_START: the comparison cannot throw
     if (type == RTP && get_encoding_name_from_caps(caps) == "VND.ONVIF.METADATA")
       return RTP_METADATA;
     // GCOVR_EXCL_BR_STOP
@@ -180,10 +180,10 @@ std::pair<std::string, std::string> Media_Helper::select_proxy_elements(const Gs
       {"rtpmp4adepay", "rtpmp4apay"},
       {"rtpmp4vdepay", "rtpmp4vpay"},
       {"rtpmp4gdepay", "rtpmp4gpay"},
-  };  // GCOVR_EXCL_BR_LINE: none is so long that it allocates, so none throws
+  };  // GCOVR_EXCL_BR_LINE: the strings are too short to allocate, so none throws
   // clang-format on
   for (auto &candidate : candidates) {
-    // The reference stays taken: the registry keeps its factories as long as the process lives.
+    // The reference is kept: the registry's factories live as long as the process.
     GstElementFactory *const depayloader = gst_element_factory_find_or_throw(candidate.first);
     if (gst_element_factory_can_sink_all_caps(depayloader, caps)) return std::move(candidate);
   }

@@ -1,4 +1,4 @@
-// Not installed: how the sources here name objects and fill messages.
+// Not installed: names of objects, and formatting of messages.
 
 #ifndef TAVREN_CAPTURE_MESSAGE_TEXT_H
 #define TAVREN_CAPTURE_MESSAGE_TEXT_H
@@ -15,23 +15,24 @@
 
 namespace kel::tavren::capture {
 
-// What every throw site throws, but for the one logic error.
+// The type of all exceptions except the logic error.
 using Error = Backend_Error<std::runtime_error>;
 
-// Text that GLib handed out as a copy; may be null.
+// A string that GLib returned as a copy; may be null.
 using Text = std::unique_ptr<char, Emancipator<char>>;
 
 Text object_name(gpointer object) noexcept;
 
-// The factory's metadata under the key "name", which is not the key of the long name: standard
-// factories have none. Null then, and for an element without a factory. Borrowed from the factory.
+// Returns the factory's metadata under the key "name", borrowed from the factory. It is not the
+// long name, and standard factories do not set it. Null if it is not set or the element has no
+// factory.
 const char *factory_name(GstElement *element) noexcept;
 
-// A manipulator that lets a failed allocation out of a stream, which would keep it for itself and
-// go on with part of the text missing.
+// A manipulator that makes a stream rethrow failed allocations. By default, a stream swallows them
+// and omits part of the text.
 std::ios &rethrow_failures(std::ios &stream);
 
-// Fills the %s of a format; a null becomes empty text.
+// Replaces each %s of a format. A null is replaced by an empty string.
 std::string fill(const char *format, std::initializer_list<const char *> values);
 
 }  // namespace kel::tavren::capture

@@ -1,4 +1,4 @@
-// Not installed: how the sources here write tables from keys to texts.
+// Not installed: tables that map keys to strings.
 
 #ifndef TAVREN_CAPTURE_TEXT_TABLE_H
 #define TAVREN_CAPTURE_TEXT_TABLE_H
@@ -15,8 +15,8 @@ struct Text_Row {
   const char *text;
 };
 
-// The rows as an ordered map. Each text is made where it stays: none is copied. A row that follows
-// the one before in order is compared with that one only.
+// Returns the rows as an ordered map. The strings are constructed in place, not copied. A row that
+// is in order is compared only with the previous row.
 template <typename Key, std::size_t Size>
 std::map<Key, std::string> make_text_table(const Text_Row<Key> (&rows)[Size]) {
   std::map<Key, std::string> table;
@@ -25,7 +25,7 @@ std::map<Key, std::string> make_text_table(const Text_Row<Key> (&rows)[Size]) {
   return table;
 }
 
-// The text of a key, or the fallback when the key has none.
+// Returns the text of a key, or the fallback if the key is not in the table.
 template <typename Key>
 std::string text_or(const std::map<Key, std::string> &table, Key key, const char *fallback) {
   const auto row = table.find(key);

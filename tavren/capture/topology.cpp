@@ -12,7 +12,7 @@ namespace {
 using Element = boost::intrusive_ptr<GstElement>;
 using Pad = boost::intrusive_ptr<GstPad>;
 
-// Takes over a reference that a call returned.
+// Adopts a reference that a call returned.
 Element adopt(GstElement *element) noexcept {
   return Element(element, false);
 }
@@ -81,7 +81,7 @@ void Media_Helper::link_pad_to_element_or_throw(GstPad *src_pad, GstElement *ele
 
 void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement *second, ...) {
   std::vector<GstElement *> elements{first, second};
-  // A null second element ends the list: behind it there is nothing to read.
+  // A null second element ends the list: no arguments follow it.
   if (second != nullptr) {
     // Counted first, so that nothing can throw between va_start and va_end.
     std::size_t further = 0;
@@ -100,8 +100,8 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
 
   check_element(elements[0], "element 1 in gst_element_link_many_or_throw");
   for (std::size_t i = 1; i < elements.size(); ++i) {
-    // The description is made only for an element that needs one.
-    if (!GST_IS_ELEMENT(elements[i]))  // GCOVR_EXCL_BR_LINE: the framework's check cannot throw
+    // The description is created only for a bad element, because it allocates.
+    if (!GST_IS_ELEMENT(elements[i]))  // GCOVR_EXCL_BR_LINE: GStreamer's check cannot throw
       check_element(elements[i],
                     "element " + std::to_string(i + 1) + " in gst_element_link_many_or_throw");
     if (!gst_element_link(elements[i - 1], elements[i]))
@@ -185,7 +185,7 @@ std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstEleme
                                                    name.empty() ? nullptr : name.c_str(), caps);
   if (sink_pad == nullptr)
     throw Error(TEC::MULTIQUEUE_SINK_PAD_REQUEST_FAILED, "Error getting requested sink pad");
-  // From here on the stream is the caller's to clean up, also when its partner is not found.
+  // From here on the caller must clean up the stream, even if its partner is not found.
   return {sink_pad, get_corresponding_multiqueue_pad(sink_pad)};
 }
 

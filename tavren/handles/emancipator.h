@@ -1,5 +1,5 @@
 /// @file
-/// The deleter for what GLib and the framework hand out once and do not count.
+/// The deleter for strings and iterators from GLib and GStreamer, which are not reference-counted.
 
 #ifndef TAVREN_HANDLES_EMANCIPATOR_H
 #define TAVREN_HANDLES_EMANCIPATOR_H
@@ -10,20 +10,19 @@
 
 namespace kel::tavren {
 
-/// Frees a @p T; the stateless deleter of a single-owner holder such as
-/// `std::unique_ptr<char, Emancipator<char>>`.
+/// Frees a @p T. Use it as the stateless deleter of `std::unique_ptr<char, Emancipator<char>>`.
 ///
-/// @tparam T `char` or `GstIterator`: there are no others.
+/// @tparam T `char` or `GstIterator`; other types are not supported.
 /// @ingroup handles
 template <typename T>
 struct Emancipator;
 
-/// Frees text that GLib returned as a new copy, such as the result of `gst_object_get_name`.
+/// Frees strings that GLib returned as a copy, such as the result of `gst_object_get_name`.
 /// @ingroup handles
 template <>
 struct Emancipator<char> {
-  /// Frees the text with `g_free`.
-  /// @param text (transfer full) (nullable) the text. Does not throw. Any thread.
+  /// Frees the string with `g_free`.
+  /// @param text (transfer full) (nullable) the string. Does not throw. Any thread.
   TAVREN_CAPTURE_EXPORT void operator()(char *text) const noexcept;
 };
 

@@ -1,6 +1,6 @@
 #include <tavren/handles/reference_adapters.h>
 
-// A table, one row a line.
+// Formatted as a table, one row per line.
 // clang-format off
 
 void intrusive_ptr_add_ref(GstSample *sample) noexcept { gst_mini_object_ref(GST_MINI_OBJECT_CAST(sample)); }

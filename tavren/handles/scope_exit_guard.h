@@ -1,5 +1,5 @@
 /// @file
-/// The guard that gives back, when a scope is left, what no handle can hold.
+/// The guard that releases, at the end of a scope, resources that have no handle.
 
 #ifndef TAVREN_HANDLES_SCOPE_EXIT_GUARD_H
 #define TAVREN_HANDLES_SCOPE_EXIT_GUARD_H
@@ -10,25 +10,24 @@
 
 namespace kel::tavren {
 
-/// Runs one clean-up action when its scope is left, by a return or by a throw.
+/// Runs a clean-up action when its scope exits, by a return or by an exception.
 ///
-/// A guard that was never armed does nothing. An exception that leaves the action ends the program.
-/// Declare it, then `arm` it; never copy an armed one, or the action runs twice. One thread at a
-/// time.
+/// A guard that was never armed does nothing. An exception that leaves the action terminates the
+/// program. Declare the guard, then `arm` it. Never copy an armed guard: the action would run
+/// twice. One thread at a time.
 /// @ingroup handles
 using Scope_Exit_Guard = boost::scope_exit::aux::guard<void>;
 
-/// Gives a guard its action.
+/// Sets the action of a guard.
 ///
-/// The guard keeps the action in place, without allocating, while it is no larger than three
-/// pointers. A larger one would allocate, and a failed allocation would throw before the guard is
-/// armed and so lose what it was to release: it is refused when compiling. Capture few variables,
-/// by reference.
+/// The guard stores an action of up to three pointers in place, without allocating. A larger action
+/// would require an allocation; if it failed, it would throw before the guard is armed and leak the
+/// resource. Larger actions therefore do not compile. Capture few variables, by reference.
 ///
-/// @tparam Action the type of a lambda, or of what else is called with nothing.
-/// @param guard the guard, in the scope whose end is to run the action.
-/// @param action what to run; takes nothing, and must not throw. Does not throw. Any thread, while
-/// no other uses the guard.
+/// @tparam Action the type of a lambda or of another callable without arguments.
+/// @param guard the guard, in the scope at whose end the action runs.
+/// @param action the action, which takes no arguments and must not throw. Does not throw.
+/// Any thread, as long as no other thread uses the guard.
 /// @ingroup handles
 template <typename Action>
 void arm(Scope_Exit_Guard &guard, Action action) noexcept {

@@ -1,4 +1,4 @@
-"""Builds the library with a change in it and lets the test programs judge it."""
+"""Builds the library with a change and runs the test programs against it."""
 
 import os
 import resource
@@ -12,12 +12,12 @@ from pathlib import Path
 
 PRECOMPILED = Path(__file__).resolve().parent / 'precompiled.cmake'
 
-# What stops a program that a change has sent into a loop, in time and in memory.
+# Limits on time (s) and memory for programs that a change has sent into an endless loop.
 SHORTEST_TIME_LIMIT = 20
 MEMORY_LIMIT = 8 << 30
 
-# The plain builds are quick. What gets past them is built again as the sanitizers' preset has it,
-# for lost memory is seen by nothing else.
+# The plain builds are fast. Changes that survive them are built again with the preset of the
+# sanitizers, because nothing else detects leaks.
 PLAIN = 'plain'
 SANITIZED = 'sanitized'
 SETTINGS = {
@@ -33,7 +33,7 @@ class Failed(Exception):
 def environment(kind, source):
     variables = dict(os.environ, G_SLICE='always-malloc')
     if kind == PLAIN:
-        # Freed and fresh memory is filled: reading it does not go well by chance.
+        # Fills freed and uninitialised memory, so that reads of it do not succeed by chance.
         variables['MALLOC_PERTURB_'] = '165'
     else:
         variables['ASAN_OPTIONS'] = 'detect_leaks=1:fast_unwind_on_malloc=0'
@@ -42,8 +42,8 @@ def environment(kind, source):
 
 
 def copy_project(project, copy):
-    """The files that git knows or would add. Equal ones stay untouched, so that only what differs
-    is built again."""
+    """Copies tracked and untracked files, but not ignored ones. Identical files are not touched, so
+    that only changed files are rebuilt."""
     listed = subprocess.run(['git', 'ls-files', '-z', '--cached', '--others', '--exclude-standard'],
                             cwd=project, check=True, capture_output=True, text=True).stdout
     names = {name for name in listed.split('\0') if name and (project / name).is_file()}
@@ -59,7 +59,7 @@ def copy_project(project, copy):
 
 
 class Build:
-    """A build directory of a copied tree."""
+    """A build directory of a copy of the project."""
 
     def __init__(self, source, kind):
         self.source = source
@@ -87,8 +87,8 @@ class Build:
                                   stdout=log, stderr=log).returncode == 0
 
     def programs(self):
-        """The unit tests' programs, wherever they lie; not what takes the library from its users'
-        side."""
+        """Returns the unit test programs in all directories, but not the tests of the installed
+        library and of the programs."""
         tests = self.directory / 'tests'
         return sorted(str(path.relative_to(self.directory)) for path in tests.rglob('*_test')
                       if path.is_file() and os.access(path, os.X_OK)
@@ -96,11 +96,11 @@ class Build:
 
 
 def run(program, environment, time_limit):
-    """Whether a test program passes; bounded in time and memory, together with all it starts."""
+    """Returns whether a test program passes, with limits for it and its child processes."""
 
     def limit():
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-        if 'ASAN_OPTIONS' not in environment:  # whose shadow takes terabytes of addresses
+        if 'ASAN_OPTIONS' not in environment:  # its shadow memory reserves terabytes of addresses
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
 
     process = subprocess.Popen([str(program), '--gtest_brief=1', '--gtest_fail_fast'],
@@ -120,7 +120,7 @@ def run(program, environment, time_limit):
 
 
 class Tests:
-    """The test programs, built once against the library as it stands."""
+    """The test programs, built once against the unchanged library."""
 
     def __init__(self, project, directory, kind, jobs):
         source = directory / 'unchanged' / 'source'
@@ -149,7 +149,7 @@ class Verdict:
 
 
 class Worker:
-    """A tree of its own, in which one file at a time is changed."""
+    """A separate copy of the project, in which one file at a time is changed."""
 
     def __init__(self, project, directory, number, tests):
         self.source = directory / f'worker-{number}' / 'source'
@@ -178,8 +178,8 @@ class Worker:
     def judge_build(self, kind, mutant):
         if not self.builds[kind].make('tavren_capture'):
             return 'not viable', ''
-        # Another number changes nothing in how programs and library fit together: the programs as
-        # they are can judge it, before they are built with it.
+        # A changed number does not change the binary interface: the existing programs can test it
+        # before they are rebuilt with it.
         by = ''
         if not mutant.source.is_public_header or mutant.operator == 'change-number':
             by = self.killer(kind, mutant, rebuilt=False)
@@ -188,7 +188,7 @@ class Worker:
         return ('killed' if by else 'survived'), by
 
     def killer(self, kind, mutant, rebuilt):
-        """The first program that notices; empty when none does."""
+        """Returns the first program that fails; empty if none does."""
         build, tests = self.builds[kind], self.tests[kind]
         directory = build.directory if rebuilt else tests.build.directory
         library_here = dict(build.environment, LD_LIBRARY_PATH=str(build.directory))
@@ -204,12 +204,12 @@ class Worker:
         return ''
 
     def likely_killers_first(self, mutant, tests):
-        """Those that have killed the most changes of the same file, then the quickest."""
+        """Sorts by the number of killed changes of the same file, then by duration."""
         return sorted(tests.seconds, key=lambda program: (
             -self.kills[mutant.source.path, program], tests.seconds[program]))
 
     def check_loaded_library(self):
-        """The programs must load the library built here, not the one that they were built with."""
+        """Checks that the programs load the library built here, not the one they were built with."""
         for kind, build in self.builds.items():
             if not build.make('tavren_capture'):
                 raise Failed(f'the unchanged library does not build, see {build.log}')

@@ -1,10 +1,10 @@
-"""Single small changes of a C++ source, made by named operators from the text as it stands."""
+"""Single small changes to a C++ source, made by named operators that work on its text."""
 
 import re
 from dataclasses import dataclass
 from functools import cached_property
 
-# Comments and preprocessor lines, what other systems compile, and what only the compiler judges.
+# Comments, preprocessor lines, code for other systems, and static assertions.
 NOT_CODE = re.compile(
     r'#ifdef \w*WINDOWS\w*\n.*?(?=^#else)|//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|'
     r'\bstatic_assert\([^;]*;',
@@ -18,8 +18,8 @@ def blanked(match):
 
 
 class Source:
-    """A file's text, and its code: the same characters without comments and without the insides of
-    literals, so that what an operator finds there can be changed at the same place of the text."""
+    """A file's text, and its code: the same text with comments and the contents of literals blanked
+    out, so that positions found in the code are valid in the text."""
 
     def __init__(self, name, text):
         self.name = name
@@ -27,7 +27,7 @@ class Source:
         self.commentless = NOT_CODE.sub(blanked, text)
         self.code = LITERAL.sub(lambda m: m[0][0] + '~' * (len(m[0]) - 2) + m[0][0],
                                 self.commentless)
-        # The rows of tables: {key, value}, one a line.
+        # The rows of tables: {key, value}, one per line.
         self.rows = [m for m in re.finditer(
             r'^ +\{(?P<key>"[^"\n]*"|\w+),(?P<gap> +)(?P<value>"[^"\n]*"|\w+)\},\n',
             self.commentless, re.MULTILINE)]
@@ -44,7 +44,7 @@ class Source:
         raise ValueError(f'{self.name}: no bracket closes the one at {opening}')
 
     def operand_start(self, end, stops):
-        """Where the operand that ends before `end` begins: behind a bracket or one of the stops."""
+        """Returns the start of the operand that ends before `end`: after a bracket or a stop."""
         depth = 0
         for position in range(end - 1, 0, -1):
             if self.code[position] in CLOSING:
@@ -104,7 +104,7 @@ class Mutant:
 
     @cached_property
     def change(self):
-        """The lines taken away and the lines put there, without indentation and empty lines."""
+        """Returns the removed and the added lines, without indentation and empty lines."""
         text = self.source.text
         first = text.rfind('\n', 0, self.start) + 1
         last = text.find('\n', max(self.start, self.end - 1))
@@ -125,7 +125,7 @@ class Mutant:
                           *('  + ' + line for line in after)])
 
 
-# What an operator yields: start, end, replacement.
+# Operators yield start, end and replacement.
 OPERATORS = {}
 
 
@@ -203,7 +203,7 @@ def negate_condition(source):
     for start, end in conditions(source):
         condition = source.code[start:end]
         declares = re.search(r'[^=!<>]=[^=]', condition)
-        # What one flipped comparison or one dropped negation does too.
+        # A flipped comparison or a dropped negation has the same effect.
         simple = not re.search(r'&&|\|\|', condition) and re.search(r'[=!]=|^!', condition)
         if not declares and not simple:
             yield start, end, f'!({source.text[start:end]})'
@@ -280,7 +280,7 @@ def drop_statement(source):
 # Texts and tables.
 
 def letters(text):
-    """Where a literal can be changed without becoming another kind of literal or format."""
+    """Returns the positions that can be changed without changing the format of a literal."""
     plain = re.sub(r'%[0-9.]*[a-z]|\\.', lambda m: ' ' * len(m[0]), text)
     return [m.start() for m in re.finditer(r'[A-Za-z0-9]', plain)] or \
            [m.start() for m in re.finditer(r'[^ "\'\\]', plain)]
@@ -309,7 +309,7 @@ def drop_row(source):
 
 @operator
 def alter_row(source):
-    """A row gets the key, or the value that is no text, of a neighbour in its table."""
+    """Gives a row the key, or the non-string value, of an adjacent row."""
     for group in 'key', 'value':
         for row, neighbour in neighbours(source.rows):
             if group == 'value' and row[group].startswith('"'):
@@ -328,7 +328,7 @@ def neighbours(rows):
 
 @operator
 def swap_rows(source):
-    """Only of the table that is tried row by row: the others are put in order by their keys."""
+    """Swaps rows of the table that is searched in order; the others are sorted by key."""
     for table in source.find(r'\bcandidates\[\] = \{'):
         rows = [row for row in source.rows if table.end() < row.start()]
         for row, following in zip(rows, rows[1:]):
@@ -395,7 +395,7 @@ OTHERS = {'GST_SECOND': 'GST_MSECOND', 'GST_CLOCK_TIME_NONE': '(GST_CLOCK_TIME_N
 
 
 def other_names():
-    """A pattern of names, and what takes the place of each."""
+    """Yields a pattern of names, and the replacement for each."""
     for one, other in PAIRS:
         names = {one: other, other: one}
         start = '' if one[0] in '._' else r'\b'
@@ -407,7 +407,7 @@ def other_names():
 
 @operator
 def swap_name(source):
-    """In the bodies of functions: all that is indented, but for the rows of tables."""
+    """Works in the bodies of functions: all indented lines except the rows of tables."""
     for pattern, names in other_names():
         for m in source.find(pattern):
             line = source.code[source.code.rfind('\n', 0, m.start()) + 1:]
@@ -418,7 +418,7 @@ def swap_name(source):
 
 @operator
 def drop_word(source):
-    """Of what a header promises; in a source file the compiler would ask for the same words."""
+    """Works on headers; in a source file the compiler would require the same keywords."""
     if source.name.endswith('.h'):
         for m in source.find(r'\b(?:virtual|noexcept)\b'):
             yield replaced(m, '')
@@ -439,7 +439,7 @@ def swap_arguments(source):
 
 
 def mutants_of(source):
-    """All mutants of a source, in the order of its lines; of equal ones only the first."""
+    """Returns all mutants of a source in the order of its lines, without duplicates."""
     seen = {source.text}
     found = []
     for name, changes in OPERATORS.items():

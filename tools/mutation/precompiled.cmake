@@ -1,4 +1,4 @@
-# What other projects' headers cost in each build of a changed source; included by the project call.
+# Precompiles the headers of other projects, to speed up the builds. Included by the project() call.
 cmake_language(DEFER CALL target_precompile_headers tavren_capture PRIVATE
   <algorithm> <map> <memory> <sstream> <stdexcept> <string> <utility> <vector>
   <boost/filesystem/path.hpp> <boost/format.hpp> <boost/scope_exit.hpp>
