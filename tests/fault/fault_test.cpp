@@ -136,7 +136,7 @@ void expect_nothing_left(Object_Balance &objects) {
 
 // Whether all memory that was noted is freed, which threads of the framework may do a moment later.
 bool memory_is_freed() {
-  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND / 2;
+  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND / 5;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
   while (noted_blocks() != 0 && g_get_monotonic_time() < deadline)
     g_usleep(G_TIME_SPAN_MILLISECOND);
@@ -262,7 +262,7 @@ protected:
       expect_nothing_left(objects);
       if (memory_is_freed()) return round;
       if (attempt < ATTEMPTS) continue;
-      ADD_FAILURE() << noted_blocks() << " blocks of memory were lost";
+      ADD_FAILURE() << "blocks of memory that were lost: " << noted_blocks();
       return round;
     }
   }

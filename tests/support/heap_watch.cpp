@@ -27,7 +27,7 @@ public:
 
   // Answers whether the block was there.
   bool remove(const void *block) noexcept {
-    if (count_ == 0) return false;
+    if (block == nullptr || count_ == 0) return false;
     const std::lock_guard lock(mutex_);
     std::size_t slot = home_of(block);
     while (slots_[slot] != block) {
