@@ -16,8 +16,8 @@ PRECOMPILED = Path(__file__).resolve().parent / 'precompiled.cmake'
 SHORTEST_TIME_LIMIT = 20
 MEMORY_LIMIT = 8 << 30
 
-# The plain builds are quick. What gets past them is built again as the sanitizers' preset has it,
-# for lost memory is seen by nothing else.
+# The plain builds are quick. What gets past them is built again as the sanitizers' preset has it:
+# nothing else sees every bad access to memory.
 PLAIN = 'plain'
 SANITIZED = 'sanitized'
 SETTINGS = {
