@@ -126,35 +126,37 @@ void *note(void *block) noexcept {
 
 }  // namespace
 
-// The C library's own functions, by the names that stay when these take their place.
 extern "C" {
 
+// The C library's own functions, by the names that stay when the ones below take their place.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 void *__libc_malloc(std::size_t size);
-void *__libc_calloc(std::size_t count, std::size_t size);
-void *__libc_realloc(void *block, std::size_t size);
-void __libc_free(void *block);
+void *__libc_calloc(std::size_t nmemb, std::size_t size);
+void *__libc_realloc(void *ptr, std::size_t size);
+void __libc_free(void *ptr);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void *malloc(std::size_t size) noexcept {
   return note(__libc_malloc(size));
 }
 
-void *calloc(std::size_t count, std::size_t size) noexcept {
-  return note(__libc_calloc(count, size));
+void *calloc(std::size_t nmemb, std::size_t size) noexcept {
+  return note(__libc_calloc(nmemb, size));
 }
 
 // A block that was there before is not new because it grows.
-void *realloc(void *block, std::size_t size) noexcept {
-  if (block == nullptr) return note(__libc_realloc(block, size));
-  const bool was_noted = kel::tavren::tests::noted.remove(block);
-  void *const moved = __libc_realloc(block, size);
-  void *const remaining = moved != nullptr || size == 0 ? moved : block;
+void *realloc(void *ptr, std::size_t size) noexcept {
+  if (ptr == nullptr) return note(__libc_realloc(ptr, size));
+  const bool was_noted = kel::tavren::tests::noted.remove(ptr);
+  void *const moved = __libc_realloc(ptr, size);
+  void *const remaining = moved != nullptr || size == 0 ? moved : ptr;
   if (was_noted && remaining != nullptr) kel::tavren::tests::noted.add(remaining);
   return moved;
 }
 
-void free(void *block) noexcept {
-  kel::tavren::tests::noted.remove(block);
-  __libc_free(block);
+void free(void *ptr) noexcept {
+  kel::tavren::tests::noted.remove(ptr);
+  __libc_free(ptr);
 }
 
 }  // extern "C"
