@@ -106,15 +106,15 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
-// What a program asks of a pipeline that plays, each so short that it is measured a number of times
-// together.
-constexpr int questions = 100;
+// Operations so short that they are measured a number of times together.
+constexpr int repetitions = 100;
 
-class Questioned : public Trial {
+// An element in a pipeline.
+class In_Pipeline : public Trial {
 protected:
-  Questioned() { gst_bin_add(GST_BIN_CAST(pipeline_.get()), element_.get()); }
+  In_Pipeline() { gst_bin_add(GST_BIN_CAST(pipeline_.get()), element_.get()); }
 
-  const std::string name_ = "asked_for";
+  const std::string name_ = "child";
   Owned_Element pipeline_ = owned(gst_pipeline_new(nullptr));
   Owned_Element element_ = owned(gst_element_factory_make(factory, name_.c_str()));
 };
@@ -123,7 +123,7 @@ template <typename Calls>
 class Find_Factory : public Trial {
 public:
   void run() override {
-    for (int i = 0; i < questions; ++i)
+    for (int i = 0; i < repetitions; ++i)
       gst_object_unref(Calls::find_factory(name_));
   }
 
@@ -132,28 +132,28 @@ private:
 };
 
 template <typename Calls>
-class Get_By_Name : public Questioned {
+class Get_By_Name : public In_Pipeline {
 public:
   void run() override {
-    for (int i = 0; i < questions; ++i)
+    for (int i = 0; i < repetitions; ++i)
       gst_object_unref(Calls::get_by_name(pipeline_.get(), name_));
   }
 };
 
 template <typename Calls>
-class Get_Bus : public Questioned {
+class Get_Bus : public In_Pipeline {
 public:
   void run() override {
-    for (int i = 0; i < questions; ++i)
+    for (int i = 0; i < repetitions; ++i)
       gst_object_unref(Calls::get_bus(pipeline_.get()));
   }
 };
 
 template <typename Calls>
-class Create_Watch : public Questioned {
+class Create_Watch : public In_Pipeline {
 public:
   void run() override {
-    for (int i = 0; i < questions; ++i)
+    for (int i = 0; i < repetitions; ++i)
       g_source_unref(Calls::create_watch(bus_.get()));
   }
 
@@ -162,16 +162,16 @@ private:
 };
 
 template <typename Calls>
-class Get_Parent : public Questioned {
+class Get_Parent : public In_Pipeline {
 public:
   void run() override {
-    for (int i = 0; i < questions; ++i)
+    for (int i = 0; i < repetitions; ++i)
       gst_object_unref(Calls::get_parent(element_.get()));
   }
 };
 
 template <typename Calls>
-class Connect : public Questioned {
+class Connect : public In_Pipeline {
 public:
   void run() override { handler_ = Calls::connect(element_.get(), signal_); }
   void clean_up() override { g_signal_handler_disconnect(element_.get(), handler_); }
@@ -195,14 +195,15 @@ void add_construction(Programme &programme) {
       "construction/a recording to PLAYING and back", 1);
   programme.add<Sync_State, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
       "construction/an element to its bin's state", 1);
-  programme.add<Find_Factory, Raw_Calls, Library_Calls>("construction/find a factory", questions);
+  programme.add<Find_Factory, Raw_Calls, Library_Calls>("construction/find a factory", repetitions);
   programme.add<Get_By_Name, Raw_Calls, Library_Calls>("construction/get an element by its name",
-                                                       questions);
-  programme.add<Get_Bus, Raw_Calls, Library_Calls>("construction/get a pipeline's bus", questions);
+                                                       repetitions);
+  programme.add<Get_Bus, Raw_Calls, Library_Calls>("construction/get a pipeline's bus",
+                                                   repetitions);
   programme.add<Create_Watch, Raw_Calls, Library_Calls>("construction/create a bus's watch",
-                                                        questions);
+                                                        repetitions);
   programme.add<Get_Parent, Raw_Calls, Library_Calls>("construction/get an element's parent",
-                                                      questions);
+                                                      repetitions);
   programme.add<Connect, Raw_Calls, Library_Calls>("construction/connect to a signal", 1);
 }
 

@@ -57,8 +57,8 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
-// Only the end of an element takes a probe away again. On many elements: comparing names takes more
-// instructions at some addresses than at others.
+// A probe is removed with its element. There are many of them, because comparing the names of pads
+// takes more instructions at some addresses than at others.
 template <typename Calls>
 class Add_Probe : public Trial {
 public:
@@ -98,8 +98,8 @@ private:
   typename Calls::Element seen_element_ = Calls::see(element_.get());
 };
 
-// What a program asks and does about a link that is there.
-class Linked : public Trial {
+// Two elements whose pads fit together.
+class Two_Elements : public Trial {
 protected:
   void link() { gst_pad_link(src_pad_.get(), sink_pad_.get()); }
   void unlink() { gst_pad_unlink(src_pad_.get(), sink_pad_.get()); }
@@ -112,7 +112,7 @@ protected:
 };
 
 template <typename Calls>
-class Sink_Peer : public Linked {
+class Sink_Peer : public Two_Elements {
 public:
   Sink_Peer() { link(); }
   void run() override {
@@ -122,14 +122,14 @@ public:
 };
 
 template <typename Calls>
-class Link_Pad : public Linked {
+class Link_Pad : public Two_Elements {
 public:
   void run() override { Calls::link_pad_to_element(src_pad_.get(), sink_.get()); }
   void clean_up() override { unlink(); }
 };
 
 template <typename Calls>
-class Unlink_Pad : public Linked {
+class Unlink_Pad : public Two_Elements {
 public:
   void prepare() override { link(); }
   void run() override { Calls::unlink_pad_from_element(src_pad_.get(), sink_.get()); }

@@ -25,7 +25,7 @@ thread_local void (*change_during_walk)(GstBin *) = nullptr;
 thread_local GstPad *watched_pad = nullptr;
 thread_local guint references_while_comparing = 0;
 
-// What the type of every factory's elements differs in on this thread.
+// The bits in which the element types of all factories are changed on this thread.
 thread_local GType type_difference = 0;
 
 template <typename Function>
@@ -367,7 +367,7 @@ TEST_F(Bin_Search, FitsEmptyCapsIntoAll) {
     EXPECT_EQ(find_appsink(bin_, wanted), appsink) << wanted;
 }
 
-// An element of a type without pads, to which a test adds those that it needs.
+// An element without pads; a test adds the ones that it needs.
 Element make_bare_element() {
   static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestBareElement");
   return make_of_type(type);
@@ -597,7 +597,7 @@ TEST_F(Many_Appsinks, AreReturnedWithOneNewReference) {
 
 // --- Comparisons
 
-// The framework's C code calls them.
+// They are called from the framework's C code.
 static_assert(noexcept(Media_Helper::caps_compare_func(nullptr, nullptr)));
 static_assert(noexcept(Media_Helper::type_compare_func(nullptr, nullptr)));
 
@@ -640,7 +640,7 @@ TEST_F(Bin_Search_Comparison, OfTypesIsExact) {
   EXPECT_EQ(compare_type(make_of_type(tee_subclass()), tee_type_), -1);
 }
 
-// Apart, as nothing says that the types of tees and of appsinks differ in more than one bit.
+// In separate bins: the types of tees and of appsinks may differ in one bit only.
 TEST_F(Bin_Search_Comparison, OfTypesLooksAtEveryBit) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   const Element other_bin = make_bin("other");

@@ -103,7 +103,7 @@ TEST(Set_State, ReturnsAsyncOfASinkThatPrerolls) {
   EXPECT_EQ(reference_count(sink.get()), 1U);
 }
 
-// What an element of the following kind answers to every change of its state.
+// What the elements below answer to every change of their state.
 int answer_to_set_state = 0;
 
 Element make_answering_element() {

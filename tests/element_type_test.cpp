@@ -156,7 +156,7 @@ TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
   EXPECT_EQ(reference_count(loaded), loaded_before);
 }
 
-// A factory that nothing but a lookup holds, and that notes its end.
+// A factory outside the registry, which records its end.
 class Lone_Factory {
 public:
   Lone_Factory(const char *name, std::string &ends)
@@ -183,7 +183,7 @@ private:
   GstElementFactory *const factory_;
 };
 
-// Both guards hold the last reference when they run.
+// The guards hold the last references when they run.
 TEST_F(Element_Type, DropsTheLoadedFactoryBeforeTheFoundOne) {
   std::string ends;
   Lone_Factory found("found ", ends);

@@ -79,7 +79,7 @@ static_assert(std::is_constructible_v<Logic_Error, TEC::Tavren_Error_Code, const
 
 static_assert(noexcept(std::declval<const Root_Error &>().code()));
 
-// A standard exception that is made of several arguments, one of which cannot be copied.
+// An exception that is constructed from several arguments, one of which cannot be copied.
 class Broken_Disk : public std::runtime_error {
 public:
   Broken_Disk(const std::string &text, int disk, std::unique_ptr<int> sector)

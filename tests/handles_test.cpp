@@ -361,7 +361,7 @@ TEST(Emancipator, IsCalledByAThrow) {
             (Calls{{"g_free", text}}));
 }
 
-// Callers hand their own guards of this type on.
+// Callers may name the guard either way.
 static_assert(std::is_same_v<Scope_Exit_Guard, boost::scope_exit::aux::guard<void>>);
 
 // What threw here would lose what the guard was to release.

@@ -1,4 +1,4 @@
-// The tables behind names and choices: each call makes its own, and keeps nothing of it.
+// Lookup tables are built in every call and destroyed before it returns.
 
 #include <functional>
 #include <ostream>
@@ -39,7 +39,7 @@ protected:
   ~Lookup_Table() override { fail_allocations_when(nullptr); }
 };
 
-// A map allocates each of its rows. One that outlived its call would be there for the next.
+// A map allocates each of its rows; a table kept from an earlier call would allocate none.
 TEST_P(Lookup_Table, IsMadeInEveryCall) {
   const Table &table = GetParam();
   long first = 0;

@@ -15,7 +15,7 @@ namespace {
 // While true, the link of any pad has gone away by the time its peer is asked for.
 thread_local bool links_go_away = false;
 
-// While set, the parent of an object is asked for only after it has been called with the object.
+// While set, called with each object on this thread before its parent is looked up.
 thread_local void (*before_parent_is_asked)(GstObject *) = nullptr;
 
 template <typename Function>
@@ -260,7 +260,7 @@ TEST_F(Ancestry, TellsAnotherTopFromItsOwn) {
   expect_mismatch("second", bin_, bin_);
 }
 
-// A bin in a pipeline, whose owners all let go of it while its own parent is asked for.
+// A bin in a pipeline. All its owners drop it just before its own parent is looked up.
 Element dying_bin;
 bool bin_was_held = false;
 

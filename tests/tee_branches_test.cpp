@@ -122,7 +122,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
   EXPECT_EQ(decoder->numsrcpads, 0);
 }
 
-// An element that notes what it is asked for, and how its pad is held when it gets it back.
+// What was requested of an element, and the references to its pad when the pad was released.
 struct Request_Record {
   std::vector<std::string> names;
   std::vector<Caps> caps;

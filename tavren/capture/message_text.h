@@ -34,8 +34,8 @@ std::ios &rethrow_failures(std::ios &stream);
 // Fills the %s of a format; a null becomes empty text.
 std::string fill(const char *format, std::initializer_list<const char *> values);
 
-// These make their messages apart from the operations: a call that succeeds sets up no room for
-// one.
+// The functions below build messages outside the operations, so that a successful call sets up no
+// frame for one.
 
 // Puts the text between the two others.
 [[noreturn]] void throw_quoting(TEC::Tavren_Error_Code code, const char *before,
@@ -45,7 +45,7 @@ std::string fill(const char *format, std::initializer_list<const char *> values)
 [[noreturn]] void throw_naming(TEC::Tavren_Error_Code code, const char *format,
                                GstElement *element);
 
-// Fills the format with the name of the element and the one in its factory's metadata.
+// Fills the format with the name of the element and the name in its factory's metadata.
 [[noreturn]] void throw_naming_with_factory(TEC::Tavren_Error_Code code, const char *format,
                                             GstElement *element);
 

@@ -10,8 +10,8 @@ namespace kel::tavren::capture {
 namespace {
 
 using Element = boost::intrusive_ptr<GstElement>;
-// Releases the pad without the detour through a handle's adapter, which would show in operations as
-// short as those here.
+// Calls gst_object_unref directly: the extra jump through a handle's adapter would show in
+// operations this short.
 using Pad = std::unique_ptr<GstPad, decltype(&gst_object_unref)>;
 
 // Takes over a reference that a call returned.
@@ -35,7 +35,7 @@ void check_chain_element(GstElement *element, std::size_t position) {
 
 // The functions below take elements that have been checked.
 
-// Apart, so that a lookup that succeeds sets up no room for the message.
+// Separate, so that a successful lookup sets up no frame for the message.
 [[noreturn]] void throw_no_static_pad(GstElement *element, const char *name) {
   throw Error(TEC::STATIC_PAD_NOT_FOUND,
               fill("Failed to get static pad \"%s\" for element %s (%s).",

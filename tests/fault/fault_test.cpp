@@ -134,7 +134,7 @@ void expect_nothing_left(Object_Balance &objects) {
   EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
 }
 
-// Whether all memory that was noted is freed, which threads of the framework may do a moment later.
+// Returns whether all noted memory is freed, which threads of the framework may do a moment later.
 bool memory_is_freed() {
   constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND / 5;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
@@ -253,7 +253,7 @@ protected:
     g_strlcpy(replay, text.c_str(), sizeof replay);
     SCOPED_TRACE(replay);
     ++played_;
-    // What the framework keeps for later, such as a table that has grown, it keeps once only.
+    // The framework may keep memory for later, such as a table that has grown, but not each time.
     constexpr int ATTEMPTS = 3;
     for (int attempt = 1;; ++attempt) {
       forget_noted_blocks();
@@ -346,13 +346,13 @@ INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), test_n
 INSTANTIATE_TEST_SUITE_P(All, Varying_Calls, testing::ValuesIn(scenarios_with_varying_calls()),
                          test_name);
 
-// GLib had an allocator for list nodes up to 2.74, unless it was told otherwise.
+// Before 2.76, GLib takes list nodes from pools unless G_SLICE says otherwise.
 bool list_nodes_are_allocated_alone() {
   return glib_check_version(2, 76, 0) == nullptr ||
          g_strcmp0(g_getenv("G_SLICE"), "always-malloc") == 0;
 }
 
-// The rounds would see nothing otherwise.
+// Rounds in which nothing is counted would always pass.
 TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
     GTEST_SKIP() << "another allocator is in place";
