@@ -26,13 +26,6 @@ GstPadTemplate *pad_template(GstElement *element, const char *name) {
   return gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(element), name);
 }
 
-// The description is made only for an element that needs one.
-void check_chain_element(GstElement *element, std::size_t position) {
-  if (!is_element(element))
-    throw_not_an_element("element " + std::to_string(position) +
-                         " in gst_element_link_many_or_throw");
-}
-
 // The functions below take elements that have been checked.
 
 // Separate, so that a successful lookup sets up no frame for the message.
@@ -143,9 +136,12 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
     va_end(list);
   }
 
-  check_chain_element(elements[0], 1);
+  check_element(elements[0], "element 1 in gst_element_link_many_or_throw");
   for (std::size_t i = 1; i < elements.size(); ++i) {
-    check_chain_element(elements[i], i + 1);
+    // The description is made only for an element that is bad.
+    if (!is_element(elements[i]))
+      throw_not_an_element("element " + std::to_string(i + 1) +
+                           " in gst_element_link_many_or_throw");
     if (!gst_element_link(elements[i - 1], elements[i]))
       throw Error(TEC::ELEMENT_LINK_FAILED,
                   fill("Failed to link element \"%s\" and element \"%s\".",
