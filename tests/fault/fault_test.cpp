@@ -136,7 +136,7 @@ void expect_nothing_left(Object_Balance &objects) {
 
 // Returns whether all noted memory is freed, which threads of the framework may do a moment later.
 bool memory_is_freed() {
-  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND / 5;
+  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
   while (noted_blocks() != 0 && g_get_monotonic_time() < deadline)
     g_usleep(G_TIME_SPAN_MILLISECOND);
