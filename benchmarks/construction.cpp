@@ -106,6 +106,81 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
+// Operations so short that they are measured a number of times together.
+constexpr int repetitions = 100;
+
+// An element in a pipeline.
+class In_Pipeline : public Trial {
+protected:
+  In_Pipeline() { gst_bin_add(GST_BIN_CAST(pipeline_.get()), element_.get()); }
+
+  const std::string name_ = "child";
+  Owned_Element pipeline_ = owned(gst_pipeline_new(nullptr));
+  Owned_Element element_ = owned(gst_element_factory_make(factory, name_.c_str()));
+};
+
+template <typename Calls>
+class Find_Factory : public Trial {
+public:
+  void run() override {
+    for (int i = 0; i < repetitions; ++i)
+      gst_object_unref(Calls::find_factory(name_));
+  }
+
+private:
+  const std::string name_ = factory;
+};
+
+template <typename Calls>
+class Get_By_Name : public In_Pipeline {
+public:
+  void run() override {
+    for (int i = 0; i < repetitions; ++i)
+      gst_object_unref(Calls::get_by_name(pipeline_.get(), name_));
+  }
+};
+
+template <typename Calls>
+class Get_Bus : public In_Pipeline {
+public:
+  void run() override {
+    for (int i = 0; i < repetitions; ++i)
+      gst_object_unref(Calls::get_bus(pipeline_.get()));
+  }
+};
+
+template <typename Calls>
+class Create_Watch : public In_Pipeline {
+public:
+  void run() override {
+    for (int i = 0; i < repetitions; ++i)
+      g_source_unref(Calls::create_watch(bus_.get()));
+  }
+
+private:
+  const boost::intrusive_ptr<GstBus> bus_{gst_element_get_bus(pipeline_.get()), false};
+};
+
+template <typename Calls>
+class Get_Parent : public In_Pipeline {
+public:
+  void run() override {
+    for (int i = 0; i < repetitions; ++i)
+      gst_object_unref(Calls::get_parent(element_.get()));
+  }
+};
+
+template <typename Calls>
+class Connect : public In_Pipeline {
+public:
+  void run() override { handler_ = Calls::connect(element_.get(), signal_); }
+  void clean_up() override { g_signal_handler_disconnect(element_.get(), handler_); }
+
+private:
+  const std::string signal_ = "pad-added";
+  gulong handler_ = 0;
+};
+
 }  // namespace
 
 void add_construction(Programme &programme) {
@@ -120,6 +195,16 @@ void add_construction(Programme &programme) {
       "construction/a recording to PLAYING and back", 1);
   programme.add<Sync_State, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
       "construction/an element to its bin's state", 1);
+  programme.add<Find_Factory, Raw_Calls, Library_Calls>("construction/find a factory", repetitions);
+  programme.add<Get_By_Name, Raw_Calls, Library_Calls>("construction/get an element by its name",
+                                                       repetitions);
+  programme.add<Get_Bus, Raw_Calls, Library_Calls>("construction/get a pipeline's bus",
+                                                   repetitions);
+  programme.add<Create_Watch, Raw_Calls, Library_Calls>("construction/create a bus's watch",
+                                                        repetitions);
+  programme.add<Get_Parent, Raw_Calls, Library_Calls>("construction/get an element's parent",
+                                                      repetitions);
+  programme.add<Connect, Raw_Calls, Library_Calls>("construction/connect to a signal", 1);
 }
 
 }  // namespace kel::tavren::benchmarks

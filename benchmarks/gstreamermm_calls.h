@@ -76,11 +76,10 @@ struct Gstreamermm_Calls {
     require(tee_pad->link(static_pad(element, "sink")) == Gst::PAD_LINK_OK, "linking a tee");
   }
 
-  static void unlink_tee(const Element &tee, const Element &element) {
+  static void drop_branch(const Element &tee, const Element &element) {
     const Pad sink_pad = static_pad(element, "sink");
     const Pad tee_pad = sink_pad->get_peer();
     require(static_cast<bool>(tee_pad), "looking a peer up");
-    require(tee_pad->unlink(sink_pad), "unlinking a tee");
     tee->release_request_pad(tee_pad);
   }
 

@@ -41,6 +41,31 @@ struct Library_Calls {
     return Media_Helper::create_and_add_element_to_bin(factory, bin, "");
   }
 
+  static GstElementFactory *find_factory(const std::string &name) {
+    return Media_Helper::gst_element_factory_find_or_throw(name);
+  }
+
+  static GstElement *get_by_name(GstElement *bin, const std::string &name) {
+    return Media_Helper::gst_bin_get_by_name_or_throw(GST_BIN_CAST(bin), name);
+  }
+
+  static GstBus *get_bus(GstElement *element) {
+    return Media_Helper::gst_element_get_bus_or_throw(element);
+  }
+
+  static GSource *create_watch(GstBus *bus) {
+    return Media_Helper::gst_bus_create_watch_or_throw(bus);
+  }
+
+  static GstElement *get_parent(GstElement *element) {
+    return Media_Helper::gst_element_get_parent_or_throw(element);
+  }
+
+  static gulong connect(GstElement *element, const std::string &signal) {
+    return Media_Helper::g_signal_connect_or_throw(element, signal, G_CALLBACK(ignore_pad),
+                                                   nullptr);
+  }
+
   static void link(GstElement *source, GstElement *sink) {
     Media_Helper::gst_element_link_many_or_throw(source, sink, nullptr);
   }
@@ -80,10 +105,12 @@ struct Library_Calls {
     Media_Helper::link_tee_to_element(tee, element);
   }
 
-  static void unlink_tee(GstElement *tee, GstElement *element) {
-    const boost::intrusive_ptr<GstPad> tee_pad(
-        Media_Helper::get_element_sink_peer_pad_or_throw(element), false);
-    require(Media_Helper::unlink_pad_from_element(tee_pad.get(), element), "unlinking a tee");
+  static GstPad *sink_peer(GstElement *element) {
+    return Media_Helper::get_element_sink_peer_pad_or_throw(element);
+  }
+
+  static void drop_branch(GstElement *tee, GstElement *element) {
+    const boost::intrusive_ptr<GstPad> tee_pad(sink_peer(element), false);
     gst_element_release_request_pad(tee, tee_pad.get());
   }
 
@@ -103,6 +130,10 @@ struct Library_Calls {
 
   static void link_pad_to_element(GstPad *pad, GstElement *element) {
     Media_Helper::link_pad_to_element_or_throw(pad, element);
+  }
+
+  static void unlink_pad_from_element(GstPad *pad, GstElement *element) {
+    require(Media_Helper::unlink_pad_from_element(pad, element), "unlinking pads");
   }
 
   static bool find(GstElement *bin, GType type, GstCaps *caps) {

@@ -24,6 +24,8 @@ inline GstPadProbeReturn pass_buffer(GstPad *, GstPadProbeInfo *, gpointer) noex
   return GST_PAD_PROBE_OK;
 }
 
+inline void ignore_pad(GstElement *, GstPad *, gpointer) noexcept {}
+
 struct Raw_Calls {
   static constexpr const char *contestant = "raw";
   using Element = GstElement *;
@@ -55,6 +57,49 @@ struct Raw_Calls {
     GstElement *const element = make(factory);
     add_checked(bin, element);
     return element;
+  }
+
+  // The references of these, too, are the caller's.
+  static GstElementFactory *find_factory(const std::string &name) {
+    GstElementFactory *const found = gst_element_factory_find(name.c_str());
+    require(found != nullptr, "finding a factory");
+    return found;
+  }
+
+  static GstElement *get_by_name(GstElement *bin, const std::string &name) {
+    require(bin != nullptr, "the check of a bin");
+    GstElement *const element = gst_bin_get_by_name(GST_BIN_CAST(bin), name.c_str());
+    require(element != nullptr, "finding an element");
+    return element;
+  }
+
+  static GstBus *get_bus(GstElement *element) {
+    require(GST_IS_ELEMENT(element), "the check of an element");
+    GstBus *const bus = gst_element_get_bus(element);
+    require(bus != nullptr, "getting a bus");
+    return bus;
+  }
+
+  static GSource *create_watch(GstBus *bus) {
+    require(GST_IS_BUS(bus), "the check of a bus");
+    GSource *const watch = gst_bus_create_watch(bus);
+    require(watch != nullptr, "making a watch");
+    return watch;
+  }
+
+  static GstElement *get_parent(GstElement *element) {
+    require(GST_IS_ELEMENT(element), "the check of an element");
+    GstObject *const parent = gst_object_get_parent(GST_OBJECT_CAST(element));
+    require(GST_IS_ELEMENT(parent), "the check of a parent");
+    return GST_ELEMENT_CAST(parent);
+  }
+
+  static gulong connect(GstElement *element, const std::string &signal) {
+    require(GST_IS_ELEMENT(element), "the check of an element");
+    const gulong handler =
+        g_signal_connect(element, signal.c_str(), G_CALLBACK(ignore_pad), nullptr);
+    require(handler != 0, "connecting to a signal");
+    return handler;
   }
 
   static void link(GstElement *source, GstElement *sink) {
@@ -108,15 +153,21 @@ struct Raw_Calls {
     gst_object_unref(tee_pad);
   }
 
-  static void unlink_tee(GstElement *tee, GstElement *element) {
+  // The reference is the caller's.
+  static GstPad *sink_peer(GstElement *element) {
     GstPad *const sink_pad = static_pad(element, "sink");
     require(gst_pad_is_linked(sink_pad), "the check of a link");
-    GstPad *const tee_pad = gst_pad_get_peer(sink_pad);
-    require(tee_pad != nullptr, "looking a peer up");
-    require(gst_pad_unlink(tee_pad, sink_pad), "unlinking a tee");
+    GstPad *const peer = gst_pad_get_peer(sink_pad);
+    require(peer != nullptr, "looking a peer up");
+    gst_object_unref(sink_pad);
+    return peer;
+  }
+
+  // The tee unlinks the pad that it gets back.
+  static void drop_branch(GstElement *tee, GstElement *element) {
+    GstPad *const tee_pad = sink_peer(element);
     gst_element_release_request_pad(tee, tee_pad);
     gst_object_unref(tee_pad);
-    gst_object_unref(sink_pad);
   }
 
   // Both references are the caller's.
@@ -149,6 +200,15 @@ struct Raw_Calls {
     require(GST_IS_PAD(pad), "the check of a pad");
     GstPad *const sink_pad = static_pad(element, "sink");
     require(gst_pad_link(pad, sink_pad) == GST_PAD_LINK_OK, "linking pads");
+    gst_object_unref(sink_pad);
+  }
+
+  static void unlink_pad_from_element(GstPad *pad, GstElement *element) {
+    require(pad != nullptr, "the check of a pad");
+    require(element != nullptr, "the check of an element");
+    GstPad *const sink_pad = gst_element_get_static_pad(element, "sink");
+    require(sink_pad != nullptr, "looking a pad up");
+    require(gst_pad_unlink(pad, sink_pad), "unlinking pads");
     gst_object_unref(sink_pad);
   }
 

@@ -21,6 +21,13 @@ thread_local bool factories_are_missing = false;
 // While set, walks of bins on this thread call it with the bin behind the first element they show.
 thread_local void (*change_during_walk)(GstBin *) = nullptr;
 
+// While set, the pad whose references are counted whenever caps are compared on this thread.
+thread_local GstPad *watched_pad = nullptr;
+thread_local guint references_while_comparing = 0;
+
+// The bits in which the element types of all factories are changed on this thread.
+thread_local GType type_difference = 0;
+
 template <typename Function>
 Function *framework(const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
@@ -42,6 +49,18 @@ extern "C" GstElementFactory *gst_element_factory_find(const gchar *name) {
   static const auto find =
       framework<decltype(gst_element_factory_find)>("gst_element_factory_find");
   return factories_are_missing ? nullptr : find(name);
+}
+
+extern "C" GType gst_element_factory_get_element_type(GstElementFactory *factory) {
+  static const auto get_type = framework<decltype(gst_element_factory_get_element_type)>(
+      "gst_element_factory_get_element_type");
+  return get_type(factory) ^ type_difference;
+}
+
+extern "C" gboolean gst_caps_is_subset(const GstCaps *subset, const GstCaps *superset) {
+  static const auto is_subset = framework<decltype(gst_caps_is_subset)>("gst_caps_is_subset");
+  if (watched_pad != nullptr) references_while_comparing = G_OBJECT(watched_pad)->ref_count;
+  return is_subset(subset, superset);
 }
 
 extern "C" GstIterator *gst_bin_iterate_recurse(GstBin *bin) {
@@ -125,6 +144,8 @@ protected:
   ~Bin_Search() override {
     factories_are_missing = false;
     change_during_walk = nullptr;
+    watched_pad = nullptr;
+    type_difference = 0;
   }
 
   const Element bin_ = make_bin("bin");
@@ -340,6 +361,64 @@ TEST_F(Bin_Search, JudgesATeeThatIsNotLinkedByAnyCaps) {
   EXPECT_EQ(find_tee(bin_, "ANY"), tee);
 }
 
+TEST_F(Bin_Search, FitsEmptyCapsIntoAll) {
+  const Element appsink = add_to_bin(bin_, make_appsink("EMPTY"));
+  for (const char *const wanted : {"video/x-raw", "ANY", "EMPTY"})
+    EXPECT_EQ(find_appsink(bin_, wanted), appsink) << wanted;
+}
+
+// An element without pads; a test adds the ones that it needs.
+Element make_bare_element() {
+  static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestBareElement");
+  return make_of_type(type);
+}
+
+Pad add_pad(const Element &element, const char *name, GstPadDirection direction) {
+  Pad pad = make_pad(name, direction);
+  EXPECT_TRUE(gst_element_add_pad(element.get(), pad.get()));
+  return pad;
+}
+
+gboolean answer_empty_caps(GstPad *pad, GstObject *parent, GstQuery *query) {
+  if (GST_QUERY_TYPE(query) != GST_QUERY_CAPS) return gst_pad_query_default(pad, parent, query);
+  gst_query_set_caps_result(query, make_caps("EMPTY").get());
+  return TRUE;
+}
+
+TEST_F(Bin_Search, FitsCapsOfAPeerThatCanSendNothingIntoAll) {
+  const Element source = add_to_bin(bin_, make_bare_element());
+  const Pad src_pad = add_pad(source, "src", GST_PAD_SRC);
+  gst_pad_set_query_function(src_pad.get(), answer_empty_caps);
+  const Element tee = add_to_bin(bin_, make_element("tee"));
+  ASSERT_EQ(
+      gst_pad_link_full(src_pad.get(), static_pad(tee, "sink").get(), GST_PAD_LINK_CHECK_NOTHING),
+      GST_PAD_LINK_OK);
+  EXPECT_EQ(find_tee(bin_, "video/x-raw"), tee);
+}
+
+TEST_F(Bin_Search, JudgesASourcePadNamedSink) {
+  const Element element = add_to_bin(bin_, make_bare_element());
+  const Pad pad = add_pad(element, "sink", GST_PAD_SRC);
+  const GType type = G_OBJECT_TYPE(element.get());
+  EXPECT_EQ(find(bin_, type, "ANY"), element);
+  EXPECT_FALSE(find(bin_, type, "video/x-raw"));
+
+  const Element filter = add_to_bin(bin_, make_element("capsfilter"));
+  set_caps(filter, "video/x-raw,width=16");
+  ASSERT_EQ(gst_pad_link(pad.get(), static_pad(filter, "sink").get()), GST_PAD_LINK_OK);
+  EXPECT_EQ(find(bin_, type, "video/x-raw"), element);
+  EXPECT_FALSE(find(bin_, type, "video/x-raw,width=32"));
+}
+
+TEST_F(Bin_Search, LetsThePadGoBeforeItComparesCaps) {
+  const Element tee = add_to_bin(bin_, make_element("tee"));
+  const Pad pad = static_pad(tee, "sink");
+  const guint before = reference_count(pad.get());
+  watched_pad = pad.get();
+  EXPECT_EQ(find_tee(bin_, "ANY"), tee);
+  EXPECT_EQ(references_while_comparing, before);
+}
+
 TEST_F(Bin_Search, FindsNoSourceElement) {
   const Element source = add_to_bin(bin_, make_element("videotestsrc"));
   EXPECT_TRUE(Media_Helper::bin_has_element_type(as_bin(bin_), G_OBJECT_TYPE(source.get())));
@@ -518,6 +597,10 @@ TEST_F(Many_Appsinks, AreReturnedWithOneNewReference) {
 
 // --- Comparisons
 
+// They are called from the framework's C code.
+static_assert(noexcept(Media_Helper::caps_compare_func(nullptr, nullptr)));
+static_assert(noexcept(Media_Helper::type_compare_func(nullptr, nullptr)));
+
 class Bin_Search_Comparison : public Bin_Search {
 protected:
   static int compare_caps(const Element &element, GType type, const char *caps) {
@@ -555,6 +638,25 @@ TEST_F(Bin_Search_Comparison, OfTypesIsExact) {
   EXPECT_EQ(compare_type(make_element("tee"), GST_TYPE_ELEMENT), -1);
   EXPECT_EQ(compare_type(make_element("queue"), tee_type_), -1);
   EXPECT_EQ(compare_type(make_of_type(tee_subclass()), tee_type_), -1);
+}
+
+// In separate bins: the types of tees and of appsinks may differ in one bit only.
+TEST_F(Bin_Search_Comparison, OfTypesLooksAtEveryBit) {
+  const Element tee = add_to_bin(bin_, make_element("tee"));
+  const Element other_bin = make_bin("other");
+  add_to_bin(other_bin, make_appsink("video/x-raw"));
+  for (unsigned bit = 0; bit < 64; ++bit) {
+    SCOPED_TRACE(bit);
+    type_difference = 1ULL << bit;
+    const unsigned long long other = Media_Helper::get_element_type("tee");
+    EXPECT_EQ(other, tee_type_ ^ type_difference);
+    EXPECT_EQ(compare_type(tee, other), -1);
+    EXPECT_EQ(compare_caps(tee, other, "ANY"), -1);
+    EXPECT_FALSE(Media_Helper::bin_has_element_type(as_bin(bin_), other));
+    EXPECT_FALSE(find_tee(bin_, "ANY"));
+    EXPECT_FALSE(find_appsink(other_bin, "ANY"));
+    EXPECT_TRUE(Media_Helper::find_all_appsinks(as_bin(other_bin)).empty());
+  }
 }
 
 TEST_F(Bin_Search_Comparison, OfCapsComparesTheTypeToo) {

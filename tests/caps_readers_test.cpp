@@ -406,6 +406,12 @@ TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
   EXPECT_FALSE(equal("ANY", "EMPTY"));
   EXPECT_FALSE(equal("ANY", "video/x-raw"));
   EXPECT_TRUE(equal("video/x-raw, width=1, height=2", "video/x-raw, height=2, width=1"));
+  // Alike in what they allow, however they are written.
+  EXPECT_TRUE(equal("video/x-raw; audio/x-raw", "audio/x-raw; video/x-raw"));
+  EXPECT_TRUE(equal("video/x-raw; video/x-raw, width=1", "video/x-raw"));
+  EXPECT_TRUE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width={ 2, 1 }"));
+  EXPECT_FALSE(equal("video/x-raw; audio/x-raw", "audio/x-raw"));
+  EXPECT_FALSE(equal("video/x-raw, width=1; video/x-raw, width=2", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw(memory:GLMemory)"));

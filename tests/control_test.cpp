@@ -1,3 +1,4 @@
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -100,6 +101,32 @@ TEST(Set_State, ReturnsAsyncOfASinkThatPrerolls) {
             GST_STATE_CHANGE_ASYNC);
   EXPECT_EQ(GST_STATE_TARGET(sink.get()), GST_STATE_PAUSED);
   EXPECT_EQ(reference_count(sink.get()), 1U);
+}
+
+// What the elements below answer to every change of their state.
+int answer_to_set_state = 0;
+
+Element make_answering_element() {
+  static const GType type = g_type_register_static_simple(
+      GST_TYPE_ELEMENT, "Answering_Element", sizeof(GstElementClass),
+      [](gpointer klass, gpointer) {
+        static_cast<GstElementClass *>(klass)->set_state = [](GstElement *, GstState) {
+          return static_cast<GstStateChangeReturn>(answer_to_set_state);
+        };
+      },
+      sizeof(GstElement), nullptr, GTypeFlags{});
+  return Element(as_element(gst_object_ref_sink(g_object_new(type, nullptr))), false);
+}
+
+TEST(Set_State, ReturnsEveryOtherResultUnchanged) {
+  const Element element = make_answering_element();
+  for (const int result : {1, 2, 3, 4, 5, 1000000, std::numeric_limits<int>::max(), -1,
+                           std::numeric_limits<int>::min()}) {
+    answer_to_set_state = result;
+    EXPECT_EQ(static_cast<int>(
+                  Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_READY, "")),
+              result);
+  }
 }
 
 TEST(Set_State, ThrowsWhenTheElementRefuses) {
@@ -439,6 +466,60 @@ TEST(Element_Text, HoldsTheFactorysNameMetadataOfARefusedElement) {
   expect_error(0x150E0, "Failed to add element tap (camera tap 100%) to bin.",
                [&] { Media_Helper::gst_bin_add_or_throw(GST_BIN_CAST(bin.get()), refused); });
   EXPECT_TRUE(watch.gone());
+}
+
+// Longer than any buffer of a fixed size is likely to be, and in Latin-1.
+const std::string awkward_names[] = {std::string(300, 'n'), std::string(5000, 'n'), "Geb\xE4ude 3",
+                                     std::string(400, '\xFF') + "\xC3"};
+
+void expect_whole_name_of_an_element(const std::string &name) {
+  const Element element = make_owned_tap(name.c_str());
+  const std::string quoted = "\"" + name + "\"";
+  const std::string tap = name + " (camera tap 100%)";
+  expect_error(0x152E0, "Failed to set state GST_STATE_READY on element " + tap + ", " + name, [&] {
+    Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_READY, name);
+  });
+  expect_error(0x150F0, "Failed to sync element " + tap + " with parent.",
+               [&] { Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get()); });
+  expect_error(0x151A0, "Could not retrieve pipeline bus for element " + quoted + ".",
+               [&] { Media_Helper::gst_element_get_bus_or_throw(element.get()); });
+  expect_error(0x15110, "Failed to get parent for element " + tap + ".",
+               [&] { Media_Helper::gst_element_get_parent_or_throw(element.get()); });
+  expect_error(0x15100, "Failed to get static pad " + quoted + " for element " + tap + ".", [&] {
+    Media_Helper::gst_element_get_static_pad_or_throw(element.get(), name.c_str());
+  });
+  const Element bin = make_element("bin");
+  gst_bin_add(GST_BIN_CAST(bin.get()), make_tap(name.c_str()));
+  expect_error(0x150E0, "Failed to add element " + tap + " to bin.", [&] {
+    Media_Helper::gst_bin_add_or_throw(GST_BIN_CAST(bin.get()), make_tap(name.c_str()));
+  });
+}
+
+void expect_whole_names_of_a_link(const std::string &name) {
+  const Element first = make_owned_tap(name.c_str());
+  const Element second = make_element("fakesink", ("to " + name).c_str());
+  const std::string source = "\"" + name + "\"";
+  const std::string sink = "\"to " + name + "\"";
+  expect_error(0x151C0, "Failed to link element " + source + " and element " + sink + ".", [&] {
+    Media_Helper::gst_element_link_many_or_throw(first.get(), second.get(),
+                                                 static_cast<GstElement *>(nullptr));
+  });
+  GstPad *const pad = gst_pad_new(name.c_str(), GST_PAD_SRC);
+  gst_element_add_pad(first.get(), pad);
+  const Element other = make_element("fakesrc");
+  ASSERT_TRUE(gst_element_link(other.get(), second.get()));
+  expect_error(0x150B0,
+               "Failed to link " + source + " pad from element " + source +
+                   " with \"sink\" pad from element " + sink +
+                   " (GST_PAD_LINK_WAS_LINKED: pad was already linked).",
+               [&] { Media_Helper::link_pad_to_element_or_throw(pad, second.get()); });
+}
+
+TEST(Element_Text, HoldsWholeNamesByteForByte) {
+  for (const std::string &name : awkward_names) {
+    expect_whole_name_of_an_element(name);
+    expect_whole_names_of_a_link(name);
+  }
 }
 
 TEST(Element_Text, IsEmptyWhereThereIsNoNameAndNoFactory) {

@@ -1,5 +1,6 @@
 // Element types: from the name of a factory to the type of what it makes.
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct Plugin_Fault {
   bool not_loaded = false;
   bool without_type = false;
   GstPluginFeature *loaded_instead = nullptr;
+  GstElementFactory *found_instead = nullptr;
+  std::function<void()> when_asked_for_type = [] {};
 };
 thread_local Plugin_Fault plugin_fault;
 
@@ -26,6 +29,14 @@ Function *framework(const char *name) {
 }
 
 }  // namespace
+
+extern "C" GstElementFactory *gst_element_factory_find(const gchar *name) {
+  static const auto find =
+      framework<decltype(gst_element_factory_find)>("gst_element_factory_find");
+  if (plugin_fault.found_instead != nullptr)
+    return GST_ELEMENT_FACTORY(gst_object_ref(plugin_fault.found_instead));
+  return find(name);
+}
 
 extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
   static const auto load = framework<decltype(gst_plugin_feature_load)>("gst_plugin_feature_load");
@@ -38,6 +49,7 @@ extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) 
 extern "C" GType gst_element_factory_get_element_type(GstElementFactory *factory) {
   static const auto get_type = framework<decltype(gst_element_factory_get_element_type)>(
       "gst_element_factory_get_element_type");
+  plugin_fault.when_asked_for_type();
   return plugin_fault.without_type ? G_TYPE_INVALID : get_type(factory);
 }
 
@@ -142,6 +154,48 @@ TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
       [] { Media_Helper::get_element_type("tee"); });
   EXPECT_EQ(reference_count(found), found_before);
   EXPECT_EQ(reference_count(loaded), loaded_before);
+}
+
+// A factory outside the registry, which records its end.
+class Lone_Factory {
+public:
+  Lone_Factory(const char *name, std::string &ends)
+      : name_(name), ends_(ends),
+        factory_(GST_ELEMENT_FACTORY(g_object_new(GST_TYPE_ELEMENT_FACTORY, nullptr))) {
+    gst_object_ref_sink(factory_);
+    g_object_weak_ref(
+        G_OBJECT(factory_),
+        [](gpointer data, GObject *) {
+          auto *const factory = static_cast<Lone_Factory *>(data);
+          factory->ends_ += factory->name_;
+        },
+        this);
+  }
+  Lone_Factory(const Lone_Factory &) = delete;
+  Lone_Factory &operator=(const Lone_Factory &) = delete;
+
+  GstElementFactory *get() const { return factory_; }
+  void let_go() { gst_object_unref(factory_); }
+
+private:
+  const std::string name_;
+  std::string &ends_;
+  GstElementFactory *const factory_;
+};
+
+// The guards hold the last references when they run.
+TEST_F(Element_Type, DropsTheLoadedFactoryBeforeTheFoundOne) {
+  std::string ends;
+  Lone_Factory found("found ", ends);
+  Lone_Factory loaded("loaded ", ends);
+  plugin_fault.found_instead = found.get();
+  plugin_fault.loaded_instead = GST_PLUGIN_FEATURE(loaded.get());
+  plugin_fault.when_asked_for_type = [&found, &loaded] {
+    found.let_go();
+    loaded.let_go();
+  };
+  EXPECT_THROW(Media_Helper::get_element_type("tee"), std::runtime_error);
+  EXPECT_EQ(ends, "loaded found ");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -77,6 +78,13 @@ static_assert(std::is_constructible_v<Backend_Runtime, TEC::Tavren_Error_Code, c
 static_assert(std::is_constructible_v<Logic_Error, TEC::Tavren_Error_Code, const char *>);
 
 static_assert(noexcept(std::declval<const Root_Error &>().code()));
+
+// An exception that is constructed from several arguments, one of which cannot be copied.
+class Broken_Disk : public std::runtime_error {
+public:
+  Broken_Disk(const std::string &text, int disk, std::unique_ptr<int> sector)
+      : std::runtime_error(text + " " + std::to_string(disk) + ":" + std::to_string(*sector)) {}
+};
 
 static_assert(sizeof(TEC::Tavren_Error_Code) == 4);
 
@@ -187,6 +195,53 @@ TEST(Error, TextIsKeptUnchanged) {
     EXPECT_EQ(Runtime_Error(TEC::NOT_A_BIN, text).what(), text);
     EXPECT_EQ(Logic_Error(TEC::INVALID_RESOLUTION, text.c_str()).what(), text);
   }
+}
+
+template <typename Error, typename Base>
+void expect_error_of(const Error &error, const std::string &text) {
+  static_assert(has_plain_base<Base, Error> && has_virtual_base<Root_Error, Error>);
+  EXPECT_EQ(static_cast<const Root_Error &>(error).code(), 0x15180);
+  EXPECT_EQ(static_cast<const Base &>(error).what(), text);
+}
+
+TEST(Error, IsMadeOfEveryStandardException) {
+  expect_error_of<Tavren_Error<std::range_error>, std::range_error>(
+      Tavren_Error<std::range_error>(TEC::NOT_A_BIN, "text"), "text");
+  expect_error_of<Backend_Error<std::invalid_argument>, std::invalid_argument>(
+      Backend_Error<std::invalid_argument>(TEC::NOT_A_BIN, std::string("text")), "text");
+  expect_error_of<Tavren_Error<std::bad_alloc>, std::bad_alloc>(
+      Tavren_Error<std::bad_alloc>(TEC::NOT_A_BIN), std::bad_alloc().what());
+  expect_error_of<Backend_Error<std::bad_alloc>, std::bad_alloc>(
+      Backend_Error<std::bad_alloc>(TEC::NOT_A_BIN), std::bad_alloc().what());
+}
+
+TEST(Error, HandsAllArgumentsOnToItsBase) {
+  const std::error_code full = std::make_error_code(std::errc::no_space_on_device);
+  const std::string text = std::system_error(full, "recording").what();
+  const Tavren_Error<std::system_error> tavren(TEC::NOT_A_BIN, full, "recording");
+  expect_error_of<Tavren_Error<std::system_error>, std::system_error>(tavren, text);
+  EXPECT_EQ(tavren.std::system_error::code(), full);
+  const Backend_Error<std::system_error> backend(TEC::NOT_A_BIN, full, std::string("recording"));
+  const Tavren_Error<std::system_error> &by_text = backend;
+  EXPECT_STREQ(by_text.what(), text.c_str());
+  EXPECT_EQ(by_text.std::system_error::code(), full);
+
+  expect_error_of<Tavren_Error<Broken_Disk>, Broken_Disk>(
+      Tavren_Error<Broken_Disk>(TEC::NOT_A_BIN, "broken", 7, std::make_unique<int>(8)),
+      "broken 7:8");
+  expect_error_of<Backend_Error<Broken_Disk>, Broken_Disk>(
+      Backend_Error<Broken_Disk>(TEC::NOT_A_BIN, "broken", 7, std::make_unique<int>(8)),
+      "broken 7:8");
+}
+
+TEST(Error, OfAnotherBaseIsCaughtAsEveryBase) {
+  const auto fail = [] { throw Backend_Error<std::range_error>(TEC::NOT_A_BIN, "text"); };
+  EXPECT_TRUE(caught_as<Backend_Root>(fail));
+  EXPECT_TRUE(caught_as<Root_Error>(fail));
+  EXPECT_TRUE(caught_as<Tavren_Error<std::range_error>>(fail));
+  EXPECT_TRUE(caught_as<std::range_error>(fail));
+  EXPECT_TRUE(caught_as<std::exception>(fail));
+  EXPECT_FALSE(caught_as<Backend_Runtime>(fail));
 }
 
 TEST(Error, TextIsCopied) {

@@ -361,6 +361,9 @@ TEST(Emancipator, IsCalledByAThrow) {
             (Calls{{"g_free", text}}));
 }
 
+// Callers may name the guard either way.
+static_assert(std::is_same_v<Scope_Exit_Guard, boost::scope_exit::aux::guard<void>>);
+
 // What threw here would lose what the guard was to release.
 static_assert(noexcept(arm(std::declval<Scope_Exit_Guard &>(), std::declval<void (*)()>())));
 

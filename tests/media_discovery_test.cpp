@@ -1,5 +1,6 @@
 // What is found out about real media.
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <thread>
@@ -42,6 +43,9 @@ public:
   std::vector<GstClockTime> timeouts;
   std::vector<std::string> uris;
   std::vector<std::string> dropped;  // what came to its end, in order
+  bool error_wanted = false;         // a detailed error was asked for
+  std::vector<std::string> asked;    // the kinds of streams whose lists were asked for, in order
+  std::vector<GList *> lists;        // those that were handed out and not freed
   GstDiscovererInfo *found = nullptr;
 
   void watch_end(gpointer object, const char *name) {
@@ -58,6 +62,14 @@ public:
 
 thread_local Discovery_Watch *Discovery_Watch::current = nullptr;
 
+GList *note_list(const char *kind, GList *streams) {
+  if (Discovery_Watch *const watch = Discovery_Watch::current; watch != nullptr) {
+    watch->asked.emplace_back(kind);
+    if (streams != nullptr) watch->lists.push_back(streams);
+  }
+  return streams;
+}
+
 // The framework's own function, behind the one that stands in for it.
 template <typename Function>
 Function *next(Function *, const char *name) {
@@ -69,6 +81,7 @@ Function *next(Function *, const char *name) {
 
 using kel::tavren::tests::Discovery_Watch;
 using kel::tavren::tests::next;
+using kel::tavren::tests::note_list;
 
 extern "C" {
 
@@ -77,6 +90,7 @@ GstDiscoverer *gst_discoverer_new(GstClockTime timeout, GError **error) {
   Discovery_Watch *const watch = Discovery_Watch::current;
   if (watch != nullptr) {
     watch->timeouts.push_back(timeout);
+    if (error != nullptr) watch->error_wanted = true;
     if (discoverer != nullptr) watch->watch_end(discoverer, "discoverer");
   }
   return discoverer;
@@ -87,6 +101,7 @@ GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const 
   Discovery_Watch *const watch = Discovery_Watch::current;
   if (watch != nullptr) {
     watch->uris.emplace_back(uri);
+    if (error != nullptr) watch->error_wanted = true;
     if (watch->find_nothing) return nullptr;
   }
   GstDiscovererInfo *const found =
@@ -103,6 +118,23 @@ GstDiscovererResult gst_discoverer_info_get_result(const GstDiscovererInfo *foun
   if (watch != nullptr && watch->change_result)
     return static_cast<GstDiscovererResult>(watch->result);
   return next(gst_discoverer_info_get_result, "gst_discoverer_info_get_result")(found);
+}
+
+GList *gst_discoverer_info_get_video_streams(GstDiscovererInfo *found) {
+  return note_list("video", next(gst_discoverer_info_get_video_streams,
+                                 "gst_discoverer_info_get_video_streams")(found));
+}
+
+GList *gst_discoverer_info_get_audio_streams(GstDiscovererInfo *found) {
+  return note_list("audio", next(gst_discoverer_info_get_audio_streams,
+                                 "gst_discoverer_info_get_audio_streams")(found));
+}
+
+void gst_discoverer_stream_info_list_free(GList *streams) {
+  if (Discovery_Watch *const watch = Discovery_Watch::current; watch != nullptr)
+    watch->lists.erase(std::remove(watch->lists.begin(), watch->lists.end(), streams),
+                       watch->lists.end());
+  next(gst_discoverer_stream_info_list_free, "gst_discoverer_stream_info_list_free")(streams);
 }
 
 GstCaps *gst_discoverer_stream_info_get_caps(GstDiscovererStreamInfo *stream) {
@@ -235,6 +267,49 @@ TEST(Media_Discovery, makes_no_uri_of_a_path) {
   for (const std::string &path :
        {folder.path("audio.mka"), std::string("audio.mka"), std::string("./audio.mka")})
     expect_failure(path, "Discoverer returned error: GST_DISCOVERER_ERROR");
+}
+
+// Spelled as the framework would not spell them.
+TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
+  const Media_Folder folder;
+  folder.record_audio("audio.mka");
+  const std::string plain = folder.uri("audio.mka");
+  const std::string parent = folder.uri("");
+  for (const std::string &uri :
+       {parent + "./audio.mka", parent + "%61udio%2Emka", "FILE" + plain.substr(4)}) {
+    SCOPED_TRACE(uri);
+    Discovery_Watch watch;
+    EXPECT_EQ(Media_Helper::get_media_info(uri, patience)->uri, uri);
+    EXPECT_EQ(watch.uris, std::vector<std::string>{uri});
+  }
+}
+
+// The discoverer reads as far as the first null byte; the record holds what the caller gave.
+TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
+  const Media_Folder folder;
+  folder.record_audio("audio.mka");
+  const std::string plain = folder.uri("audio.mka");
+  const std::string uri = plain + '\0' + "audio";
+  Discovery_Watch watch;
+  EXPECT_EQ(Media_Helper::get_media_info(uri, patience)->uri, uri);
+  EXPECT_EQ(watch.uris, std::vector<std::string>{plain});
+}
+
+TEST(Media_Discovery, asks_for_no_detailed_error) {
+  Discovery_Watch watch;
+  expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR",
+               [] { Media_Helper::get_media_info("file:///nonexistent.mkv", patience); });
+  EXPECT_EQ(watch.uris.size(), 1U);
+  EXPECT_FALSE(watch.error_wanted);
+}
+
+TEST(Media_Discovery, asks_for_the_videos_first_and_frees_both_lists) {
+  const Media_Folder folder;
+  folder.record_video_and_audio("camera.mkv");
+  Discovery_Watch watch;
+  const auto info = Media_Helper::get_media_info(folder.uri("camera.mkv"), patience);
+  EXPECT_EQ(watch.asked, (std::vector<std::string>{"video", "audio"}));
+  EXPECT_EQ(watch.lists, std::vector<GList *>{});
 }
 
 TEST(Media_Discovery, fails_for_an_empty_uri) {
@@ -458,6 +533,15 @@ TEST(Media_Discovery, gives_caps_that_end_with_the_record) {
     }
   info.reset();
   EXPECT_EQ(gone, 2);
+}
+
+TEST(Media_Info_Record, has_its_members_in_order) {
+  const Media_Info info;
+  const auto &[uri, duration, video_caps, audio_caps] = info;
+  EXPECT_EQ(&uri, &info.uri);
+  EXPECT_EQ(&duration, &info.duration);
+  EXPECT_EQ(&video_caps, &info.video_caps);
+  EXPECT_EQ(&audio_caps, &info.audio_caps);
 }
 
 TEST(Media_Info_Record, is_empty_when_new) {

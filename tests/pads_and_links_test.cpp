@@ -952,6 +952,16 @@ TEST_F(Sink_Pad_Probe, NeedsNeitherDataNorItsDestruction) {
   run();
 }
 
+TEST_F(Sink_Pad_Probe, BlocksWithoutACallback) {
+  Media_Helper::add_probe_to_sink_pad_or_throw(sink_.get(), GST_PAD_PROBE_TYPE_BLOCK_DOWNSTREAM,
+                                               nullptr, &record_, record_destruction);
+  EXPECT_TRUE(gst_pad_is_blocked(sink_pad_.get()));
+  EXPECT_EQ(record_.destroyed, 0);
+  sink_pad_.reset();
+  sink_.reset();
+  EXPECT_EQ(record_.destroyed, 1);
+}
+
 TEST_F(Sink_Pad_Probe, RunsAtOnceOnAnIdlePadAndStays) {
   add_probe(sink_, GST_PAD_PROBE_TYPE_IDLE, record_);
   EXPECT_EQ(record_.calls, 1);

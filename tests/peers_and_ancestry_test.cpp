@@ -15,12 +15,26 @@ namespace {
 // While true, the link of any pad has gone away by the time its peer is asked for.
 thread_local bool links_go_away = false;
 
+// While set, called with each object on this thread before its parent is looked up.
+thread_local void (*before_parent_is_asked)(GstObject *) = nullptr;
+
+template <typename Function>
+Function *framework(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
 }  // namespace
 
 extern "C" GstPad *gst_pad_get_peer(GstPad *pad) {
-  static const auto framework =
-      reinterpret_cast<GstPad *(*)(GstPad *)>(dlsym(RTLD_NEXT, "gst_pad_get_peer"));
-  return links_go_away ? nullptr : framework(pad);
+  static const auto get_peer = framework<decltype(gst_pad_get_peer)>("gst_pad_get_peer");
+  return links_go_away ? nullptr : get_peer(pad);
+}
+
+extern "C" GstObject *gst_object_get_parent(GstObject *object) {
+  static const auto get_parent =
+      framework<decltype(gst_object_get_parent)>("gst_object_get_parent");
+  if (before_parent_is_asked != nullptr) before_parent_is_asked(object);
+  return get_parent(object);
 }
 
 namespace kel::tavren::tests {
@@ -244,6 +258,37 @@ TEST_F(Ancestry, TellsAnotherTopFromItsOwn) {
   expect_mismatch("second", element_, bin_);
   expect_mismatch("second", element_, element_);
   expect_mismatch("second", bin_, bin_);
+}
+
+// A bin in a pipeline. All its owners drop it just before its own parent is looked up.
+Element dying_bin;
+bool bin_was_held = false;
+
+void let_go_of_bin(GstObject *object) {
+  if (object != GST_OBJECT(dying_bin.get())) return;
+  const Element pipeline(GST_ELEMENT(GST_OBJECT_PARENT(object)));
+  gst_bin_remove(GST_BIN(pipeline.get()), dying_bin.get());
+  bin_was_held = reference_count(dying_bin.get()) == 2;  // this one, and the walk's
+  if (bin_was_held) dying_bin.reset();
+}
+
+TEST_F(Ancestry, HoldsEachAncestorWhileTheNextIsAskedFor) {
+  dying_bin = make_bin("dying");
+  const Weak_Watch watch(dying_bin.get());
+  const Element element = make_element("identity");
+  add_to_bin(dying_bin, element);
+  add_to_bin(pipeline_, dying_bin);
+  bin_was_held = false;
+  before_parent_is_asked = let_go_of_bin;
+  Element top(Media_Helper::get_most_parent(element.get()), false);
+  before_parent_is_asked = nullptr;
+  EXPECT_TRUE(bin_was_held);
+  dying_bin.reset();
+  ASSERT_FALSE(watch.gone());
+  EXPECT_EQ(reference_count(top.get()), 1U);
+  EXPECT_STREQ(GST_OBJECT_NAME(top.get()), "dying");
+  top.reset();
+  EXPECT_TRUE(watch.gone());
 }
 
 // A bin that leaves its pipeline during the walk stays valid: the walk holds it.

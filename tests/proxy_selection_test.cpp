@@ -6,6 +6,7 @@
 
 #include "depayloader_references.h"
 #include "errors.h"
+#include "log_watch.h"
 #include "references.h"
 
 namespace kel::tavren::tests {
@@ -154,6 +155,14 @@ TEST_F(Proxy_Selection, takes_caps_for_granted) {
   EXPECT_EQ(proxy.first, "rtph264depay");
   EXPECT_EQ(proxy.second, "rtph264pay");
   expect_taken(1);
+}
+
+TEST_F(Proxy_Selection, leaves_null_to_the_framework) {
+  const Expected_Log log("assertion 'caps != NULL' failed");
+  expect_error(0x15010, "Failed to select proxy elements: Unsupported caps.",
+               [] { Media_Helper::select_proxy_elements(nullptr); });
+  EXPECT_EQ(log.count(), 6);
+  expect_taken(6);
 }
 
 TEST_F(Proxy_Selection, fails_without_the_first_depayloader_whatever_the_caps) {

@@ -1,9 +1,12 @@
 // How full a queue is, as a log line shows it.
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include <dlfcn.h>
 #include <gst/app/gstappsrc.h>
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
@@ -11,6 +14,33 @@
 #include "grouping_locale.h"
 #include "log_watch.h"
 #include "references.h"
+
+namespace {
+
+// The copies of names that were made on this thread and not freed, while a test listens.
+thread_local std::vector<gconstpointer> *names_held = nullptr;
+
+template <typename Function>
+Function *framework(const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" gchar *gst_object_get_name(GstObject *object) {
+  static const auto get_name = framework<decltype(gst_object_get_name)>("gst_object_get_name");
+  gchar *const name = get_name(object);
+  if (names_held != nullptr) names_held->push_back(name);
+  return name;
+}
+
+extern "C" void(g_free)(gpointer memory) {
+  static const auto free_memory = framework<void(gpointer)>("g_free");
+  if (names_held != nullptr)
+    names_held->erase(std::remove(names_held->begin(), names_held->end(), memory),
+                      names_held->end());
+  free_memory(memory);
+}
 
 namespace kel::tavren::tests {
 namespace {
@@ -21,10 +51,10 @@ using capture::Media_Helper;
 // that one is answered in front of the queue.
 class Filled_Queue {
 public:
-  explicit Filled_Queue(const std::string &name)
-      : pipeline_(launch(
-            "appsrc name=source format=time ! identity drop-allocation=true ! queue name=" + name +
-            " max-size-buffers=0 max-size-bytes=0 max-size-time=0 ! fakesink")),
+  explicit Filled_Queue(const std::string &name, const std::string &kind = "queue")
+      : pipeline_(launch("appsrc name=source format=time ! identity drop-allocation=true ! " +
+                         kind + " name=" + name +
+                         " max-size-buffers=0 max-size-bytes=0 max-size-time=0 ! fakesink")),
         source_(child("source")), queue_(child(name.c_str())) {
     const Pad pad(gst_element_get_static_pad(queue_.get(), "src"), false);
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BLOCK_DOWNSTREAM, stay_blocked, nullptr,
@@ -113,6 +143,24 @@ TEST(Queue_Report, tells_buffers_bytes_and_seconds) {
   queue.add(6000, 700 * GST_MSECOND, 600 * GST_MSECOND);
   queue.add(1000, 1300 * GST_MSECOND, 600 * GST_MSECOND);
   EXPECT_EQ(queue.report(), "queue0 Stats : Num Buffers = 3, Num Bytes = 14000, Num Seconds = 1");
+}
+
+TEST(Queue_Report, tells_the_levels_of_a_queue2) {
+  Filled_Queue queue("buffering", "queue2 use-rate-estimate=false");
+  queue.add(7000, 0, 700 * GST_MSECOND);
+  queue.add(6000, 700 * GST_MSECOND, 600 * GST_MSECOND);
+  EXPECT_EQ(queue.report(),
+            "buffering Stats : Num Buffers = 2, Num Bytes = 13000, Num Seconds = 1");
+}
+
+TEST(Queue_Report, frees_the_name) {
+  const Element queue = make_element("queue", "queue0");
+  std::vector<gconstpointer> held;
+  names_held = &held;
+  const std::string report = Media_Helper::generate_queue_stats_report(queue.get());
+  names_held = nullptr;
+  EXPECT_EQ(report.substr(0, 12), "queue0 Stats");
+  EXPECT_TRUE(held.empty());
 }
 
 TEST(Queue_Report, drops_the_fraction_of_a_second) {

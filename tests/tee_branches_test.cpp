@@ -122,6 +122,67 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
   EXPECT_EQ(decoder->numsrcpads, 0);
 }
 
+// What was requested of an element, and the references to its pad when the pad was released.
+struct Request_Record {
+  std::vector<std::string> names;
+  std::vector<Caps> caps;
+  guint references_on_release = 0;
+};
+Request_Record *request_record = nullptr;
+
+GstPad *record_request(GstElement *element, GstPadTemplate *pad_template, const gchar *name,
+                       const GstCaps *caps) {
+  request_record->names.emplace_back(name != nullptr ? name : "(null)");
+  request_record->caps.emplace_back(const_cast<GstCaps *>(caps));
+  GstPad *const pad = gst_pad_new_from_template(pad_template, "src_0");
+  gst_element_add_pad(element, pad);
+  return pad;
+}
+
+void record_release(GstElement *element, GstPad *pad) {
+  request_record->references_on_release = reference_count(pad);
+  gst_element_remove_pad(element, pad);
+}
+
+class Tee_Request : public testing::Test {
+protected:
+  Tee_Request() { request_record = &record_; }
+  ~Tee_Request() override { request_record = nullptr; }
+
+  static Element make_recording_element() {
+    static const GType type = g_type_register_static_simple(
+        GST_TYPE_ELEMENT, "TestRecordingElement", sizeof(GstElementClass),
+        [](gpointer element_class, gpointer) {
+          offer_source_pads(element_class, nullptr);
+          GST_ELEMENT_CLASS(element_class)->request_new_pad = record_request;
+          GST_ELEMENT_CLASS(element_class)->release_pad = record_release;
+        },
+        sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+    return Element(GST_ELEMENT_CAST(
+                       gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
+                   false);
+  }
+
+  Request_Record record_;
+  const Element tee_ = make_recording_element();
+};
+
+TEST_F(Tee_Request, HasNoNameAndNoCaps) {
+  Pad pad(Media_Helper::get_tee_src_pad(tee_.get()), false);
+  EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
+  EXPECT_EQ(record_.caps, std::vector<Caps>{nullptr});
+  end_branch(tee_, pad);
+}
+
+TEST_F(Tee_Request, IsGivenBackBeforeTheReferenceIsDropped) {
+  const Element source = make_element("fakesrc");
+  expect_error(0x15020, "Failed to link tee to element",
+               [&] { Media_Helper::link_tee_to_element(tee_.get(), source.get()); });
+  EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
+  EXPECT_EQ(record_.references_on_release, 2u);  // the element's, and the request's
+  EXPECT_EQ(tee_->numsrcpads, 0);
+}
+
 // A tee and what may hang on it, in one bin; what the tee does with its pads is watched.
 class Link_Tee : public testing::Test {
 protected:
@@ -267,6 +328,32 @@ TEST_F(Link_Tee, CanBeTriedAgain) {
   Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
   EXPECT_EQ(tee_->numsrcpads, 1);
   EXPECT_TRUE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
+}
+
+TEST_F(Link_Tee, GivesThePadBackWhileTheTeePlays) {
+  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+  const Element sink = make_element("fakesink");
+  add_to_bin(pipeline, bin_);
+  add_to_bin(bin_, sink);
+  ASSERT_TRUE(gst_element_link_many(source_.get(), tee_.get(), queue_.get(), sink.get(),
+                                    static_cast<GstElement *>(nullptr)));
+  g_object_set(source_.get(), "is-live", TRUE, "do-timestamp", TRUE, "format", GST_FORMAT_TIME,
+               "datarate", 1000000, nullptr);
+  gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+  ASSERT_NE(gst_element_get_state(pipeline.get(), nullptr, nullptr, 10 * GST_SECOND),
+            GST_STATE_CHANGE_FAILURE);
+  ASSERT_EQ(GST_STATE(tee_.get()), GST_STATE_PLAYING);
+
+  const Element video = make_element("videotestsrc");  // has no "sink" pad
+  expect_error(0x15020, "Failed to link tee to element",
+               [&] { Media_Helper::link_tee_to_element(tee_.get(), video.get()); });
+  expect_error(0x15020, "Failed to link tee to element",
+               [&] { Media_Helper::link_tee_to_element(tee_.get(), queue_.get()); });
+  EXPECT_EQ(tee_->numsrcpads, 1);
+  gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+  ASSERT_EQ(added_.size(), 3u);
+  EXPECT_TRUE(added_[1]->gone());
+  EXPECT_TRUE(added_[2]->gone());
 }
 
 GstPadProbeReturn count_buffer(GstPad *, GstPadProbeInfo *, gpointer count) {

@@ -125,6 +125,11 @@ TEST(Segment_Text, has_rates_of_six_digits) {
       {0.0001, "0.0001"},
       {0.00001, "1e-05"},
       {0.0, "0"},
+      {std::numeric_limits<double>::infinity(), "inf"},
+      {-std::numeric_limits<double>::infinity(), "-inf"},
+      {std::numeric_limits<double>::quiet_NaN(), "nan"},
+      {-std::numeric_limits<double>::quiet_NaN(), "-nan"},
+      {-0.0, "-0"},
   };
   for (const auto &row : rows) {
     GstSegment segment = make_segment(GST_FORMAT_TIME);
@@ -134,6 +139,24 @@ TEST(Segment_Text, has_rates_of_six_digits) {
     EXPECT_EQ(text.substr(0, text.find(", Base")), std::string("Segment :: Flags = 0, Rate = ") +
                                                        row.text + ", Applied_Rate = " + row.text);
     EXPECT_EQ(text.substr(text.size() - 2), ". ");
+  }
+}
+
+TEST(Segment_Text, has_signed_flags) {
+  const struct {
+    guint flags;
+    const char *text;
+  } rows[] = {
+      {0x7FFFFFFF, "2147483647"},
+      {0x80000000, "-2147483648"},
+      {0x80000001, "-2147483647"},
+      {0xFFFFFFFF, "-1"},
+  };
+  for (const auto &row : rows) {
+    GstSegment segment = make_segment(GST_FORMAT_TIME);
+    segment.flags = static_cast<GstSegmentFlags>(row.flags);
+    const std::string text = Media_Helper::gst_segment_to_string(&segment);
+    EXPECT_EQ(text.substr(0, text.find(", Rate")), std::string("Segment :: Flags = ") + row.text);
   }
 }
 

@@ -18,9 +18,18 @@ namespace kel::tavren::capture {
 [[noreturn]] void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
                                      const char *what);
 
+[[noreturn]] inline void throw_not_an_element(std::string_view description) {
+  throw_bad_argument(TEC::NOT_AN_ELEMENT, description, " is not a GstElement *.");
+}
+
+// As GST_IS_ELEMENT, which first compares the type of the instance itself: GstElement is abstract,
+// so that comparison never succeeds. g_type_check_instance_is_a answers FALSE for null too.
+inline bool is_element(GstElement *element) noexcept {
+  return g_type_check_instance_is_a(reinterpret_cast<GTypeInstance *>(element), GST_TYPE_ELEMENT);
+}
+
 inline void check_element(GstElement *element, std::string_view description) {
-  if (!GST_IS_ELEMENT(element))
-    throw_bad_argument(TEC::NOT_AN_ELEMENT, description, " is not a GstElement *.");
+  if (!is_element(element)) throw_not_an_element(description);
 }
 
 inline void check_pad(GstPad *pad, std::string_view description) {

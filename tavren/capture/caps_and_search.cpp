@@ -121,16 +121,16 @@ unsigned long long Media_Helper::get_element_type(const std::string &factory_nam
 
   GstPluginFeature *const loaded = gst_plugin_feature_load(GST_PLUGIN_FEATURE_CAST(found));
   if (loaded == nullptr)
-    throw Error(TEC::FACTORY_NOT_LOADED,
-                "Could not load factory for element \"" + factory_name + "\" in get_element_type.");
+    throw_quoting(TEC::FACTORY_NOT_LOADED, "Could not load factory for element \"", factory_name,
+                  "\" in get_element_type.");
   Scope_Exit_Guard drop_loaded;
   arm(drop_loaded, [&loaded] { gst_object_unref(loaded); });
 
   const GType type = gst_element_factory_get_element_type(GST_ELEMENT_FACTORY_CAST(loaded));
   if (type == G_TYPE_INVALID)
-    throw Error(TEC::FACTORY_HAS_NO_ELEMENT_TYPE,
-                "Unable to get type information for factory for element \"" + factory_name +
-                    "\" in get_element_type.");
+    throw_quoting(TEC::FACTORY_HAS_NO_ELEMENT_TYPE,
+                  "Unable to get type information for factory for element \"", factory_name,
+                  "\" in get_element_type.");
   return type;
 }
 

@@ -23,8 +23,7 @@ void add_to_bin(GstBin *bin, GstElement *element) {
 
   const bool dropped_by_bin = was_floating && !g_object_is_floating(element);
   if (!has_parent(element) && !dropped_by_bin) gst_object_unref(element);
-  throw Error(TEC::BIN_ADD_FAILED, fill("Failed to add element %s (%s) to bin.",
-                                        {object_name(element).get(), factory_name(element)}));
+  throw_naming_with_factory(TEC::BIN_ADD_FAILED, "Failed to add element %s (%s) to bin.", element);
 }
 
 }  // namespace
@@ -32,8 +31,8 @@ void add_to_bin(GstBin *bin, GstElement *element) {
 GstElementFactory *Media_Helper::gst_element_factory_find_or_throw(const std::string &name) {
   GstElementFactory *const factory = gst_element_factory_find(name.c_str());
   if (factory == nullptr)
-    throw Error(TEC::FACTORY_NOT_FOUND,
-                "Could not find factory for \"" + name + "\" in gst_element_factory_find_or_throw");
+    throw_quoting(TEC::FACTORY_NOT_FOUND, "Could not find factory for \"", name,
+                  "\" in gst_element_factory_find_or_throw");
   return factory;
 }
 
@@ -58,7 +57,7 @@ GstElement *Media_Helper::gst_bin_get_by_name_or_throw(GstBin *bin, const std::s
   if (bin == nullptr) throw Error(TEC::BIN_IS_NULL, "bin == NULL");
   GstElement *const element = gst_bin_get_by_name(bin, name.c_str());
   if (element == nullptr)
-    throw Error(TEC::ELEMENT_NOT_IN_BIN, "Could not retrieve element '" + name + "' from bin");
+    throw_quoting(TEC::ELEMENT_NOT_IN_BIN, "Could not retrieve element '", name, "' from bin");
   return element;
 }
 
@@ -103,17 +102,16 @@ GstStateChangeReturn Media_Helper::gst_element_set_state_or_throw(GstElement *el
 void Media_Helper::gst_element_sync_state_with_parent_or_throw(GstElement *element) {
   check_element(element, "element in gst_element_sync_state_with_parent_or_throw");
   if (!gst_element_sync_state_with_parent(element))
-    throw Error(TEC::STATE_SYNC_WITH_PARENT_FAILED,
-                fill("Failed to sync element %s (%s) with parent.",
-                     {object_name(element).get(), factory_name(element)}));
+    throw_naming_with_factory(TEC::STATE_SYNC_WITH_PARENT_FAILED,
+                              "Failed to sync element %s (%s) with parent.", element);
 }
 
 GstBus *Media_Helper::gst_element_get_bus_or_throw(GstElement *element) {
   check_element(element, "element in gst_element_get_bus_or_throw");
   GstBus *const bus = gst_element_get_bus(element);
   if (bus == nullptr)
-    throw Error(TEC::ELEMENT_HAS_NO_BUS, fill("Could not retrieve pipeline bus for element \"%s\".",
-                                              {object_name(element).get()}));
+    throw_naming(TEC::ELEMENT_HAS_NO_BUS, "Could not retrieve pipeline bus for element \"%s\".",
+                 element);
   return bus;
 }
 
@@ -132,9 +130,8 @@ GstElement *Media_Helper::gst_element_get_parent_or_throw(GstElement *element) {
       reinterpret_cast<GTypeInstance *>(gst_object_get_parent(GST_OBJECT_CAST(element))),
       GST_TYPE_ELEMENT));
   if (parent == nullptr)
-    throw Error(TEC::ELEMENT_HAS_NO_PARENT,
-                fill("Failed to get parent for element %s (%s).",
-                     {object_name(element).get(), factory_name(element)}));
+    throw_naming_with_factory(TEC::ELEMENT_HAS_NO_PARENT,
+                              "Failed to get parent for element %s (%s).", element);
   return parent;
 }
 

@@ -27,4 +27,18 @@ std::string fill(const char *format, std::initializer_list<const char *> values)
   return text.str();
 }
 
+void throw_quoting(TEC::Tavren_Error_Code code, const char *before, const std::string &text,
+                   const char *after) {
+  throw Error(code, before + text + after);
+}
+
+void throw_naming(TEC::Tavren_Error_Code code, const char *format, GstElement *element) {
+  throw Error(code, fill(format, {object_name(element).get()}));
+}
+
+void throw_naming_with_factory(TEC::Tavren_Error_Code code, const char *format,
+                               GstElement *element) {
+  throw Error(code, fill(format, {object_name(element).get(), factory_name(element)}));
+}
+
 }  // namespace kel::tavren::capture

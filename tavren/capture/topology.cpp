@@ -10,18 +10,56 @@ namespace kel::tavren::capture {
 namespace {
 
 using Element = boost::intrusive_ptr<GstElement>;
-using Pad = boost::intrusive_ptr<GstPad>;
+// Calls gst_object_unref directly: the extra jump through a handle's adapter would show in
+// operations this short.
+using Pad = std::unique_ptr<GstPad, decltype(&gst_object_unref)>;
 
 // Adopts a reference that a call returned.
 Element adopt(GstElement *element) noexcept {
   return Element(element, false);
 }
 Pad adopt(GstPad *pad) noexcept {
-  return Pad(pad, false);
+  return Pad(pad, gst_object_unref);
 }
 
 GstPadTemplate *pad_template(GstElement *element, const char *name) {
   return gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(element), name);
+}
+
+// The functions below take elements that have been checked.
+
+// Separate, so that a successful lookup sets up no frame for the message.
+[[noreturn]] void throw_no_static_pad(GstElement *element, const char *name) {
+  throw Error(TEC::STATIC_PAD_NOT_FOUND,
+              fill("Failed to get static pad \"%s\" for element %s (%s).",
+                   {name, object_name(element).get(), factory_name(element)}));
+}
+
+GstPad *get_static_pad(GstElement *element, const char *name) {
+  GstPad *const pad = gst_element_get_static_pad(element, name);
+  if (pad == nullptr) throw_no_static_pad(element, name);
+  return pad;
+}
+
+GstPad *request_tee_pad(GstElement *tee) {
+  GstPadTemplate *const src_template = pad_template(tee, "src_%u");
+  if (src_template == nullptr)
+    throw Error(TEC::TEE_HAS_NO_SRC_PAD_TEMPLATE, "NULL src pad template");
+  GstPad *const pad = gst_element_request_pad(tee, src_template, nullptr, nullptr);
+  if (pad == nullptr)
+    throw Error(TEC::TEE_SRC_PAD_REQUEST_FAILED, "Failed to get src pad from tee");
+  return pad;
+}
+
+// Null when the element has no parent.
+Element get_topmost_parent(GstElement *element) {
+  Element topmost;
+  GstElement *current = element;
+  while (GstObject *const parent = gst_object_get_parent(GST_OBJECT_CAST(current))) {
+    current = GST_ELEMENT_CAST(parent);
+    topmost = adopt(current);
+  }
+  return topmost;
 }
 
 }  // namespace
@@ -66,7 +104,7 @@ void Media_Helper::link_pad_to_element_or_throw(GstPad *src_pad, GstElement *ele
   check_element(element,
                 "sink element specified for linking to src_pad in link_pad_to_element_or_throw");
   check_pad(src_pad, "src_pad in link_pad_to_element");
-  const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
+  const Pad sink_pad = adopt(get_static_pad(element, "sink"));
   const GstPadLinkReturn result = gst_pad_link(src_pad, sink_pad.get());
   if (result == GST_PAD_LINK_OK) return;
 
@@ -101,9 +139,9 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
   check_element(elements[0], "element 1 in gst_element_link_many_or_throw");
   for (std::size_t i = 1; i < elements.size(); ++i) {
     // The description is created only for a bad element, because it allocates.
-    if (!GST_IS_ELEMENT(elements[i]))  // GCOVR_EXCL_BR_LINE: GStreamer's check cannot throw
-      check_element(elements[i],
-                    "element " + std::to_string(i + 1) + " in gst_element_link_many_or_throw");
+    if (!is_element(elements[i]))
+      throw_not_an_element("element " + std::to_string(i + 1) +
+                           " in gst_element_link_many_or_throw");
     if (!gst_element_link(elements[i - 1], elements[i]))
       throw Error(TEC::ELEMENT_LINK_FAILED,
                   fill("Failed to link element \"%s\" and element \"%s\".",
@@ -113,38 +151,27 @@ void Media_Helper::gst_element_link_many_or_throw(GstElement *first, GstElement 
 
 GstPad *Media_Helper::gst_element_get_static_pad_or_throw(GstElement *element, const char *name) {
   check_element(element, "element in gst_element_get_static_pad_or_throw");
-  GstPad *const pad = gst_element_get_static_pad(element, name);
-  if (pad == nullptr)
-    throw Error(TEC::STATIC_PAD_NOT_FOUND,
-                fill("Failed to get static pad \"%s\" for element %s (%s).",
-                     {name, object_name(element).get(), factory_name(element)}));
-  return pad;
+  return get_static_pad(element, name);
 }
 
 void Media_Helper::add_probe_to_sink_pad_or_throw(GstElement *element, GstPadProbeType mask,
                                                   GstPadProbeCallback callback, void *data,
                                                   GDestroyNotify destroy_data) {
   check_element(element, "element in add_probe_to_sink_pad_or_throw");
-  const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
+  const Pad sink_pad = adopt(get_static_pad(element, "sink"));
   if (gst_pad_add_probe(sink_pad.get(), mask, callback, data, destroy_data) == 0)
     throw Error(TEC::PROBE_NOT_ADDED, "Failed to add timeout probe");
 }
 
 GstPad *Media_Helper::get_tee_src_pad(GstElement *tee) {
   check_element(tee, "tee element in get_tee_src_pad");
-  GstPadTemplate *const src_template = pad_template(tee, "src_%u");
-  if (src_template == nullptr)
-    throw Error(TEC::TEE_HAS_NO_SRC_PAD_TEMPLATE, "NULL src pad template");
-  GstPad *const pad = gst_element_request_pad(tee, src_template, nullptr, nullptr);
-  if (pad == nullptr)
-    throw Error(TEC::TEE_SRC_PAD_REQUEST_FAILED, "Failed to get src pad from tee");
-  return pad;
+  return request_tee_pad(tee);
 }
 
 void Media_Helper::link_tee_to_element(GstElement *tee, GstElement *element) {
   check_element(tee, "tee in link_tee_to_element");
   check_element(element, "element in link_tee_to_element");
-  GstPad *const pad = get_tee_src_pad(tee);
+  GstPad *const pad = request_tee_pad(tee);
   bool linked = false;
   Scope_Exit_Guard give_back;
   arm(give_back, [&linked, &tee, &pad] {
@@ -171,7 +198,7 @@ GstPad *Media_Helper::get_corresponding_multiqueue_pad(GstPad *multiqueue_pad) {
                 "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.");
 
   const std::string partner = is_src ? "sink_" + name.substr(4) : "src_" + name.substr(5);
-  return gst_element_get_static_pad_or_throw(parent.get(), partner.c_str());
+  return get_static_pad(parent.get(), partner.c_str());
 }
 
 std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstElement *multiqueue,
@@ -191,7 +218,7 @@ std::pair<GstPad *, GstPad *> Media_Helper::request_new_multiqueue_pads(GstEleme
 
 GstPad *Media_Helper::get_element_sink_peer_pad_or_throw(GstElement *element) {
   check_element(element, "element in get_element_sink_peer_pad_or_throw");
-  const Pad sink_pad = adopt(gst_element_get_static_pad_or_throw(element, "sink"));
+  const Pad sink_pad = adopt(get_static_pad(element, "sink"));
   if (!gst_pad_is_linked(sink_pad.get()))
     throw Error(TEC::SINK_PAD_NOT_LINKED,
                 "Sink pad is not linked in get_element_sink_peer_pad_or_throw");
@@ -211,19 +238,13 @@ GstElement *Media_Helper::get_element_sink_peer_or_throw(GstElement *element) {
 
 GstElement *Media_Helper::get_most_parent(GstElement *element) {
   check_element(element, "element in get_most_parent");
-  Element topmost;
-  GstElement *current = element;
-  while (GstObject *const parent = gst_object_get_parent(GST_OBJECT_CAST(current))) {
-    current = GST_ELEMENT_CAST(parent);
-    topmost = adopt(current);
-  }
-  return topmost.detach();
+  return get_topmost_parent(element).detach();
 }
 
 void Media_Helper::verify_element_top_parent(GstElement *element, GstElement *expected_top_parent) {
   check_element(element, "element in verify_element_top_parent");
   check_element(expected_top_parent, "expected_top_parent in verify_element_top_parent");
-  const Element topmost = adopt(get_most_parent(element));
+  const Element topmost = get_topmost_parent(element);
   if (!topmost) {
     if (element == expected_top_parent) return;
     throw Error(TEC::TOP_PARENT_MISMATCH,

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "heap_watch.h"
+
 namespace kel::tavren::tests {
 
 constexpr int EVERY_CALL = -1;
@@ -35,13 +37,17 @@ void disturb_with(const Disturbance &disturbance);
 // Of the disturbed calls since then.
 const Observed &observed();
 
-// What is called in its scope, on this thread, goes wrong as planned.
+// What is called in its scope, on this thread, goes wrong as planned. The memory that it allocates
+// is noted.
 class Disturbed {
 public:
   Disturbed();
   ~Disturbed();
   Disturbed(const Disturbed &) = delete;
   Disturbed &operator=(const Disturbed &) = delete;
+
+private:
+  Heap_Watch heap_;
 };
 
 template <typename Call>

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "heap_watch.h"
 #include "leak_watch.h"
 #include "live_blocks.h"
 #include "log_watch.h"
@@ -133,6 +134,15 @@ void expect_nothing_left(Object_Balance &objects) {
   EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
 }
 
+// Returns whether all noted memory is freed, which threads of the framework may do a moment later.
+bool memory_is_freed() {
+  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND;
+  const gint64 deadline = g_get_monotonic_time() + PATIENCE;
+  while (noted_blocks() != 0 && g_get_monotonic_time() < deadline)
+    g_usleep(G_TIME_SPAN_MILLISECOND);
+  return noted_blocks() == 0;
+}
+
 // Until they seem to have dropped what they held.
 void wait_for_threads() {
   constexpr int CALM = 5;
@@ -243,10 +253,18 @@ protected:
     g_strlcpy(replay, text.c_str(), sizeof replay);
     SCOPED_TRACE(replay);
     ++played_;
-    Object_Balance objects;
-    Round round = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
-    expect_nothing_left(objects);
-    return round;
+    // The framework may keep memory for later, such as a table that has grown, but not each time.
+    constexpr int ATTEMPTS = 3;
+    for (int attempt = 1;; ++attempt) {
+      forget_noted_blocks();
+      Object_Balance objects;
+      Round round = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
+      expect_nothing_left(objects);
+      if (memory_is_freed()) return round;
+      if (attempt < ATTEMPTS) continue;
+      ADD_FAILURE() << "blocks of memory that were lost: " << noted_blocks();
+      return round;
+    }
   }
 
   Round undisturbed_;
@@ -327,6 +345,33 @@ std::string test_name(const testing::TestParamInfo<Scenario> &test) {
 INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), test_name);
 INSTANTIATE_TEST_SUITE_P(All, Varying_Calls, testing::ValuesIn(scenarios_with_varying_calls()),
                          test_name);
+
+// Before 2.76, GLib takes list nodes from pools unless G_SLICE says otherwise.
+bool list_nodes_are_allocated_alone() {
+  return glib_check_version(2, 76, 0) == nullptr ||
+         g_strcmp0(g_getenv("G_SLICE"), "always-malloc") == 0;
+}
+
+// Rounds in which nothing is counted would always pass.
+TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
+  if (!heap_is_watched() || !list_nodes_are_allocated_alone())
+    GTEST_SKIP() << "another allocator is in place";
+  const Element element = make_element("identity", "parser");
+  forget_noted_blocks();
+  gchar *name = nullptr;
+  GList *list = nullptr;
+  {
+    const Heap_Watch watch;
+    name = gst_object_get_name(GST_OBJECT_CAST(element.get()));
+    g_free(gst_object_get_name(GST_OBJECT_CAST(element.get())));
+    list = g_list_prepend(nullptr, nullptr);
+  }
+  EXPECT_EQ(noted_blocks(), 2);
+  g_free(name);
+  EXPECT_EQ(noted_blocks(), 1);
+  g_list_free(list);
+  EXPECT_EQ(noted_blocks(), 0);
+}
 
 // A section is a scenario's, and none is left over.
 TEST(Fault_Outcomes, AreThoseOfTheScenarios) {

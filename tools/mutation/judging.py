@@ -17,7 +17,7 @@ SHORTEST_TIME_LIMIT = 20
 MEMORY_LIMIT = 8 << 30
 
 # The plain builds are fast. Changes that survive them are built again with the preset of the
-# sanitizers, because nothing else detects leaks.
+# sanitizers, because nothing else detects every bad access to memory.
 PLAIN = 'plain'
 SANITIZED = 'sanitized'
 SETTINGS = {
