@@ -339,10 +339,10 @@ TEST(Signal_Connect, GivesTheHandlersId) {
   EXPECT_TRUE(g_signal_handler_is_connected(tee.get(), handler));
   EXPECT_EQ(reference_count(tee.get()), 1U);
 
-  const Pad first(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad first = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(count, 1);
   g_signal_handler_disconnect(tee.get(), handler);
-  const Pad second(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad second = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(count, 1);
 
   gst_element_release_request_pad(tee.get(), first.get());
@@ -378,7 +378,7 @@ TEST(Signal_Connect, RunsTheHandlerBeforeThoseThatComeAfter) {
   g_signal_connect_after(tee.get(), "pad-added", G_CALLBACK(note_after), &order);
   Media_Helper::g_signal_connect_or_throw(tee.get(), "pad-added", G_CALLBACK(note_before), &order);
 
-  const Pad pad(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad pad = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(order, "before after ");
   gst_element_release_request_pad(tee.get(), pad.get());
 }

@@ -106,7 +106,7 @@ void request_src_pad_of_decodebin() {
 
 void request_taken_multiqueue_pad() {
   const Element multiqueue = make_element("multiqueue");
-  const Pad taken(gst_element_request_pad_simple(multiqueue.get(), "sink_0"), false);
+  const Pad taken = request_pad(multiqueue.get(), "sink_0");
   const Expected_Log warning("already has a pad named sink_0");
   Media_Helper::request_new_multiqueue_pads(multiqueue.get(), "sink_0", nullptr);
 }

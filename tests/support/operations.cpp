@@ -535,7 +535,7 @@ Scene::Scene()
   gst_bin_add_many(recording_bin(), deep.get(), snapshots.get(), nullptr);
   gst_element_link_many(camera.get(), format.get(), split.get(), parser.get(), file.get(), nullptr);
   split_src = static_pad(split, "src_0");
-  streams_sink = Pad(gst_element_request_pad_simple(streams.get(), "sink_0"), false);
+  streams_sink = request_pad(streams.get(), "sink_0");
   streams_src = static_pad(streams, "src_0");
   bus = boost::intrusive_ptr<GstBus>(gst_element_get_bus(pipeline.get()), false);
   // Nobody reads the bus, and its messages would keep the elements that they come from.
