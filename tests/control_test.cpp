@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "errors.h"
+#include "framework_version.h"
 #include "log_watch.h"
 #include "references.h"
 
@@ -261,6 +262,7 @@ TEST(Create_Watch, WatchesTheBus) {
 }
 
 TEST(Create_Watch, ThrowsForASecondWatch) {
+  if (framework_is_1_18()) GTEST_SKIP() << "GStreamer 1.18 adds a second watch to a bus";
   const Bus bus(gst_bus_new(), false);
   {
     const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
