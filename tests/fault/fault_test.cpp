@@ -386,6 +386,7 @@ TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
   std::set<std::string> codes;
   std::set<std::string> texts;
   for (const Scenario &scenario : all_scenarios()) {
+    if (framework_is_1_18() && is_caused_since_1_20(scenario)) continue;
     const Round undisturbed = call_once(scenario.prepare(), {});
     for (const Disturbance &failure : framework_failures(scenario, undisturbed)) {
       const std::string outcome = call_and_recover(scenario, failure, undisturbed.outcome).outcome;

@@ -34,9 +34,11 @@ struct Log_Watch {
 
   void note(const char *domain, const char *message) {
     const std::lock_guard lock(mutex);
-    for (Allowed_Log *log : allowed) {
-      if (std::strstr(message, log->text().c_str()) == nullptr) continue;
-      ++log->count_;
+    const auto newest = std::find_if(allowed.rbegin(), allowed.rend(), [message](const auto *log) {
+      return std::strstr(message, log->text().c_str()) != nullptr;
+    });
+    if (newest != allowed.rend()) {
+      ++(*newest)->count_;
       return;
     }
     g_ptr_array_add(unexpected, g_strconcat(domain, ": ", message, nullptr));
