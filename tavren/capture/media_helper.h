@@ -225,7 +225,8 @@ public:
   /// @param bus the bus.
   /// @return (transfer full) (not nullable) the watch, not attached to a main context.
   /// @throws Backend_Error<std::runtime_error> `NOT_A_BUS` for a bad bus,
-  /// `BUS_WATCH_CREATION_FAILED` when the bus has a watch already. Any thread.
+  /// `BUS_WATCH_CREATION_FAILED` when the bus has a watch already, which GStreamer 1.18 does not
+  /// refuse. Any thread.
   static GSource *gst_bus_create_watch_or_throw(GstBus *bus);
 
   /// Gets an element's parent.
@@ -539,9 +540,9 @@ public:
   /// is longer when a source blocks while it is opened, as a FIFO does until it has a writer.
   /// @return (not nullable) what was found; the caller is its only owner.
   /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` when no discoverer can
-  /// be made, also because the timeout is `GST_CLOCK_TIME_NONE`; `DISCOVERY_FAILED` when it gives
-  /// no answer at all; `DISCOVERER_RETURNED_ERROR`, with its result, when the answer is an error.
-  /// Any thread.
+  /// be made, also because the timeout is `GST_CLOCK_TIME_NONE` (GStreamer 1.18 drops that value,
+  /// too); `DISCOVERY_FAILED` when it gives no answer at all; `DISCOVERER_RETURNED_ERROR`, with its
+  /// result, when the answer is an error. Any thread.
   static std::unique_ptr<Media_Info> get_media_info(const std::string &uri,
                                                     const GstClockTime &timeout);
 
