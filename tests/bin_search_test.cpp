@@ -92,7 +92,7 @@ GType make_subclass(GType parent, const char *name) {
   GTypeQuery sizes;
   g_type_query(parent, &sizes);
   return g_type_register_static_simple(parent, name, sizes.class_size, nullptr, sizes.instance_size,
-                                       nullptr, G_TYPE_FLAG_NONE);
+                                       nullptr, GTypeFlags{});
 }
 
 GType appsink_subclass() {

@@ -182,7 +182,7 @@ TEST(Encoding_Name, is_read) {
       {"application/x-rtp, media=application, encoding-name=VND.ONVIF.METADATA",
        "VND.ONVIF.METADATA"},
       {"application/x-rtp, encoding-name=h264", "h264"},
-      {"video/x-raw, encoding-name=(string)\"two words\"", "two words"},
+      {"video/x-raw, encoding-name=(string)\"two\\ words\"", "two words"},
       {"application/x-rtp, encoding-name=(string)\"\"", ""},
       {"application/x-rtp", ""},
       {"application/x-rtp, encoding-name=(int)264", ""},

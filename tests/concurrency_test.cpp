@@ -313,8 +313,7 @@ TEST(Concurrency, OfPadListsAndChangesOfThePads) {
   const Pad tee_sink = static_pad(scene.split, "sink");
   {
     const Changes changes([tee] {
-      const Pad pads[] = {Pad(gst_element_request_pad_simple(tee, "src_%u"), false),
-                          Pad(gst_element_request_pad_simple(tee, "src_%u"), false)};
+      const Pad pads[] = {request_pad(tee, "src_%u"), request_pad(tee, "src_%u")};
       for (const Pad &pad : pads)
         gst_element_release_request_pad(tee, pad.get());
     });

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "errors.h"
+#include "framework_version.h"
 #include "log_watch.h"
 #include "references.h"
 
@@ -288,6 +289,7 @@ TEST(Create_Watch, WatchesTheBus) {
 }
 
 TEST(Create_Watch, ThrowsForASecondWatch) {
+  if (framework_is_1_18()) GTEST_SKIP() << "GStreamer 1.18 adds a second watch to a bus";
   const Bus bus(gst_bus_new(), false);
   {
     const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
@@ -366,10 +368,10 @@ TEST(Signal_Connect, GivesTheHandlersId) {
   EXPECT_TRUE(g_signal_handler_is_connected(tee.get(), handler));
   EXPECT_EQ(reference_count(tee.get()), 1U);
 
-  const Pad first(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad first = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(count, 1);
   g_signal_handler_disconnect(tee.get(), handler);
-  const Pad second(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad second = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(count, 1);
 
   gst_element_release_request_pad(tee.get(), first.get());
@@ -405,7 +407,7 @@ TEST(Signal_Connect, RunsTheHandlerBeforeThoseThatComeAfter) {
   g_signal_connect_after(tee.get(), "pad-added", G_CALLBACK(note_after), &order);
   Media_Helper::g_signal_connect_or_throw(tee.get(), "pad-added", G_CALLBACK(note_before), &order);
 
-  const Pad pad(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+  const Pad pad = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(order, "before after ");
   gst_element_release_request_pad(tee.get(), pad.get());
 }

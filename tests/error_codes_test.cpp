@@ -15,6 +15,7 @@
 
 #include "depayloader_references.h"
 #include "errors.h"
+#include "framework_version.h"
 #include "log_watch.h"
 #include "references.h"
 
@@ -106,7 +107,7 @@ void request_src_pad_of_decodebin() {
 
 void request_taken_multiqueue_pad() {
   const Element multiqueue = make_element("multiqueue");
-  const Pad taken(gst_element_request_pad_simple(multiqueue.get(), "sink_0"), false);
+  const Pad taken = request_pad(multiqueue.get(), "sink_0");
   const Expected_Log warning("already has a pad named sink_0");
   Media_Helper::request_new_multiqueue_pads(multiqueue.get(), "sink_0", nullptr);
 }
@@ -307,6 +308,7 @@ void expect_row(const Row &row) {
 class Error_Codes : public testing::TestWithParam<Row> {};
 
 TEST_P(Error_Codes, ComeFromTheirSite) {
+  if (!framework_can_cause(GetParam().code)) GTEST_SKIP() << "GStreamer 1.18 does not cause it";
   expect_row(GetParam());
 }
 
@@ -437,11 +439,14 @@ TEST(Error_Code_Numbers, EachIsSeenAtASite) {
   std::set<int> seen;
   for (const Row &row : rows)
     try {
-      row.site();
+      if (framework_can_cause(row.code)) row.site();
     } catch (const Tavren_Error<std::exception> &error) {
       seen.insert(error.code());
     }
-  EXPECT_EQ(seen, enumerated());
+  std::set<int> possible;
+  for (const int code : enumerated())
+    if (framework_can_cause(code)) possible.insert(code);
+  EXPECT_EQ(seen, possible);
 }
 
 static_assert(std::is_same_v<std::underlying_type_t<TEC::Tavren_Error_Code>, std::int32_t>);
@@ -471,7 +476,7 @@ TEST(Error_Texts, DoNotChangeWithTheGlobalLocale) {
   const Grouping_Locale locale;
   for (const Row &row : rows) {
     SCOPED_TRACE(row);
-    expect_row(row);
+    if (framework_can_cause(row.code)) expect_row(row);
   }
 }
 

@@ -451,7 +451,7 @@ void leave_scope_by_throwing_action() {
 }
 
 TEST(Scope_Exit_Guard_Death_Test, EndsTheProgramWhenItsActionThrows) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
   EXPECT_DEATH(leave_scope_by_throwing_action(), "out of the action");
 }
 

@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 
 #include "errors.h"
+#include "framework_version.h"
 #include "log_watch.h"
 #include "media_files.h"
 #include "references.h"
@@ -390,6 +391,8 @@ TEST(Media_Discovery, hands_a_timeout_of_0_on) {
 }
 
 TEST(Media_Discovery, fails_without_a_discoverer) {
+  if (framework_is_1_18())
+    GTEST_SKIP() << "GStreamer 1.18 makes a discoverer for a timeout that is none";
   const Expected_Log log("gst_discoverer_new");
   Discovery_Watch watch;
   expect_error(0x152A0, "Error creating discoverer in get_media_info",

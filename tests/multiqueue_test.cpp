@@ -16,10 +16,6 @@ namespace {
 
 using capture::Media_Helper;
 
-Pad request_pad(const Element &element, const char *name) {
-  return Pad(gst_element_request_pad_simple(element.get(), name), false);
-}
-
 Pad partner_of(const Pad &pad) {
   return Pad(Media_Helper::get_corresponding_multiqueue_pad(pad.get()), false);
 }
@@ -56,7 +52,7 @@ void offer_sink_pads(gpointer element_class, gpointer) {
 Element make_generous_element(const char *name) {
   static const GType type = g_type_register_static_simple(
       GST_TYPE_ELEMENT, "TestGenerousElement", sizeof(GstElementClass), offer_sink_pads,
-      sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+      sizeof(GstElement), nullptr, GTypeFlags{});
   auto *const element = static_cast<GstElement *>(g_object_new(type, "name", name, nullptr));
   return Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
 }
@@ -84,8 +80,8 @@ TEST_F(Multiqueue_Partner, ReportsABadPad) {
 
 TEST_F(Multiqueue_Partner, IsThePadOfTheSameStream) {
   const Element multiqueue = make_element("multiqueue");
-  const Pad sink_0 = request_pad(multiqueue, "sink_%u");
-  const Pad sink_1 = request_pad(multiqueue, "sink_%u");
+  const Pad sink_0 = request_pad(multiqueue.get(), "sink_%u");
+  const Pad sink_1 = request_pad(multiqueue.get(), "sink_%u");
   const Pad src_0 = static_pad(multiqueue, "src_0");
   const Pad src_1 = static_pad(multiqueue, "src_1");
   EXPECT_EQ(partner_of(src_0), sink_0);
@@ -96,7 +92,7 @@ TEST_F(Multiqueue_Partner, IsThePadOfTheSameStream) {
 
 TEST_F(Multiqueue_Partner, CarriesOneNewReference) {
   const Element multiqueue = make_element("multiqueue");
-  const Pad sink = request_pad(multiqueue, "sink_%u");
+  const Pad sink = request_pad(multiqueue.get(), "sink_%u");
   const Pad src = static_pad(multiqueue, "src_0");
   const auto before = reference_counts({multiqueue.get(), sink.get(), src.get()});
   {
@@ -200,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(Names, Named_Partner,
 
 TEST_F(Multiqueue_Partner, IsMissingOnAnElementThatMakesNoPairs) {
   const Element funnel = make_element("funnel", "funnel");
-  const Pad sink = request_pad(funnel, "sink_5");
+  const Pad sink = request_pad(funnel.get(), "sink_5");
   const auto before = reference_counts({funnel.get(), sink.get()});
   expect_error(0x15100, "Failed to get static pad \"src_5\" for element funnel ().",
                [&] { partner_of(sink); });

@@ -22,7 +22,7 @@ constexpr GstElement *END = nullptr;
 Element make_bare_element(const char *name) {
   static const GType type =
       g_type_register_static_simple(GST_TYPE_ELEMENT, "TestBareElement", sizeof(GstElementClass),
-                                    nullptr, sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+                                    nullptr, sizeof(GstElement), nullptr, GTypeFlags{});
   auto *const element = static_cast<GstElement *>(g_object_new(type, "name", name, nullptr));
   return Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
 }
@@ -39,10 +39,6 @@ Pad make_pad_of_caps(const char *name, GstPadDirection direction, const char *ca
 Pad add_pad(const Element &element, const Pad &pad) {
   EXPECT_TRUE(gst_element_add_pad(element.get(), pad.get()));
   return pad;
-}
-
-Pad request_pad(const Element &element, const char *template_name) {
-  return Pad(gst_element_request_pad_simple(element.get(), template_name), false);
 }
 
 void add_to_bin(const Element &bin, const Element &element) {
@@ -178,9 +174,9 @@ TEST_F(Get_Element_Pads, FreesTheIteratorOfAnElementWithoutPads) {
 
 TEST_F(Get_Element_Pads, SeparatesTheDirections) {
   const Element tee = make_element("tee");
-  const Pad first = request_pad(tee, "src_%u");
-  const Pad second = request_pad(tee, "src_%u");
-  const Pad third = request_pad(tee, "src_%u");
+  const Pad first = request_pad(tee.get(), "src_%u");
+  const Pad second = request_pad(tee.get(), "src_%u");
+  const Pad third = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(Media_Helper::get_element_src_pads(tee.get()), (Pad_List{first, second, third}));
   EXPECT_EQ(Media_Helper::get_element_sink_pads(tee.get()), Pad_List{static_pad(tee, "sink")});
 }
@@ -229,8 +225,8 @@ TEST_F(Get_Element_Pads, RemovesNoDuplicatesAndSortsNothing) {
 
 TEST_F(Get_Element_Pads, HoldsOneReferenceAnEntry) {
   const Element tee = make_element("tee");
-  const Pad first = request_pad(tee, "src_%u");
-  const Pad second = request_pad(tee, "src_%u");
+  const Pad first = request_pad(tee.get(), "src_%u");
+  const Pad second = request_pad(tee.get(), "src_%u");
   const auto before = reference_counts({tee.get(), first.get(), second.get()});
   {
     Pad_List pads = Media_Helper::get_element_src_pads(tee.get());
@@ -264,7 +260,7 @@ TEST_F(Get_Element_Pads, KeepsThePadsAliveWhenTheElementIsGone) {
 
 TEST_F(Get_Element_Pads, KeepsThePadsThatTheElementHasGivenUp) {
   const Element tee = make_element("tee");
-  Pad branch = request_pad(tee, "src_%u");
+  Pad branch = request_pad(tee.get(), "src_%u");
   Pad_List pads = Media_Helper::get_element_src_pads(tee.get());
   const Weak_Watch watch(branch.get());
   gst_element_release_request_pad(tee.get(), branch.get());
@@ -276,7 +272,7 @@ TEST_F(Get_Element_Pads, KeepsThePadsThatTheElementHasGivenUp) {
 }
 
 void request_branch(GstElement *tee) {
-  gst_object_unref(gst_element_request_pad_simple(tee, "src_%u"));
+  request_pad(tee, "src_%u");
 }
 
 void release_branch(GstElement *tee) {
@@ -286,8 +282,8 @@ void release_branch(GstElement *tee) {
 
 TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadCame) {
   const Element tee = make_element("tee");
-  const Pad first = request_pad(tee, "src_%u");
-  const Pad second = request_pad(tee, "src_%u");
+  const Pad first = request_pad(tee.get(), "src_%u");
+  const Pad second = request_pad(tee.get(), "src_%u");
   const auto before = reference_counts({tee.get(), first.get(), second.get()});
   EXPECT_EQ(Media_Helper::get_element_pads(tee.get(), iterate_while_changing<request_branch>),
             Pad_List{first});
@@ -297,8 +293,8 @@ TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadCame) {
 
 TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadWent) {
   const Element tee = make_element("tee");
-  const Pad first = request_pad(tee, "src_%u");
-  const Pad second = request_pad(tee, "src_%u");
+  const Pad first = request_pad(tee.get(), "src_%u");
+  const Pad second = request_pad(tee.get(), "src_%u");
   EXPECT_EQ(Media_Helper::get_element_pads(tee.get(), iterate_while_changing<release_branch>),
             Pad_List{first});
   EXPECT_EQ(tee->numsrcpads, 1);
@@ -767,7 +763,7 @@ Element make_element_of_a_named_factory(const char *name) {
   static const bool registered = [] {
     const GType type = g_type_register_static_simple(GST_TYPE_ELEMENT, "TestNamedElement",
                                                      sizeof(GstElementClass), describe_with_a_name,
-                                                     sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+                                                     sizeof(GstElement), nullptr, GTypeFlags{});
     return gst_element_register(nullptr, "testnamedelement", GST_RANK_NONE, type) != FALSE;
   }();
   EXPECT_TRUE(registered);
@@ -796,7 +792,7 @@ TEST(Get_Static_Pad, HandsOnOneReference) {
 
 TEST(Get_Static_Pad, FindsARequestedPadByItsName) {
   const Element tee = make_element("tee");
-  const Pad branch = request_pad(tee, "src_%u");
+  const Pad branch = request_pad(tee.get(), "src_%u");
   const Pad found(Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), "src_0"), false);
   EXPECT_EQ(found, branch);
 }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
 
+#include "framework_version.h"
 #include "grouping_locale.h"
 #include "log_watch.h"
 #include "references.h"
@@ -245,6 +246,7 @@ TEST(Queue_Report, takes_levels_of_any_integer_type) {
 
 // An appsrc has levels of 8 bytes.
 TEST(Queue_Report, of_an_appsrc) {
+  if (framework_is_1_18()) GTEST_SKIP() << "an appsrc of GStreamer 1.18 has no such levels";
   const Element source = make_element("appsrc", "source");
   GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, 7000, nullptr);
   gst_buffer_memset(buffer, 0, 0, 7000);

@@ -41,9 +41,9 @@ void offer_source_pads(gpointer element_class, gpointer) {
 }
 
 Element make_stingy_element() {
-  static const GType type = g_type_register_static_simple(
-      GST_TYPE_ELEMENT, "TestStingyElement", sizeof(GstElementClass), offer_source_pads,
-      sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+  static const GType type =
+      g_type_register_static_simple(GST_TYPE_ELEMENT, "TestStingyElement", sizeof(GstElementClass),
+                                    offer_source_pads, sizeof(GstElement), nullptr, GTypeFlags{});
   return Element(
       GST_ELEMENT_CAST(gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
       false);

@@ -181,6 +181,8 @@ void Camera_Session::add_branch(GstPad *pad) {
   {
     const std::lock_guard lock(mutex_);
     plan = plans_.at(number);
+    // GStreamer 1.18 adds pads for the streams that were passed over, too.
+    if (!plan.is_recorded()) return;
     for (Branch &other : branches_) {
       if (other.number != number) continue;
       other.is_current = false;

@@ -207,6 +207,8 @@ void Camera_Feed::link_stream(GstPad *pad) {
     });
     if (stream == known.end())
       throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the camera sends a stream that it did not offer");
+    // GStreamer 1.18 adds pads for the streams that were passed over, too.
+    if (!(*stream)->description().relayed()) return;
     depayloader = add_branch(*stream);
   }
   Media_Helper::link_pad_to_element_or_throw(pad, depayloader.get());

@@ -98,7 +98,7 @@ void after_play(GstRTSPClient *, GstRTSPContext *context, gpointer data) noexcep
 void connect_client(GstRTSPClient *client, const char *signal, GCallback handler,
                     const Entrance &entrance) noexcept {
   if (auto *const copy = new (std::nothrow) Entrance(entrance))
-    g_signal_connect_data(client, signal, handler, copy, drop_entrance, G_CONNECT_DEFAULT);
+    g_signal_connect_data(client, signal, handler, copy, drop_entrance, GConnectFlags{});
 }
 
 void on_client(GstRTSPServer *, GstRTSPClient *client, gpointer data) noexcept {
@@ -151,7 +151,7 @@ void Relay_Media::admit_viewers() {
   if (video_stream() == streams_.size()) return;
   client_handler_ =
       g_signal_connect_data(server_.get(), "client-connected", G_CALLBACK(on_client),
-                            new Entrance{gate_, video_stream()}, drop_entrance, G_CONNECT_DEFAULT);
+                            new Entrance{gate_, video_stream()}, drop_entrance, GConnectFlags{});
 }
 
 void Relay_Media::connect_streams() const {

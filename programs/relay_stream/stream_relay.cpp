@@ -53,6 +53,10 @@ bool can_relay_any(const Relayed_Streams &streams) {
                      [](const auto &stream) { return stream->description().relayed(); });
 }
 
+Bus_Error nothing_to_relay() {
+  return {GST_RESOURCE_ERROR_NOT_FOUND, "none of the camera's streams can be relayed"};
+}
+
 Relayed_Streams started(const Relayed_Streams &streams) {
   Relayed_Streams started;
   std::copy_if(streams.begin(), streams.end(), std::back_inserter(started),
@@ -127,6 +131,8 @@ void Stream_Relay::connect() {
 void Stream_Relay::check_feed() {
   feed_->check();
   const Relayed_Streams streams = feed_->streams();
+  // GStreamer 1.18 stays connected to a camera none of whose streams is selected.
+  if (feed_->is_open() && !can_relay_any(streams)) throw nothing_to_relay();
   const gint64 arrival = last_arrival(streams);
   if (!has_received_ && arrival >= connected_at_) note_return();
   if (now() - std::max(arrival, connected_at_) > silence_limit)
@@ -156,8 +162,7 @@ void Stream_Relay::show_gap(const Absence &absence) {
 void Stream_Relay::lose_camera(const std::exception_ptr &failure) {
   const Relayed_Streams streams = feed_->streams();
   feed_.reset();
-  if (!streams.empty() && !can_relay_any(streams))
-    throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND, "none of the camera's streams can be relayed");
+  if (!streams.empty() && !can_relay_any(streams)) throw nothing_to_relay();
   if (transports_.size() > 1 && !has_received_ && !is_permanent(failure) &&
       !is_unreachable(failure)) {
     transports_.erase(transports_.begin());

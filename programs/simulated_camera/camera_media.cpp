@@ -80,7 +80,9 @@ gboolean send_metadata(gpointer data) {
   if (source == nullptr) return G_SOURCE_REMOVE;
   const char document[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
                           "<tt:MetadataStream xmlns:tt=\"http://www.onvif.org/ver10/schema\"/>";
-  gst_app_src_push_buffer(source, gst_buffer_new_memdup(document, sizeof document - 1));
+  GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, sizeof document - 1, nullptr);
+  gst_buffer_fill(buffer, 0, document, sizeof document - 1);
+  gst_app_src_push_buffer(source, buffer);
   gst_object_unref(source);
   return G_SOURCE_CONTINUE;
 }

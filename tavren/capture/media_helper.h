@@ -226,7 +226,8 @@ public:
   /// @param bus the bus.
   /// @return (transfer full) (not nullable) the watch, not attached to a main context.
   /// @throws Backend_Error<std::runtime_error> `NOT_A_BUS` for a bad bus,
-  /// `BUS_WATCH_CREATION_FAILED` if the bus already has a watch. Any thread.
+  /// `BUS_WATCH_CREATION_FAILED` if the bus already has a watch, which GStreamer 1.18 does not
+  /// refuse. Any thread.
   static GSource *gst_bus_create_watch_or_throw(GstBus *bus);
 
   /// Gets an element's parent.
@@ -549,9 +550,9 @@ public:
   /// a writer.
   /// @return (not nullable) the result; the caller is its only owner.
   /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` if no discoverer can be
-  /// created, for example because the timeout is `GST_CLOCK_TIME_NONE`; `DISCOVERY_FAILED` if it
-  /// returns nothing at all; `DISCOVERER_RETURNED_ERROR`, with its result, if it returns an error.
-  /// Any thread.
+  /// created, for example because the timeout is `GST_CLOCK_TIME_NONE` (which GStreamer 1.18
+  /// ignores too); `DISCOVERY_FAILED` if it returns nothing at all; `DISCOVERER_RETURNED_ERROR`,
+  /// with its result, if it returns an error. Any thread.
   static std::unique_ptr<Media_Info> get_media_info(const std::string &uri,
                                                     const GstClockTime &timeout);
 

@@ -143,7 +143,7 @@ TEST(Simulated_Camera_Misbehaviour, Gone_Refuses_Connections_For_A_While) {
   ASSERT_TRUE(viewer.sees(10));
   EXPECT_TRUE(viewer.sees_end());
   EXPECT_TRUE(Viewer(camera.uri, "video").sees_end());
-  g_usleep(2 * G_TIME_SPAN_SECOND);
+  g_usleep(4 * G_TIME_SPAN_SECOND);
   EXPECT_TRUE(Viewer(camera.uri, "video").sees(20));
 }
 

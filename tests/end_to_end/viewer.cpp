@@ -19,6 +19,8 @@ Viewer::Viewer(const std::string &uri, std::string media, const std::string &tra
     : media_(std::move(media)),
       pipeline_(GST_ELEMENT_CAST(gst_object_ref_sink(Media_Helper::gst_parse_launch_or_throw(
                     "rtspsrc name=source latency=0 protocols=" + transport +
+                    // GStreamer 1.18 adds pads for streams that were not selected, too.
+                    " ! application/x-rtp, media=" + media_ +
                     " ! fakesink name=sink sync=false async=false signal-handoffs=true"))),
                 false) {
   g_object_set(element("source").get(), "location", uri.c_str(), nullptr);

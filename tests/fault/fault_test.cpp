@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "framework_version.h"
 #include "heap_watch.h"
 #include "leak_watch.h"
 #include "live_blocks.h"
@@ -219,6 +220,12 @@ void tell_replay_at_death() {
   ASSERT_EQ(sigaction(SIGSEGV, &tell, &fault_before), 0);
 }
 
+bool is_caused_since_1_20(const Scenario &scenario) {
+  const std::string text = text_of(scenario);
+  return text == "gst_bus_create_watch_or_throw, has one" ||
+         text == "get_media_info, a timeout that is none";
+}
+
 class Faults : public testing::TestWithParam<Scenario> {
 protected:
   static void SetUpTestSuite() { tell_replay_at_death(); }
@@ -228,6 +235,8 @@ protected:
   }
 
   void SetUp() override {
+    if (framework_is_1_18() && is_caused_since_1_20(GetParam()))
+      GTEST_SKIP() << "GStreamer 1.18 does not cause it";
     undisturbed_ = call_once(GetParam().prepare(), {});
     failures_ = framework_failures(GetParam(), undisturbed_);
     // Once for what only a first call makes, and keeps.
@@ -237,7 +246,8 @@ protected:
   }
 
   void TearDown() override {
-    EXPECT_TRUE(wanted_ == nullptr || played_ > 0) << "there is no round " << wanted_;
+    EXPECT_TRUE(IsSkipped() || wanted_ == nullptr || played_ > 0)
+        << "there is no round " << wanted_;
   }
 
   // All rounds are played, but when one is asked for to be replayed.
@@ -421,6 +431,7 @@ TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
   std::set<std::string> codes;
   std::set<std::string> texts;
   for (const Scenario &scenario : all_scenarios()) {
+    if (framework_is_1_18() && is_caused_since_1_20(scenario)) continue;
     const Round undisturbed = call_once(scenario.prepare(), {});
     for (const Disturbance &failure : framework_failures(scenario, undisturbed)) {
       const std::string outcome = call_and_recover(scenario, failure, undisturbed.outcome).outcome;

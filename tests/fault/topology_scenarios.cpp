@@ -31,7 +31,7 @@ private:
 Element make_tee(int pads) {
   Element tee = make_element("tee", "tee");
   for (int i = 0; i < pads; ++i)
-    Pad(gst_element_request_pad_simple(tee.get(), "src_%u"), false);
+    request_pad(tee.get(), "src_%u");
   return tee;
 }
 
@@ -549,7 +549,7 @@ std::vector<Scenario> branch_scenarios() {
       {"get_corresponding_multiqueue_pad", "of a sink pad",
        [] {
          const Element multiqueue = make_element("multiqueue", "a_multiqueue");
-         const Pad pad(gst_element_request_pad_simple(multiqueue.get(), "sink_1234567890"), false);
+         const Pad pad = request_pad(multiqueue.get(), "sink_1234567890");
          return Call{{{"multiqueue", multiqueue},
                       {"pad", pad},
                       {"partner", static_pad(multiqueue, "src_1234567890")}},
@@ -558,8 +558,7 @@ std::vector<Scenario> branch_scenarios() {
       {"get_corresponding_multiqueue_pad", "of a source pad",
        [] {
          const Element multiqueue = make_element("multiqueue", "a_multiqueue");
-         const Pad partner(gst_element_request_pad_simple(multiqueue.get(), "sink_1234567890"),
-                           false);
+         const Pad partner = request_pad(multiqueue.get(), "sink_1234567890");
          const Pad pad = static_pad(multiqueue, "src_1234567890");
          return Call{{{"multiqueue", multiqueue}, {"pad", pad}, {"partner", partner}},
                      [multiqueue, pad] { return partner_of(pad); }};
@@ -634,7 +633,7 @@ std::vector<Scenario> branch_scenarios() {
       {"request_new_multiqueue_pads", "a taken name",
        [] {
          const Element multiqueue = make_element("multiqueue", "a_multiqueue");
-         const Pad pad(gst_element_request_pad_simple(multiqueue.get(), "sink_1234567890"), false);
+         const Pad pad = request_pad(multiqueue.get(), "sink_1234567890");
          return Call{{{"multiqueue", multiqueue}, {"pad", pad}}, [multiqueue] {
                        const Allowed_Log taken("already has a pad named sink_1234567890");
                        const std::string name = "sink_1234567890";

@@ -3,6 +3,7 @@
 #ifndef TAVREN_TESTS_REFERENCES_H
 #define TAVREN_TESTS_REFERENCES_H
 
+#include <cstring>
 #include <vector>
 
 #include <gst/gst.h>
@@ -42,6 +43,21 @@ inline Element make_bin(const char *name) {
 
 inline Pad static_pad(const Element &element, const char *name) {
   return Pad(gst_element_get_static_pad(element.get(), name), false);
+}
+
+// Requests a pad from the element's only template for such pads: "sink_%u" leaves the number to the
+// element. GStreamer renamed its own short form of this in 1.20.
+inline Pad request_pad(GstElement *element, const char *name) {
+  for (GList *entry = gst_element_get_pad_template_list(element); entry != nullptr;
+       entry = entry->next) {
+    auto *const pad_template = static_cast<GstPadTemplate *>(entry->data);
+    if (GST_PAD_TEMPLATE_PRESENCE(pad_template) == GST_PAD_REQUEST)
+      return Pad(gst_element_request_pad(element, pad_template,
+                                         std::strchr(name, '%') == nullptr ? name : nullptr,
+                                         nullptr),
+                 false);
+  }
+  return Pad();
 }
 
 // A pad that belongs to no element.
