@@ -28,14 +28,17 @@ struct Session {
 // the connection.
 struct Extension {
   GstElement element;
-  Session *session;
+  Session session;
 };
 
-// The extension that was created last, by the source that is being created.
-thread_local Extension *newest_extension = nullptr;
+// The extension that this thread created last, on behalf of the source that it is creating.
+Extension *&newest_extension() {
+  static thread_local Extension *extension = nullptr;
+  return extension;
+}
 
 Session &session_of(gpointer extension) {
-  return *static_cast<Extension *>(extension)->session;
+  return static_cast<Extension *>(extension)->session;
 }
 
 // Without the memory for it, requests are sent as rtspsrc makes them.
@@ -89,13 +92,14 @@ void init_interface(gpointer table, gpointer) {
   interface->parse_sdp = parse_description;
 }
 
-void init_instance(GTypeInstance *instance, gpointer) {
-  newest_extension = reinterpret_cast<Extension *>(instance);
-  newest_extension->session = new Session;
+void init_instance(GTypeInstance *instance, gpointer) noexcept {
+  auto *const extension = reinterpret_cast<Extension *>(instance);
+  new (&extension->session) Session;
+  newest_extension() = extension;
 }
 
 void finalize(GObject *object) {
-  delete reinterpret_cast<Extension *>(object)->session;
+  session_of(object).~Session();
   G_OBJECT_CLASS(g_type_class_peek(GST_TYPE_ELEMENT))->finalize(object);
 }
 
@@ -125,10 +129,10 @@ void register_rtsp_extension() {
 
 GstElement *add_rtsp_source(GstElement *bin, const char *name) {
   register_rtsp_extension();
-  newest_extension = nullptr;
+  newest_extension() = nullptr;
   GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, name);
-  if (newest_extension != nullptr)
-    g_object_set_data_full(G_OBJECT(source), extension_key, gst_object_ref(newest_extension),
+  if (newest_extension() != nullptr)
+    g_object_set_data_full(G_OBJECT(source), extension_key, gst_object_ref(newest_extension()),
                            gst_object_unref);
   return source;
 }
