@@ -1,13 +1,27 @@
-// The one main of all test programs: the framework is initialised and taken down once a process,
-// which fails when objects of the framework are left then, or when it warns.
+// The main of all test programs. Initializes the framework once, and fails if objects of the
+// framework are left when it deinitializes it, or if the framework warned.
+
+#include <iostream>
 
 #include <gtest/gtest.h>
 
 #include "leak_watch.h"
 #include "log_watch.h"
 
+namespace {
+
+// Older versions of GoogleTest do not print why a test is skipped.
+class Skip_Reasons : public testing::EmptyTestEventListener {
+  void OnTestPartResult(const testing::TestPartResult &result) override {
+    if (result.skipped()) std::cout << "skipped: " << result.message() << '\n';
+  }
+};
+
+}  // namespace
+
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
+  testing::UnitTest::GetInstance()->listeners().Append(new Skip_Reasons);  // which takes ownership
   kel::tavren::tests::init_and_watch_leaks(&argc, &argv);
   kel::tavren::tests::watch_logs();
   const int result = RUN_ALL_TESTS();

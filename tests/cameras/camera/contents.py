@@ -56,7 +56,9 @@ CONTENTS = {
     "h264-slow": Content(_pictures(rate="1/6"), f"{_x264('-profile:v baseline', gop=1)} {_IN_BAND}"),
     "h265": Content(_pictures(), f"{_x265(0)} {_IN_BAND}"),
     "h265-b-frames": Content(_pictures(), f"{_x265(3)} {_IN_BAND}"),
-    "mjpeg": Content(_pictures(), "-c:v mjpeg -huffman default -pix_fmt yuvj420p -b:v 1500k"),
+    # RTP packets carry both matrices. Some versions of ffmpeg write one if they are alike.
+    "mjpeg": Content(_pictures(), "-c:v mjpeg -huffman default -force_duplicated_matrix 1 "
+                                  "-pix_fmt yuvj420p -b:v 1500k"),
     "mpeg4": Content(_pictures(), f"-c:v mpeg4 -b:v 400k -g 25 -bf 0 {_IN_BAND}"),
     "vp8": Content(_pictures(), "-c:v libvpx -deadline realtime -cpu-used 8 -b:v 300k -g 25"),
     "aac": Content(_tone(44100), _AAC),

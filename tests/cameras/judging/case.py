@@ -3,6 +3,8 @@
 import re
 from dataclasses import dataclass
 
+from .framework import Need
+
 OUTPUT = "camera"  # the recording's name, without its extension
 EXISTING_CONTENTS = b"written before the recording"
 
@@ -46,6 +48,7 @@ class Case:
     existing      the file is there before
     second        a second recorder is started into the same file, and must be refused
     leaves        another file that the recorder must leave in {folder}
+    needs         what the framework must have; without it the case is skipped
     """
 
     name: str
@@ -70,6 +73,7 @@ class Case:
     existing: bool = False
     second: bool = False
     leaves: str = ""
+    needs: Need = None
 
     def expected_streams(self, index):
         """What file number `index` must hold."""
