@@ -157,7 +157,7 @@ protected:
           GST_ELEMENT_CLASS(element_class)->request_new_pad = record_request;
           GST_ELEMENT_CLASS(element_class)->release_pad = record_release;
         },
-        sizeof(GstElement), nullptr, G_TYPE_FLAG_NONE);
+        sizeof(GstElement), nullptr, static_cast<GTypeFlags>(0));
     return Element(GST_ELEMENT_CAST(
                        gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
                    false);
