@@ -11,6 +11,7 @@ KINDS = {
     "wall-clock": "move the wall clock of sender reports by VALUE seconds",
     "wrap": "number packets and times so that both wrap around, the times at TIME",
     "ssrc": "go on with a new SSRC, sequence number and timestamp",
+    "first-ssrc": "go on with the SSRC of the first packet, and a new sequence number and timestamp",
     "switch": "go on with the content named by --switch-to",
     "stop": "send no more packets",
     "bye": "send an RTCP BYE and no more packets",

@@ -129,9 +129,27 @@ class Wrap(Stage):
 
 
 class NewSsrc(Stage):
+    """Another SSRC for each time at which it changes."""
+
     def change(self, packet):
-        self.forward(packet.rewritten(sequence=packet.sequence + 40000, ssrc=packet.ssrc ^ 0x5A5A5A5A,
+        self.restart(packet, packet.ssrc ^ 0x5A5A5A5A ^ int(self.misbehaviour.time))
+
+    def restart(self, packet, ssrc):
+        self.forward(packet.rewritten(sequence=packet.sequence + 40000, ssrc=ssrc,
                                       timestamp=packet.timestamp + 1234567890))
+
+
+class FirstSsrc(NewSsrc):
+    def __init__(self, *arguments):
+        super().__init__(*arguments)
+        self._first = {}  # by stream
+
+    def accept(self, packet):
+        self._first.setdefault(packet.stream, packet.ssrc)
+        super().accept(packet)
+
+    def change(self, packet):
+        self.restart(packet, self._first[packet.stream])
 
 
 class Switch(Stage):
@@ -230,8 +248,11 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
-_STAGES = {"pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "drift": Drift, "wall-clock": WallClock, "wrap": Wrap,
-           "ssrc": NewSsrc, "switch": Switch, "loss": Loss, "duplicate": Duplicate, "reorder": Reorder}
+_STAGES = {
+    "pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "drift": Drift,
+    "wall-clock": WallClock, "wrap": Wrap, "ssrc": NewSsrc, "first-ssrc": FirstSsrc, "switch": Switch,
+    "loss": Loss, "duplicate": Duplicate, "reorder": Reorder,
+}
 
 
 def chain(camera, session, deliver):
