@@ -19,7 +19,13 @@ class Request:
 
 
 async def read_request(reader):
-    """The next request; what the client sends interleaved is passed over. EOFError at the end."""
+    """The next request. Passes over interleaved packets and answers. EOFError at the end."""
+    while (request := await _read_message(reader)) and request.method.startswith("RTSP/"):
+        pass
+    return request
+
+
+async def _read_message(reader):
     while (first := await reader.readexactly(1)) == _INTERLEAVED:
         header = await reader.readexactly(3)
         await reader.readexactly(int.from_bytes(header[1:], "big"))
@@ -30,6 +36,11 @@ async def read_request(reader):
     request = Request(method, uri, {name.strip().lower(): value.strip() for name, value in pairs})
     await reader.readexactly(int(request.header("Content-Length") or 0))
     return request
+
+
+def request(method, uri, number):
+    """A request of the camera."""
+    return f"{method} {uri} RTSP/1.0\r\nCSeq: {number}\r\n\r\n".encode()
 
 
 def answer(request, status, headers=(), body=""):

@@ -19,6 +19,9 @@ KINDS = {
     "loss": "lose VALUE per cent of the packets",
     "reorder": "swap VALUE per cent of the packets with the next one",
     "duplicate": "send VALUE per cent of the packets twice",
+    "no-marker": "do not mark the last packet of a frame",
+    "extension": "extend the header of RTP packets",
+    "padding": "pad RTP packets",
     "close": "close the connection",
     "reset": "reset the connection",
     "silent": "send neither packets nor answers, and keep the connection",
@@ -26,7 +29,8 @@ KINDS = {
     "gone": "drop all connections and refuse new ones for VALUE seconds",
 }
 NEED_VALUE = {"pause", "drop", "jump", "drift", "wall-clock", "loss", "reorder", "duplicate", "garbage", "gone"}
-CONTINUOUS = {"drift", "wall-clock", "wrap", "late", "loss", "reorder", "duplicate"}
+CONTINUOUS = {"drift", "wall-clock", "wrap", "late", "loss", "reorder", "duplicate", "no-marker",
+              "extension", "padding"}
 OF_CONNECTION = {"close", "reset", "silent", "garbage", "gone"}
 
 _FORM = re.compile(r"(?P<kind>[a-z-]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")

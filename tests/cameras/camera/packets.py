@@ -58,6 +58,24 @@ class Packet:
             struct.pack_into("!I", data, self._ssrc_offset, ssrc & 0xFFFFFFFF)
         return replace(self, data=bytes(data), stream=self.stream if stream is None else stream)
 
+    def without_marker(self):
+        """The packet without the sign that it is the last one of a frame."""
+        return self if self.is_rtcp else replace(self, data=bytes([self.data[0], self.data[1] & 0x7F]) + self.data[2:])
+
+    def with_extension(self):
+        """The packet with an extension of its header, such as recorders of cameras add."""
+        if self.is_rtcp:
+            return self
+        extension = struct.pack("!HH", 0xABAC, 3) + bytes(12)
+        return replace(self, data=bytes([self.data[0] | 0x10]) + self.data[1:12] + extension + self.data[12:])
+
+    def with_padding(self):
+        """The packet padded to a multiple of eight bytes, as for encryption."""
+        if self.is_rtcp:
+            return self
+        count = 8 - len(self.data) % 8
+        return replace(self, data=bytes([self.data[0] | 0x20]) + self.data[1:] + bytes(count - 1) + bytes([count]))
+
     def with_wall_clock_moved(self, seconds):
         """The packet, a sender report with another time."""
         if not self.is_sender_report:

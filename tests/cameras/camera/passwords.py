@@ -3,8 +3,10 @@
 import base64
 import hashlib
 import re
+import secrets
 
 REALM = "camera"
+SCHEMES = ("basic", "digest", "both", "stale")
 
 
 def _md5(text):
@@ -12,19 +14,21 @@ def _md5(text):
 
 
 class PasswordCheck:
-    """Checks requests against one user and password; `scheme` is basic or digest."""
+    """Checks requests against one user and password by one of SCHEMES."""
 
     def __init__(self, user, password, scheme):
         self._user = user
         self._password = password
         self._scheme = scheme
-        self._nonce = _md5(f"{id(self)}{user}")
+        self._nonce = secrets.token_hex(16)
 
-    def challenge(self):
-        """The value of WWW-Authenticate."""
-        if self._scheme == "basic":
-            return f'Basic realm="{REALM}"'
-        return f'Digest realm="{REALM}", nonce="{self._nonce}"'
+    def challenges(self, authorization):
+        """The values of WWW-Authenticate in the answer to a request with this authorization."""
+        basic = f'Basic realm="{REALM}"'
+        digest = f'Digest realm="{REALM}", nonce="{self._nonce}"'
+        if self._scheme == "stale" and authorization:
+            digest += ", stale=TRUE"
+        return {"basic": [basic], "both": [digest, basic]}.get(self._scheme, [digest])
 
     def accepts(self, method, authorization):
         if self._scheme == "basic":
@@ -34,7 +38,10 @@ class PasswordCheck:
 
     def _accepts_digest(self, method, authorization):
         fields = dict(re.findall(r'(\w+)="([^"]*)"', authorization))
-        secret = _md5(f"{self._user}:{REALM}:{self._password}")
+        key = _md5(f"{self._user}:{REALM}:{self._password}")
         request = _md5(f"{method}:{fields.get('uri')}")
-        return (fields.get("username") == self._user and fields.get("nonce") == self._nonce
-                and fields.get("response") == _md5(f"{secret}:{self._nonce}:{request}"))
+        nonce = self._nonce
+        if self._scheme == "stale":
+            self._nonce = secrets.token_hex(16)
+        return (fields.get("username") == self._user and fields.get("nonce") == nonce
+                and fields.get("response") == _md5(f"{key}:{nonce}:{request}"))

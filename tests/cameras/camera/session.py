@@ -6,13 +6,17 @@ import secrets
 import socket
 import struct
 
-from .messages import answer, read_request
+from .messages import answer, read_request, request
 from .misbehaviour import OF_CONNECTION
 from .packets import Packet
 from .stages import chain
 from .transports import make_transport
 
 METHODS = ("OPTIONS", "DESCRIBE", "SETUP", "PLAY", "PAUSE", "GET_PARAMETER", "TEARDOWN")
+
+
+EARLY = 0.3  # s that packets arrive before the answer to PLAY
+ASKING_INTERVAL = 0.5  # s
 
 
 class Session:
@@ -36,7 +40,10 @@ class Session:
                 request = await asyncio.wait_for(read_request(self._reader), options.session_timeout)
                 if self._silent or options.deaf:
                     continue
-                self._writer.write(self._answer(request))
+                reply = self._answer(request)
+                if request.method == "PLAY" and options.early:
+                    await asyncio.sleep(EARLY)
+                self._writer.write(reply)
                 await self._writer.drain()
                 if request.method == "TEARDOWN":
                     break
@@ -73,7 +80,8 @@ class Session:
         check = self._camera.password_check
         if check and request.method != "OPTIONS" and not check.accepts(
                 request.method, request.header("Authorization")):
-            return answer(request, 401, [("WWW-Authenticate", check.challenge())])
+            challenges = check.challenges(request.header("Authorization"))
+            return answer(request, 401, [("WWW-Authenticate", challenge) for challenge in challenges])
         if request.method not in self._methods():
             return answer(request, 405, [("Allow", ", ".join(self._methods()))])
         return getattr(self, f"_{request.method.lower()}")(request)
@@ -117,6 +125,8 @@ class Session:
             self._play_time = asyncio.get_running_loop().time()
             self._first_stage = chain(self._camera, self, self._deliver)
             self._plan_connection_events()
+            if self._camera.options.asks:
+                self._ask(1)
         self._playing = True
         headers = [self._session_header(), ("Range", "npt=now-")]
         rtp_info = self._camera.rtp_info(sorted(self._transports))
@@ -138,6 +148,11 @@ class Session:
 
     def _deliver(self, packet):
         self.send(packet.stream, packet.is_rtcp, packet.data)
+
+    def _ask(self, number):
+        """Sends a request of the camera, and the next one later. The answers are passed over."""
+        self._writer.write(request("OPTIONS", self._camera.uri(), number))
+        self._timers.append(asyncio.get_running_loop().call_later(ASKING_INTERVAL, self._ask, number + 1))
 
     # Misbehaviours of the connection
 

@@ -248,10 +248,26 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
+class NoMarker(Stage):
+    def change(self, packet):
+        self.forward(packet.without_marker())
+
+
+class Extension(Stage):
+    def change(self, packet):
+        self.forward(packet.with_extension())
+
+
+class Padding(Stage):
+    def change(self, packet):
+        self.forward(packet.with_padding())
+
+
 _STAGES = {
     "pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "drift": Drift,
     "wall-clock": WallClock, "wrap": Wrap, "ssrc": NewSsrc, "first-ssrc": FirstSsrc, "switch": Switch,
-    "loss": Loss, "duplicate": Duplicate, "reorder": Reorder,
+    "loss": Loss, "duplicate": Duplicate, "reorder": Reorder, "no-marker": NoMarker,
+    "extension": Extension, "padding": Padding,
 }
 
 
