@@ -32,7 +32,8 @@ public:
 
   guint64 value() const noexcept {
     // A type of 4 bytes fills only the first word, in either byte order.
-    if (words_[1] == 0) return words_[0];
+    const auto [first, second] = words_;
+    if (second == 0) return first;
     guint64 value = 0;
     std::memcpy(&value, words_.data(), sizeof value);
     return value;
