@@ -1,4 +1,4 @@
-"""RTSP requests as they arrive, and answers."""
+"""RTSP requests and responses."""
 
 from dataclasses import dataclass
 
@@ -12,14 +12,15 @@ _INTERLEAVED = b"$"
 class Request:
     method: str
     uri: str
-    headers: dict  # the names in lower case
+    headers: dict  # names in lower case
 
     def header(self, name):
         return self.headers.get(name.lower(), "")
 
 
 async def read_request(reader):
-    """The next request; what the client sends interleaved is passed over. EOFError at the end."""
+    """Returns the next request and skips interleaved data from the client. Raises EOFError at
+    the end."""
     while (first := await reader.readexactly(1)) == _INTERLEAVED:
         header = await reader.readexactly(3)
         await reader.readexactly(int.from_bytes(header[1:], "big"))

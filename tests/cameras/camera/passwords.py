@@ -1,4 +1,4 @@
-"""Basic and digest authentication, the server's side."""
+"""The server side of Basic and Digest authentication."""
 
 import base64
 import hashlib
@@ -12,7 +12,7 @@ def _md5(text):
 
 
 class PasswordCheck:
-    """Checks requests against one user and password; `scheme` is basic or digest."""
+    """Checks requests against one user name and password. `scheme` is basic or digest."""
 
     def __init__(self, user, password, scheme):
         self._user = user
@@ -21,7 +21,7 @@ class PasswordCheck:
         self._nonce = _md5(f"{id(self)}{user}")
 
     def challenge(self):
-        """The value of WWW-Authenticate."""
+        """Returns the value of WWW-Authenticate."""
         if self._scheme == "basic":
             return f'Basic realm="{REALM}"'
         return f'Digest realm="{REALM}", nonce="{self._nonce}"'
