@@ -1,4 +1,4 @@
-// Runs the library's operations over and over, drawn at random, and looks for what grows.
+// Runs randomly selected operations of the library repeatedly, and checks for growth.
 
 #include <algorithm>
 #include <array>
@@ -67,7 +67,7 @@ struct Options {
   std::string report;
 };
 
-// Null when it was help that was wanted.
+// Returns null if help was requested.
 std::optional<Options> read_options(const std::vector<std::string> &arguments) {
   Options options;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -86,7 +86,7 @@ std::optional<Options> read_options(const std::vector<std::string> &arguments) {
   return options;
 }
 
-// What the framework warns of unexpectedly. Nothing is allocated for what is expected.
+// Unexpected warnings of the framework. No memory is allocated for expected ones.
 std::vector<std::string> unexpected_warnings;
 
 GLogWriterOutput note_warning(GLogLevelFlags level, const GLogField *fields, gsize size, gpointer) {
@@ -134,7 +134,7 @@ public:
           &operation);
   }
 
-  // Returns whether every operation did what it should and nothing grew.
+  // Returns whether all operations behaved as expected and nothing grew.
   bool run() {
     const std::uint64_t warm_up = operations_ / 10;
     for (const Operation &operation : operations)
