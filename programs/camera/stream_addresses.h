@@ -14,8 +14,8 @@ namespace kel::tavren::programs {
 // Appends a stream's relative address to the camera's address if the camera specifies no base
 // address. rtspsrc resolves the address as a relative reference, which replaces the last segment of
 // the path. Other players append it, and some cameras support only the longer address and close the
-// connection, or crash, on a request for the resolved one. If the camera does not find the longer
-// address, rtspsrc sends another request, which uses the resolved address.
+// connection, or terminate, on a request for the resolved one. If the camera does not find the
+// longer address, rtspsrc sends another request, which uses the resolved address.
 class Stream_Addresses {
 public:
   // Records the address of the description, and whether the response specifies a base address.

@@ -18,7 +18,7 @@ constexpr guint tick_interval = 250;  // ms
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
 constexpr gint64 graph_delay = 1 * seconds;  // after the start of a recording
 constexpr gint64 queue_interval = 2 * seconds;
-constexpr gint64 patience = 2 * seconds;  // after the second request to stop
+constexpr gint64 patience = 2 * seconds;  // before a second request to stop takes effect
 
 gint64 now() {
   return g_get_monotonic_time();

@@ -43,8 +43,8 @@ public:
   // the open file first. Throws the error that ended the recording early.
   void record();
 
-  // Ends the recording. A second call ends it immediately if a file is still not finished after a
-  // short wait. Call this only from the main context.
+  // Ends the recording. A later call ends it at once if a file is still unfinished some time after
+  // the first call. Call this only from the main context.
   void stop() noexcept;
 
   // Returns the recording's file if it is finished and the only one; otherwise an empty string.
