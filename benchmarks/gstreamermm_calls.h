@@ -13,8 +13,8 @@
 
 namespace kel::tavren::benchmarks {
 
-// gstreamermm throws if an element cannot be added or linked, and returns null otherwise. The code
-// here checks those results.
+// gstreamermm throws if an element cannot be added or linked. Other operations return null on
+// failure, which the code here checks.
 struct Gstreamermm_Calls {
   static constexpr const char *contestant = "gstreamermm";
   using Element = Glib::RefPtr<Gst::Element>;

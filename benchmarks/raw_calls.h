@@ -34,7 +34,7 @@ struct Raw_Calls {
   using Pad = GstPad *;
   using Stream = std::pair<GstPad *, GstPad *>;  // sink pad and source pad of a multiqueue
 
-  // Returns a borrowed view of an element that another implementation, or nobody, owns.
+  // Returns this implementation's handle to an element that was created elsewhere.
   static GstElement *see(GstElement *element) { return element; }
   static GstElement *see_bin(GstElement *bin) { return bin; }
   static GObject *object(GstElement *element) { return G_OBJECT(element); }
@@ -60,7 +60,7 @@ struct Raw_Calls {
     return element;
   }
 
-  // These functions return a new reference, too.
+  // Transfer full.
   static GstElementFactory *find_factory(const std::string &name) {
     GstElementFactory *const found = gst_element_factory_find(name.c_str());
     require(found != nullptr, "finding a factory");

@@ -48,8 +48,8 @@ namespace {
 
 using capture::Media_Helper;
 
-// A running pipeline whose queue is blocked. The source's allocation query is answered before the
-// queue.
+// A running pipeline whose queue is blocked. An element in front of the queue answers the source's
+// allocation query.
 class Filled_Queue {
 public:
   explicit Filled_Queue(const std::string &name, const std::string &kind = "queue")
