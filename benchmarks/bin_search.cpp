@@ -1,4 +1,4 @@
-// Bins searched by type and caps.
+// Searches of bins by type and caps.
 
 #include <memory>
 #include <string>
@@ -15,8 +15,8 @@ namespace {
 
 constexpr int depth = 10;  // of nested bins
 
-// A bin of a number of elements, flat or spread evenly over bins that lie in each other. The search
-// meets one kind of element first and another last.
+// A bin with the given number of elements, either flat or distributed evenly over nested bins. The
+// search visits one kind of element first and another one last.
 class Searched_Bin {
 public:
   static constexpr const char *first_factory = "queue";
@@ -28,7 +28,8 @@ public:
     const int levels = is_nested ? depth : 1;
     GstElement *innermost = bin_.get();
     for (int level = 1; level <= levels; ++level) {
-      // What is added last is met first; what lies deeper is met when its bin is.
+      // The search visits the last added element first. It visits nested elements when it reaches
+      // their bin.
       const bool is_last_level = level == levels;
       GstElement *const inner = is_last_level ? nullptr : make("bin");
       if (is_last_level) add(innermost, make(last_factory));
@@ -54,24 +55,24 @@ private:
   Owned_Element bin_ = owned(gst_pipeline_new(nullptr));
 };
 
-// What is searched for, and whether the bins have it.
+// The element to search for, and whether the bins contain it.
 struct Wanted {
   const char *name;
   const char *factory;
   const char *caps;
   bool is_there;
-  bool takes_all;  // whether the search meets all elements
+  bool takes_all;  // whether the search visits all elements
 };
 
 constexpr Wanted hit_first = {"hit first", Searched_Bin::first_factory, "ANY", true, false};
 constexpr Wanted hit_last = {"hit last", Searched_Bin::last_factory, "ANY", true, true};
 constexpr Wanted miss = {"miss", Searched_Bin::missing_factory, "ANY", false, true};
-// Nearly all elements are of the type, and none has caps that fit.
+// Nearly all elements have this type, but none has matching caps.
 constexpr Wanted miss_by_caps = {"miss by caps", Searched_Bin::other_factory, "text/x-raw", false,
                                  true};
 
 struct Search {
-  std::shared_ptr<const Searched_Bin> bin;  // the same for all: filling a large one takes long
+  std::shared_ptr<const Searched_Bin> bin;  // shared, because filling a large bin is slow
   bool is_long;
   Wanted wanted;
 };

@@ -1,4 +1,4 @@
-// Caps classified and compared, elements selected, resolutions fitted.
+// Classification and comparison of caps, selection of elements, fitting of resolutions.
 
 #include <cstddef>
 #include <cstring>
@@ -24,7 +24,7 @@ Owned_Caps caps_from(const char *description) {
   return owned(gst_caps_from_string(description));
 }
 
-// What a C programmer writes to tell kinds of media apart: templates made once, asked in order.
+// Typical C code for classifying caps: constant templates, tested in order.
 capture::MediaType raw_kind_of(GstCaps *caps) {
   static GstStaticCaps templates[] = {
       GST_STATIC_CAPS("image/jpeg"),        GST_STATIC_CAPS("video/x-h264"),
@@ -76,7 +76,7 @@ void add_classification(Programme &programme) {
   }
 }
 
-// The tables, as a C programmer writes them.
+// The tables as typical C code.
 const char *extension_of(const char *filename) {
   const char *const slash = std::strrchr(filename, '/');
   const char *const dot = std::strrchr(slash != nullptr ? slash : filename, '.');
@@ -156,7 +156,7 @@ const char *raw_video_rate(capture::MediaType kind) {
   }
 }
 
-// A row of a table, asked for by both contestants. The compiler must not know the key.
+// A table lookup, by both implementations. The compiler must not know the key.
 template <typename Key, typename Raw, typename Library>
 void add_table(Programme &programme, const char *table, Key wanted, Raw raw, Library library) {
   const std::string operation = std::string("selection/") + table;
@@ -212,7 +212,7 @@ void add_proxy_selection(Programme &programme) {
   }
 }
 
-// Caps lists that hold the same in the opposite order.
+// Compares caps lists that contain the same caps in opposite order.
 bool raw_lists_equal(const std::vector<Owned_Caps> &first, const std::vector<Owned_Caps> &second) {
   if (first.size() != second.size()) return false;
   std::vector<bool> is_taken(second.size(), false);

@@ -1,4 +1,4 @@
-// Checks of arguments that are good.
+// Argument checks that pass.
 
 #include <string>
 
@@ -13,20 +13,20 @@ namespace kel::tavren::benchmarks {
 
 namespace {
 
-// A check as it is written by hand, of what it tests and what to call the argument.
+// A hand-written check with a test and a description of the argument.
 template <typename Test>
 void check(const Test &test, const char *description) {
   require(test(), description);
 }
 
-// A function that takes a string, and does nothing else.
+// A function that takes a string and does nothing else.
 void take(const std::string &text) {
   benchmark::DoNotOptimize(text.data());
 }
 
-// A check as both contestants make it, and what it costs alone to make the description into a
-// string and to hand it to a function. What describe() answers is a constant; the functions, like
-// those of a library, are unknown to the compiler where they are called.
+// Adds a check by both implementations, and separately the cost of creating the description string
+// and passing it to a function. describe() returns a constant. As with a library, the compiler
+// cannot see the functions at the call site.
 template <typename Describe, typename Raw, typename Library>
 void add_check(Programme &programme, const std::string &argument, Describe describe, Raw raw,
                Library library) {

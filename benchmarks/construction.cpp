@@ -1,4 +1,4 @@
-// Elements made, added and brought to their states.
+// Creating elements, adding them to bins, and changing their states.
 
 #include "gstreamermm_calls.h"
 #include "library_calls.h"
@@ -59,7 +59,7 @@ private:
   typename Calls::Element element_{};
 };
 
-// An element that changes from one state to the next and back.
+// An element that changes to the next state and back.
 template <typename Calls>
 class Set_State : public Trial {
 public:
@@ -73,7 +73,7 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
-// A whole recording, from nothing to running and back.
+// A whole recording, from construction to PLAYING and back.
 template <typename Calls>
 class Play_And_Stop : public Trial {
 public:
@@ -87,7 +87,7 @@ private:
   Recording<Calls> recording_;
 };
 
-// An element that follows its bin, which is a state ahead.
+// An element that follows the state of its bin, which is one state ahead.
 template <typename Calls>
 class Sync_State : public Trial {
 public:
@@ -106,7 +106,7 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
-// Operations so short that they are measured a number of times together.
+// Operations that are too short to be measured individually.
 constexpr int repetitions = 100;
 
 // An element in a pipeline.

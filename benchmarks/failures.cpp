@@ -1,4 +1,4 @@
-// What it costs to fail: to find out, to make the message, to report and to catch it.
+// The cost of a failure: detecting it, formatting the message, reporting and catching it.
 
 #include <exception>
 #include <stdexcept>
@@ -18,7 +18,7 @@ namespace {
 
 using benchmark::DoNotOptimize;
 
-// The message of a hand-written failure.
+// Frees the message of a hand-written failure.
 void drop_message(gchar *message) {
   DoNotOptimize(message);
   g_free(message);
@@ -35,7 +35,7 @@ void must_throw(Step step) {
   require(false, "failing");
 }
 
-// Two elements whose caps have nothing in common, in one bin.
+// Two elements in one bin whose caps are incompatible.
 struct Strangers {
   Owned_Element bin = owned(gst_pipeline_new(nullptr));
   GstElement *video = gst_element_factory_make("h264parse", nullptr);
@@ -89,7 +89,7 @@ void add_unknown_factory(Programme &programme) {
   programme.add_call("failures/an unknown factory", "library", [] {
     must_throw([] { Media_Helper::gst_element_factory_make_or_throw("nosuchelement", ""); });
   });
-  // Hands out null, and tells nothing.
+  // Returns null without reporting an error.
   programme.add_call("failures/an unknown factory", "gstreamermm", [] {
     require(!Gst::ElementFactory::create_element("nosuchelement"), "failing");
   });

@@ -1,4 +1,4 @@
-// The contestant that uses the framework's other C++ layer, as one writes it there.
+// The operations with gstreamermm, the framework's C++ binding, in its usual style.
 
 #ifndef TAVREN_BENCHMARKS_GSTREAMERMM_CALLS_H
 #define TAVREN_BENCHMARKS_GSTREAMERMM_CALLS_H
@@ -13,8 +13,8 @@
 
 namespace kel::tavren::benchmarks {
 
-// The layer throws where an element cannot be added or linked, and hands out null elsewhere: what
-// it leaves unchecked is checked here.
+// gstreamermm throws if an element cannot be added or linked. Other operations return null on
+// failure, which the code here checks.
 struct Gstreamermm_Calls {
   static constexpr const char *contestant = "gstreamermm";
   using Element = Glib::RefPtr<Gst::Element>;
@@ -126,7 +126,7 @@ struct Gstreamermm_Calls {
     return false;
   }
 
-  // The layer selects nothing: these are the raw contestant's.
+  // gstreamermm has no selection of elements: use the raw calls.
   static const char *select_muxer() { return Raw_Calls::select_muxer(); }
   static const char *select_parser(bool is_video) { return Raw_Calls::select_parser(is_video); }
   static const char *select_video_rate() { return Raw_Calls::select_video_rate(); }

@@ -1,4 +1,4 @@
-// The twin of include_library.cpp: what the library's header needs of others, and nothing of it.
+// The counterpart of include_library.cpp: includes only the dependencies of the library's header.
 #include <map>
 #include <memory>
 #include <stdexcept>

@@ -1,2 +1,2 @@
-// What a file pays that includes the library's header: compiled by measure_costs.
+// Includes the library's header. measure_costs measures the time to compile this file.
 #include <tavren/capture/media_helper.h>

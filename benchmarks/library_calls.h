@@ -1,4 +1,4 @@
-// The contestant that this project is about.
+// The operations with this library.
 
 #ifndef TAVREN_BENCHMARKS_LIBRARY_CALLS_H
 #define TAVREN_BENCHMARKS_LIBRARY_CALLS_H

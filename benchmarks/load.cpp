@@ -1,4 +1,4 @@
-// A program that does nothing but being loaded, with what it is linked to.
+// Does nothing: only the loading of the linked libraries is measured.
 int main() {
   return 0;
 }

@@ -1,9 +1,9 @@
-// Measures what the library costs beside the framework's plain calls.
+// Measures the cost of the library compared with plain calls of the framework.
 //
-// As it is, with Google Benchmark's options: in time.
-// --instructions REGEX: in instructions, when run by callgrind, what the expression finds.
-// --trace NAME: one run of one entry, when run by callgrind.
-// --resident-memory CONTESTANT CAMERAS: the memory that recordings take, in KiB for each camera.
+// Without the options below: measures time, with Google Benchmark's options.
+// --instructions REGEX: counts the instructions of the matching entries; run it under callgrind.
+// --trace NAME: runs one entry once; run it under callgrind.
+// --resident-memory CONTESTANT CAMERAS: prints the memory of recordings in KiB per camera.
 
 #include <string>
 #include <vector>
@@ -46,7 +46,8 @@ int run(const std::vector<std::string> &arguments, int argc, char **argv) {
 }  // namespace kel::tavren::benchmarks
 
 int main(int argc, char **argv) {
-  // The other layer was made for an older framework: it registers what is an interface no longer.
+  // gstreamermm was written for an older framework: it registers a type that is no longer an
+  // interface.
   const guint handler = g_log_set_handler(
       "GLib-GObject", G_LOG_LEVEL_CRITICAL,
       [](const gchar *, GLogLevelFlags, const gchar *, gpointer) {}, nullptr);

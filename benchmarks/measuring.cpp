@@ -15,7 +15,7 @@ namespace kel::tavren::benchmarks {
 
 namespace {
 
-// What loads plug-ins, binds symbols and fills caches.
+// Loads plugins, binds symbols and fills caches.
 void warm_up(Trial &trial) {
   trial.prepare();
   trial.run();
@@ -55,7 +55,7 @@ void count(const Entry &entry) {
   CALLGRIND_DUMP_STATS_AT(counted.c_str());
 }
 
-// What an allocation takes hangs on all those before it: every trial finds the same.
+// The cost of an allocation depends on all earlier ones, so each trial starts in the same state.
 bool count_in_fork(const Entry &entry) {
   const pid_t child = fork();
   if (child == 0) {
@@ -71,7 +71,8 @@ bool count_in_fork(const Entry &entry) {
 int measure_time(const Programme &programme, int argc, char **argv) {
   for (const Entry &entry : programme.entries()) {
     const auto run = [&entry](benchmark::State &state) { measure(entry, state); };
-#ifndef __clang_analyzer__  // it takes what Google Benchmark registers, and keeps, for lost
+#ifndef __clang_analyzer__  // the analyzer reports the benchmark, which Google Benchmark owns, as
+                            // leaked
     benchmark::RegisterBenchmark(entry.name.c_str(), run)->UseManualTime();
 #else
     static_cast<void>(run);

@@ -1,4 +1,4 @@
-// How trials are measured.
+// Measures trials.
 
 #ifndef TAVREN_BENCHMARKS_MEASURING_H
 #define TAVREN_BENCHMARKS_MEASURING_H
@@ -9,16 +9,16 @@
 
 namespace kel::tavren::benchmarks {
 
-// In time, with Google Benchmark and its options. Returns the exit status.
+// Measures time with Google Benchmark and its options. Returns the exit status.
 int measure_time(const Programme &programme, int argc, char **argv);
 
-// In instructions of the calling thread, when run by callgrind with --instr-atstart=no and
-// --collect-atstart=no: each entry whose name the regular expression finds is dumped under its
-// name, from a process of its own. Returns the exit status.
+// Counts instructions of the calling thread. Run this under callgrind with --instr-atstart=no and
+// --collect-atstart=no. Dumps each entry that matches the regular expression under its name, from a
+// separate process. Returns the exit status.
 int count_instructions(const Programme &programme, const std::string &regex);
 
-// Runs one entry once, when run by callgrind with --instr-atstart=no: what each thread executes is
-// dumped. Returns the exit status.
+// Runs one entry once and dumps the instructions of each thread. Run this under callgrind with
+// --instr-atstart=no. Returns the exit status.
 int trace(const Programme &programme, const std::string &name);
 
 }  // namespace kel::tavren::benchmarks

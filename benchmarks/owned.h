@@ -1,4 +1,4 @@
-// What the trials are made of, with its owner.
+// Owning handles for the objects of the trials.
 
 #ifndef TAVREN_BENCHMARKS_OWNED_H
 #define TAVREN_BENCHMARKS_OWNED_H
@@ -12,7 +12,7 @@ using Owned_Element = boost::intrusive_ptr<GstElement>;
 using Owned_Pad = boost::intrusive_ptr<GstPad>;
 using Owned_Caps = boost::intrusive_ptr<GstCaps>;
 
-// Takes a new element over.
+// Takes ownership of a new element.
 inline Owned_Element owned(GstElement *element) {
   return Owned_Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
 }

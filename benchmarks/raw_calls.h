@@ -1,4 +1,5 @@
-// The contestant that calls the framework's C functions, with the library's checks written by hand.
+// The operations with the framework's C functions, with hand-written versions of the library's
+// checks.
 
 #ifndef TAVREN_BENCHMARKS_RAW_CALLS_H
 #define TAVREN_BENCHMARKS_RAW_CALLS_H
@@ -13,7 +14,7 @@
 
 namespace kel::tavren::benchmarks {
 
-// What hand-written code does about a failure that nothing here provokes.
+// Hand-written error handling. No failure occurs in these benchmarks.
 inline void require(bool good, const char *what) {
   if (G_LIKELY(good)) return;
   g_printerr("benchmark: %s failed\n", what);
@@ -31,14 +32,14 @@ struct Raw_Calls {
   using Element = GstElement *;
   using Bin = GstElement *;
   using Pad = GstPad *;
-  using Stream = std::pair<GstPad *, GstPad *>;  // a multiqueue's: sink pad and source pad
+  using Stream = std::pair<GstPad *, GstPad *>;  // sink pad and source pad of a multiqueue
 
-  // How a contestant sees what another one, or nobody, owns.
+  // Returns this implementation's handle to an element that was created elsewhere.
   static GstElement *see(GstElement *element) { return element; }
   static GstElement *see_bin(GstElement *bin) { return bin; }
   static GObject *object(GstElement *element) { return G_OBJECT(element); }
 
-  // The element is the caller's, floating.
+  // Returns a floating reference.
   static GstElement *make(const char *factory) {
     GstElement *const element = gst_element_factory_make(factory, nullptr);
     require(element != nullptr, "making an element");
@@ -59,7 +60,7 @@ struct Raw_Calls {
     return element;
   }
 
-  // The references of these, too, are the caller's.
+  // Transfer full.
   static GstElementFactory *find_factory(const std::string &name) {
     GstElementFactory *const found = gst_element_factory_find(name.c_str());
     require(found != nullptr, "finding a factory");
@@ -126,7 +127,7 @@ struct Raw_Calls {
     require(gst_element_sync_state_with_parent(element), "following a parent's state");
   }
 
-  // The reference is the caller's.
+  // Transfer full.
   static GstPad *static_pad(GstElement *element, const char *name) {
     require(GST_IS_ELEMENT(element), "the check of an element");
     GstPad *const pad = gst_element_get_static_pad(element, name);
@@ -153,7 +154,7 @@ struct Raw_Calls {
     gst_object_unref(tee_pad);
   }
 
-  // The reference is the caller's.
+  // Transfer full.
   static GstPad *sink_peer(GstElement *element) {
     GstPad *const sink_pad = static_pad(element, "sink");
     require(gst_pad_is_linked(sink_pad), "the check of a link");
@@ -163,14 +164,14 @@ struct Raw_Calls {
     return peer;
   }
 
-  // The tee unlinks the pad that it gets back.
+  // The tee unlinks the pad when it is released.
   static void drop_branch(GstElement *tee, GstElement *element) {
     GstPad *const tee_pad = sink_peer(element);
     gst_element_release_request_pad(tee, tee_pad);
     gst_object_unref(tee_pad);
   }
 
-  // Both references are the caller's.
+  // Transfer full for both pads.
   static Stream new_stream(GstElement *multiqueue) {
     require(GST_IS_ELEMENT(multiqueue), "the check of an element");
     GstPad *const sink_pad = request_pad(multiqueue, "sink_%u");
@@ -248,7 +249,7 @@ private:
     GstCaps *caps;
   };
 
-  // A bin that refuses an element destroys it: whoever names it then must hold it.
+  // A bin destroys an element that it rejects, so keep a reference for the error message.
   static void add_checked(GstElement *bin, GstElement *element) {
     gst_object_ref(element);
     const gboolean is_added = gst_bin_add(GST_BIN_CAST(bin), element);
@@ -265,7 +266,7 @@ private:
     return pad;
   }
 
-  // The reference is the caller's; null when the element has no caps.
+  // Transfer full; null if the element has no caps.
   static GstCaps *caps_of(GstElement *element) noexcept {
     if (GST_IS_APP_SINK(element)) return gst_app_sink_get_caps(GST_APP_SINK_CAST(element));
     GstPad *const pad = gst_element_get_static_pad(element, "sink");

@@ -1,4 +1,4 @@
-// Whole recordings: how long they take to build, and how fast their bytes go through.
+// Whole recordings: construction time and throughput.
 
 #include <cstddef>
 #include <memory>
@@ -18,7 +18,7 @@ namespace kel::tavren::benchmarks {
 
 namespace {
 
-// Built and torn down: the recordings of some cameras, all at the same time.
+// Builds and tears down the recordings of several cameras that exist at the same time.
 template <typename Calls>
 class Build_Recordings : public Trial {
 public:
@@ -34,7 +34,7 @@ private:
   std::size_t cameras_;
 };
 
-// A minute of a camera's video as it comes from the network.
+// A minute of a camera's video as received from the network.
 class Camera_Video {
 public:
   Camera_Video() {
@@ -67,7 +67,7 @@ private:
   std::size_t bytes_ = 0;
 };
 
-// The same for all, encoded when it is first asked for.
+// Shared by all trials; encoded on first use.
 const Camera_Video &camera_video() {
   static const Camera_Video video;
   return video;

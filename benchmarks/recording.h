@@ -1,4 +1,4 @@
-// A camera's recording, built as the example program builds it.
+// A camera's recording, built in the same way as in record_camera.
 
 #ifndef TAVREN_BENCHMARKS_RECORDING_H
 #define TAVREN_BENCHMARKS_RECORDING_H
@@ -13,12 +13,12 @@
 
 namespace kel::tavren::benchmarks {
 
-// What of a camera's streams is recorded.
+// The recorded streams of a camera.
 enum class Streams { video, video_and_audio };
 
-// A pipeline that runs, into which its recording branches are built: depayloader, parser, for video
-// tee and frame-rate element, multiqueue, queue; one muxer, one file. The camera's streams come
-// from application sources.
+// Builds recording branches into a running pipeline: depayloader, parser, for video a tee and a
+// frame-rate element, multiqueue, queue; one muxer and one file sink. Application sources provide
+// the camera's streams.
 template <typename Calls>
 class Recording {
 public:
@@ -44,14 +44,14 @@ public:
   const typename Calls::Element &pipeline() const { return pipeline_; }
   GstElement *bin() const { return owned_pipeline_.get(); }
 
-  // Borrowed from the pipeline.
+  // Owned by the pipeline.
   GstElement *video_source() const { return GST_ELEMENT_CAST(Calls::object(video_source_)); }
 
 private:
   using Element = typename Calls::Element;
   using Pad = typename Calls::Pad;
 
-  // Runs before anything is built into it.
+  // Called before any branch is built.
   static Element started(Element pipeline) {
     Calls::set_state(pipeline, GST_STATE_PLAYING);
     return pipeline;
@@ -87,7 +87,7 @@ private:
     return source;
   }
 
-  // The wider system's own element, where it is installed.
+  // The element of the wider system, if it is installed.
   Element make_video_rate() {
     const auto wanted = Calls::select_video_rate();
     const gboolean is_installed = gst_registry_check_feature_version(
@@ -118,7 +118,7 @@ private:
   Element muxer_ = Calls::make_and_add(bin_, Calls::select_muxer());
   Element multiqueue_ = Calls::make_and_add(bin_, "multiqueue");
   Element video_source_{};
-  std::vector<Element> elements_ = {file_, muxer_, multiqueue_};  // those downstream first
+  std::vector<Element> elements_ = {file_, muxer_, multiqueue_};  // downstream elements first
   std::vector<Pad> pads_;
 };
 

@@ -16,7 +16,7 @@ namespace kel::tavren::benchmarks {
 
 namespace {
 
-// Of this process, in KiB.
+// Returns the resident memory of this process in KiB.
 long resident_memory() {
   std::ifstream statm("/proc/self/statm");
   long size = 0;
@@ -27,7 +27,8 @@ long resident_memory() {
 
 template <typename Calls>
 double memory_for_each(std::size_t cameras) {
-  // The first recording loads the plug-ins, and stays: what it gave back would be taken again.
+  // The first recording loads the plugins. It remains, because memory that it released would be
+  // reused.
   const Recording<Calls> first;
   const long before = resident_memory();
   std::vector<std::unique_ptr<Recording<Calls>>> recordings;

@@ -1,4 +1,4 @@
-// What memory recordings take.
+// The memory used by recordings.
 
 #ifndef TAVREN_BENCHMARKS_RESIDENT_MEMORY_H
 #define TAVREN_BENCHMARKS_RESIDENT_MEMORY_H
@@ -8,9 +8,9 @@
 
 namespace kel::tavren::benchmarks {
 
-// Builds the recordings of some cameras, as a contestant does, and prints the resident memory that
-// they take in KiB for each camera. Only in a process that has done nothing else yet. Returns the
-// exit status.
+// Builds the recordings of several cameras with an implementation and prints their resident memory
+// in KiB per camera. Call this only in a process that has done nothing else yet. Returns the exit
+// status.
 int print_resident_memory(const std::string &contestant, std::size_t cameras);
 
 }  // namespace kel::tavren::benchmarks

@@ -20,7 +20,7 @@ using benchmark::DoNotOptimize;
 
 constexpr GstClockTime some_time = 4521 * GST_SECOND + 987654321;
 
-// What the framework has no text for, as a C programmer writes it.
+// Typical C code for values that the framework has no text for.
 const char *describe(GstState state) {
   switch (state) {
   case GST_STATE_VOID_PENDING:
@@ -70,7 +70,7 @@ void add_description(Programme &programme, const char *operation, Value value) {
   });
 }
 
-// The framework's own names are constants; the library hands out copies.
+// The framework's names are constants. The library returns copies.
 void add_enumerations(Programme &programme) {
   programme.add_call("texts/a state", "raw",
                      [] { DoNotOptimize(gst_element_state_get_name(GST_STATE_PLAYING)); });

@@ -57,8 +57,8 @@ private:
   typename Calls::Element seen_ = Calls::see(element_.get());
 };
 
-// A probe is removed with its element. There are many of them, because comparing the names of pads
-// takes more instructions at some addresses than at others.
+// A probe is removed with its element. Uses many elements, because the number of instructions for
+// comparing pad names depends on their addresses.
 template <typename Calls>
 class Add_Probe : public Trial {
 public:
@@ -98,7 +98,7 @@ private:
   typename Calls::Element seen_element_ = Calls::see(element_.get());
 };
 
-// Two elements whose pads fit together.
+// Two elements with compatible pads.
 class Two_Elements : public Trial {
 protected:
   void link() { gst_pad_link(src_pad_.get(), sink_pad_.get()); }

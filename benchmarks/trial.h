@@ -1,4 +1,4 @@
-// What is measured: the same operation, done by each contestant in its own way.
+// Trials: the same operation, performed by each implementation in its own way.
 
 #ifndef TAVREN_BENCHMARKS_TRIAL_H
 #define TAVREN_BENCHMARKS_TRIAL_H
@@ -12,7 +12,7 @@
 
 namespace kel::tavren::benchmarks {
 
-// An operation, or several of one kind, as one contestant does it.
+// One or several operations of the same kind, performed by one implementation.
 class Trial {
 public:
   Trial() = default;
@@ -20,20 +20,20 @@ public:
   Trial(const Trial &) = delete;
   Trial &operator=(const Trial &) = delete;
 
-  // Only run() is measured. The three follow each other any number of times.
+  // Only run() is measured. The three functions are called repeatedly, in this order.
   virtual void prepare() {}
   virtual void run() = 0;
   virtual void clean_up() {}
 
-  // That one run moves; none for what moves none.
+  // The number of bytes moved by one run, if any.
   virtual std::size_t bytes() const { return 0; }
 
-  // How often it is run when its instructions are counted: an allocation does not take the same
-  // each time. Large trials hold the mean in themselves.
+  // The number of runs for counting instructions: the cost of an allocation varies. Large trials
+  // average over many allocations by themselves.
   virtual int counted_runs() const { return 20; }
 };
 
-// Calls that need nothing made and leave nothing behind.
+// Calls that need no preparation and no clean-up.
 template <typename Call>
 class Call_Trial : public Trial {
 public:
@@ -53,14 +53,14 @@ private:
 
 struct Entry {
   std::string name;                              // group/operation[/size]/contestant
-  int operations;                                // that one run performs
-  std::function<std::unique_ptr<Trial>()> make;  // for as long as it is measured
+  int operations;                                // per run
+  std::function<std::unique_ptr<Trial>()> make;  // alive while it is measured
 };
 
-// All that is measured, in the order of the report.
+// All entries, in the order of the report.
 class Programme {
 public:
-  // A trial for each of the contestants, all made of the same arguments.
+  // Adds a trial for each implementation, with the same arguments.
   template <template <typename> class Trial_Of, typename... Calls, typename... Arguments>
   void add(const std::string &operation, int operations, Arguments... arguments) {
     (entries_.push_back(
@@ -69,7 +69,7 @@ public:
      ...);
   }
 
-  // One contestant's call, so short that it is measured a number of times together.
+  // Adds a call of one implementation that is too short to be measured individually.
   template <typename Call>
   void add_call(const std::string &operation, const std::string &contestant, Call call,
                 int times = 100) {
@@ -83,7 +83,7 @@ private:
   std::vector<Entry> entries_;
 };
 
-// The families of operations.
+// The groups of operations.
 void add_checks(Programme &programme);
 void add_construction(Programme &programme);
 void add_topology(Programme &programme);

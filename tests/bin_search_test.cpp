@@ -1,4 +1,4 @@
-// Bin search: elements of a bin by their type and their caps.
+// Searches of bins for elements by type and caps.
 
 #include <atomic>
 #include <chrono>
@@ -15,17 +15,17 @@
 
 namespace {
 
-// While true, no factory is found on this thread.
+// If true, this thread finds no factories.
 thread_local bool factories_are_missing = false;
 
-// While set, walks of bins on this thread call it with the bin behind the first element they show.
+// If set, iterations over bins on this thread call it after the first element, with the bin.
 thread_local void (*change_during_walk)(GstBin *) = nullptr;
 
-// While set, the pad whose references are counted whenever caps are compared on this thread.
+// If set, the references of this pad are counted whenever caps are compared on this thread.
 thread_local GstPad *watched_pad = nullptr;
 thread_local guint references_while_comparing = 0;
 
-// The bits in which the element types of all factories are changed on this thread.
+// Bits to flip in the element types of all factories on this thread.
 thread_local GType type_difference = 0;
 
 template <typename Function>
@@ -33,7 +33,7 @@ Function *framework(const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-// Shows every element of a walk, and changes the bin once.
+// Shows every element of an iteration, and changes the bin once.
 int show_and_change(gconstpointer, gconstpointer data) {
   const auto *const bin = static_cast<const GValue *>(data);
   if (void (*const change)(GstBin *) = change_during_walk; change != nullptr) {
@@ -87,7 +87,7 @@ Element add_to_bin(const Element &bin, const Element &element) {
   return element;
 }
 
-// A type of its own that inherits everything from another.
+// Returns a new type that inherits everything from another.
 GType make_subclass(GType parent, const char *name) {
   GTypeQuery sizes;
   g_type_query(parent, &sizes);
@@ -156,11 +156,11 @@ protected:
 
 class Bin_Search_Arguments : public Bin_Search {
 protected:
-  // Null, and an element that is no bin.
+  // Null, and an element that is not a bin.
   const Element not_a_bin_ = make_element("identity");
   const std::vector<GstBin *> bad_bins_{nullptr, reinterpret_cast<GstBin *>(not_a_bin_.get())};
 
-  // Null, and a mini-object that is no caps.
+  // Null, and a mini-object that is not caps.
   const boost::intrusive_ptr<GstSample> not_caps_{
       gst_sample_new(nullptr, nullptr, nullptr, nullptr), false};
   const std::vector<GstCaps *> bad_caps_{nullptr, reinterpret_cast<GstCaps *>(not_caps_.get())};
@@ -262,7 +262,7 @@ TEST_F(Bin_Search, FindsNoAppsinkWhoseCapsWereNeverSet) {
   EXPECT_FALSE(find_appsink(bin_, "video/x-raw"));
 }
 
-// A tee, still or running: videotestsrc ! capsfilter ! tee ! appsink.
+// A tee in a pipeline videotestsrc ! capsfilter ! tee ! appsink, initially stopped.
 class Running_Tee : public Bin_Search {
 protected:
   Running_Tee() {
@@ -275,7 +275,7 @@ protected:
 
   ~Running_Tee() override { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
 
-  // Until the appsink holds its first picture.
+  // Runs the pipeline until the appsink has its first picture.
   void negotiate() const {
     gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
     ASSERT_EQ(gst_element_get_state(pipeline_.get(), nullptr, nullptr, 10 * GST_SECOND),
@@ -352,7 +352,7 @@ TEST_F(Running_Tee, FeedsAnAppsinkThatIsJudgedByItsSetCapsOnly) {
 
   set_caps(appsink_, "video/x-raw");
   EXPECT_EQ(find_appsink(pipeline_, "video/x-raw"), appsink_);
-  EXPECT_FALSE(find_appsink(pipeline_, WIDE));  // though what flows into it would fit
+  EXPECT_FALSE(find_appsink(pipeline_, WIDE));  // although its input would match
 }
 
 TEST_F(Bin_Search, JudgesATeeThatIsNotLinkedByAnyCaps) {
@@ -367,7 +367,7 @@ TEST_F(Bin_Search, FitsEmptyCapsIntoAll) {
     EXPECT_EQ(find_appsink(bin_, wanted), appsink) << wanted;
 }
 
-// An element without pads; a test adds the ones that it needs.
+// Creates an element without pads. Tests add the pads that they need.
 Element make_bare_element() {
   static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestBareElement");
   return make_of_type(type);
@@ -484,7 +484,7 @@ TEST_F(Bin_Search, DoesNotLookAtTheBinItself) {
   EXPECT_FALSE(Media_Helper::bin_has_element_type(as_bin(bin_), GST_TYPE_PIPELINE));
 }
 
-// The appsinks of a bin in the order in which the framework walks it.
+// Returns the appsinks of a bin in the framework's iteration order.
 Elements walk(const Element &bin) {
   Elements elements;
   GstIterator *const iterator = gst_bin_iterate_recurse(as_bin(bin));
@@ -497,7 +497,7 @@ Elements walk(const Element &bin) {
   return elements;
 }
 
-// Appsinks of two kinds of media, on three levels.
+// Appsinks with two kinds of media, on three levels.
 class Many_Appsinks : public Bin_Search {
 protected:
   Many_Appsinks() {
@@ -597,7 +597,7 @@ TEST_F(Many_Appsinks, AreReturnedWithOneNewReference) {
 
 // --- Comparisons
 
-// They are called from the framework's C code.
+// They are called from C code of the framework.
 static_assert(noexcept(Media_Helper::caps_compare_func(nullptr, nullptr)));
 static_assert(noexcept(Media_Helper::type_compare_func(nullptr, nullptr)));
 
@@ -640,7 +640,7 @@ TEST_F(Bin_Search_Comparison, OfTypesIsExact) {
   EXPECT_EQ(compare_type(make_of_type(tee_subclass()), tee_type_), -1);
 }
 
-// In separate bins: the types of tees and of appsinks may differ in one bit only.
+// In separate bins, because the types of tees and appsinks may differ in only one bit.
 TEST_F(Bin_Search_Comparison, OfTypesLooksAtEveryBit) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   const Element other_bin = make_bin("other");
@@ -736,7 +736,7 @@ TEST_F(Changing_Bin, IsListedAsFarAsSeenWhenElementsWent) {
   EXPECT_EQ(GST_BIN_NUMCHILDREN(bin_.get()), 0);
 }
 
-// The peer of a tee may be anything, and change the bin when it is asked for its caps.
+// The peer of a tee may be any element, even one that changes the bin during a caps query.
 int caps_questions = 0;
 
 gboolean change_bin_and_answer(GstPad *pad, GstObject *parent, GstQuery *query) {
@@ -781,7 +781,7 @@ TEST_F(Changing_Bin, IsSearchedWhileAnotherThreadChangesIt) {
   changer.join();
   EXPECT_EQ(walk(bin_), kept);
   for (const Element &appsink : kept)
-    EXPECT_EQ(reference_count(appsink.get()), 2u);  // the bin's, and the list's
+    EXPECT_EQ(reference_count(appsink.get()), 2u);  // the bin's and the list's
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }
 

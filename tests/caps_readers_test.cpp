@@ -1,4 +1,4 @@
-// What is read from caps, and what is computed with it.
+// Reading values from caps, and computing with them.
 
 #include <limits>
 #include <memory>
@@ -21,7 +21,7 @@ constexpr int largest_int = std::numeric_limits<int>::max();
 constexpr unsigned long long largest = std::numeric_limits<unsigned long long>::max();
 constexpr unsigned long long half = 9223372036854775808ULL;  // 2^63
 
-// Calls a reader with caps made from a text; it leaves them as they were.
+// Calls a reader with caps made from a text. The reader must not change the caps.
 template <typename Reader>
 auto read(Reader reader, const char *text) {
   const Caps caps = make_caps(text);
@@ -41,7 +41,7 @@ void expect_unreadable(Reader reader, const char *text, int code, const char *er
   EXPECT_EQ(reference_count(caps.get()), 1);
 }
 
-// Neither null nor what is no caps gets past the check.
+// Null and other types than caps fail the check.
 template <typename Reader>
 void expect_checked(Reader reader, const char *error) {
   expect_error(0x15210, error, [&] { reader(nullptr); });
@@ -98,8 +98,8 @@ TEST(Framerate, must_be_greater_than_0) {
                       "Retrieved invalid numerator or denomenator in get_framerate_from_caps");
 }
 
-// The framework reads, sets and copies only fractions over a positive number; a plug-in may fill
-// the value itself.
+// The framework parses, sets and copies only fractions with a positive denominator, but a plugin
+// may set the value directly.
 TEST(Framerate, over_zero_or_less_is_refused) {
   for (const int denominator : {0, -1, -largest_int}) {
     const Caps caps = make_caps("video/x-raw");
@@ -207,7 +207,8 @@ TEST(Encoding_Name, needs_caps) {
                  "caps in get_encoding_name_from_caps is not a GstCaps *.");
 }
 
-// Nobody counts the structures first: the framework complains, and nothing is found.
+// The number of structures is not checked first, so the framework logs a critical and the reader
+// finds nothing.
 TEST(Readers, find_nothing_in_caps_without_structures) {
   const Expected_Log no_structure("gst_caps_get_structure");
   const Expected_Log no_field("gst_structure_get_");
@@ -232,11 +233,11 @@ TEST(Calculated_Resolution, fits_into_the_bounds) {
       {{352, 288}, {1920, 1080}, {352, 198}},
       {{100, 100}, {3, 1}, {100, 33}},
       {{100, 100}, {1, 3}, {33, 100}},
-      // the source is no limit
+      // the size of the source is not a limit
       {{3840, 2160}, {4, 3}, {2880, 2160}},
       {{1, 1}, {1, 1}, {1, 1}},
       {{1, 1}, {1920, 1080}, {1, 0}},
-      // equal shapes, exactly and not: the ratio comes first, and the side is cut
+      // exactly or nearly equal shapes: the ratio is computed first, and the side is truncated
       {{1366, 768}, {1366, 768}, {1366, 768}},
       {{1919, 1079}, {1919, 1079}, {1919, 1079}},
       {{49, 1}, {49, 1}, {49, 1}},
@@ -244,7 +245,7 @@ TEST(Calculated_Resolution, fits_into_the_bounds) {
       {{853, 480}, {16, 9}, {853, 479}},
       {{9, 1000}, {9, 7}, {9, 6}},
       {{35, 1000}, {7, 3}, {35, 14}},
-      // no side is forced to be seen
+      // a side may become 0
       {{1, 100}, {1000, 1}, {1, 0}},
       {{100, 1}, {1, 1000}, {0, 1}},
       {{1920, 1080}, {largest, 1}, {1920, 0}},
@@ -282,7 +283,7 @@ TEST(Calculated_Resolution, is_right_where_a_signed_number_would_not_be) {
         << row.source.second;
 }
 
-// 2^64 - 2048 is the last double that fits; from 2^64 - 1024 on the bounds count as 2^64.
+// 2^64 - 2048 is the largest double that fits. Bounds from 2^64 - 1024 are rounded to 2^64.
 TEST(Calculated_Resolution, saturates_where_a_side_does_not_fit) {
   const unsigned long long last_that_fits = largest - 2047;
   const unsigned long long rounds_down = largest - 1024;
@@ -307,7 +308,7 @@ TEST(Calculated_Resolution, saturates_where_a_side_does_not_fit) {
         << row.source.second;
 }
 
-// Each pair of bounds and source of which at least one side is 0.
+// Returns pairs of bounds and source in which at least one side is 0.
 std::vector<std::pair<Size, Size>> invalid_resolutions() {
   std::vector<std::pair<Size, Size>> pairs;
   for (unsigned zeros = 1; zeros < 16; ++zeros) {
@@ -354,7 +355,7 @@ TEST(Calculated_Resolution, of_0_is_no_backend_error) {
   EXPECT_FALSE(is_caught_as<Backend_Error<std::runtime_error>>());
 }
 
-// A list of caps, each its own object.
+// Returns a list of caps, each a separate object.
 std::vector<Caps> make_list(const std::vector<const char *> &texts) {
   std::vector<Caps> list;
   for (const char *const text : texts)
@@ -406,7 +407,7 @@ TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
   EXPECT_FALSE(equal("ANY", "EMPTY"));
   EXPECT_FALSE(equal("ANY", "video/x-raw"));
   EXPECT_TRUE(equal("video/x-raw, width=1, height=2", "video/x-raw, height=2, width=1"));
-  // Alike in what they allow, however they are written.
+  // Equal in what they allow, even if they are written differently.
   EXPECT_TRUE(equal("video/x-raw; audio/x-raw", "audio/x-raw; video/x-raw"));
   EXPECT_TRUE(equal("video/x-raw; video/x-raw, width=1", "video/x-raw"));
   EXPECT_TRUE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width={ 2, 1 }"));

@@ -13,7 +13,7 @@ namespace {
 using capture::Media_Helper;
 using capture::MediaType;
 
-// Any object, held by the reference that it was made with.
+// Any object. Owns the reference from its creation.
 class Object {
 public:
   explicit Object(gpointer object) : object_(object) {}
@@ -54,7 +54,7 @@ const std::array<Check, 4> object_checks = {{
 struct Subject {
   const char *name;
   gpointer (*make)();
-  std::array<bool, 4> passes;  // as an element, a pad, a bin, a bus
+  std::array<bool, 4> passes;  // as an element, a pad, a bin and a bus
 };
 
 const Subject subjects[] = {
@@ -99,7 +99,7 @@ TEST(Object_Checks, RefuseAnInstanceWithoutAClass) {
     expect_failure(check, &instance, "argument");
 }
 
-// The class is abstract: of that very type the framework makes no object.
+// GstElement is abstract: no object of the framework has exactly this type.
 TEST(Object_Checks, TakeAnElementOfNoSubclass) {
   const gpointer element_class = g_type_class_ref(GST_TYPE_ELEMENT);
   GTypeInstance instance{static_cast<GTypeClass *>(element_class)};
@@ -185,7 +185,7 @@ TEST(Initialisation_Check, PassesOnceInitialised) {
   EXPECT_NO_THROW(Media_Helper::gst_is_initialized_or_throw("call gst_init first"));
 }
 
-// Good arguments, for operations that are to find only one of theirs bad.
+// Valid arguments, for operations in which only one argument is invalid.
 struct Good {
   Element element = make_element("identity");
   Element bin = make_element("bin");
@@ -202,7 +202,7 @@ struct Argument {
   void (*call)(const Good &);
 };
 
-// The peer of the sink's pad belongs to nobody.
+// The peer of the sink's pad has no parent.
 void ask_for_parent_of_stray_peer(const Good &good) {
   const Pad stray(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
   const Pad sink_pad(gst_element_get_static_pad(good.sink.get(), "sink"), false);
@@ -210,7 +210,7 @@ void ask_for_parent_of_stray_peer(const Good &good) {
   Media_Helper::get_element_sink_peer_or_throw(good.sink.get());
 }
 
-// What each operation calls its arguments.
+// The names of the arguments in each operation.
 // clang-format off
 const Argument arguments[] = {
     {0x15160, "element is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_set_state_or_throw(nullptr, GST_STATE_READY, "context"); }},

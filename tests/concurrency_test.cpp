@@ -1,5 +1,5 @@
-// Many threads at once: each on objects of its own, all on the same objects, and on objects that
-// change meanwhile.
+// Many threads at the same time: on separate objects, on shared objects, and on objects that change
+// concurrently.
 
 #include <algorithm>
 #include <atomic>
@@ -27,7 +27,7 @@ using capture::Media_Helper;
 
 constexpr unsigned thread_count = 16;
 
-// What threads find wrong, for the one that waits for them.
+// Collects errors from threads, and reports them at the end.
 class Complaints {
 public:
   ~Complaints() {
@@ -57,7 +57,7 @@ private:
   std::vector<std::unique_ptr<Expected_Log>> logs_;
 };
 
-// Does a work on all threads, which start on it together, and waits for them.
+// Runs a function on all threads, which start simultaneously, and waits for them.
 void on_all_threads(const std::function<void(unsigned thread)> &work) {
   std::promise<void> start;
   const std::shared_future<void> started = start.get_future().share();
@@ -72,12 +72,12 @@ void on_all_threads(const std::function<void(unsigned thread)> &work) {
     thread.join();
 }
 
-// All of them for all n, beginning with another one on each thread.
+// Returns each operation once for all n. Each thread begins with a different one.
 const Operation &nth_operation(std::size_t n, unsigned thread) {
   return operations[(n + thread * operations.size() / thread_count) % operations.size()];
 }
 
-// Tells what is left of a scene after its end.
+// Destroys a scene and describes the objects that outlive it.
 std::string take_down(std::unique_ptr<Scene> scene) {
   std::vector<std::unique_ptr<Weak_Watch>> watches;
   for (const gpointer object : scene->objects())
@@ -88,7 +88,7 @@ std::string take_down(std::unique_ptr<Scene> scene) {
   return {};
 }
 
-// Does each operation once on objects of the thread's own. Returns the first complaint.
+// Runs each operation once on this thread's own objects. Returns the first error.
 std::string do_each_once(unsigned thread, bool rare_ones) {
   auto scene = std::make_unique<Scene>();
   for (std::size_t i = 0; i < operations.size(); ++i) {
@@ -102,7 +102,8 @@ std::string do_each_once(unsigned thread, bool rare_ones) {
   return take_down(std::move(scene));
 }
 
-// The references to the factories that the operations draw on; those of depayloaders grow.
+// Returns the references to the factories that the operations use, except the depayloaders', which
+// grow.
 std::map<std::string, guint> factory_counts() {
   std::map<std::string, guint> counts;
   for (const char *const name : {"appsink", "bin", "capsfilter", "decodebin", "fakesink", "fakesrc",
@@ -111,7 +112,8 @@ std::map<std::string, guint> factory_counts() {
   return counts;
 }
 
-// A round of all operations looks for the proxies of mu-law, third in line, and in vain.
+// A round of all operations selects proxy elements for mu-law, which is tried third, and for caps
+// that match none.
 void expect_depayloaders_kept(const Depayloader_References &references, guint rounds) {
   for (std::size_t i = 0; i < std::size(depayloaders); ++i)
     EXPECT_EQ(Depayloader_References::count(depayloaders[i]),
@@ -123,7 +125,7 @@ TEST(Concurrency, OfAllOperationsOnSeparateObjects) {
   constexpr guint rounds = 10;
   const Expected_Warnings warnings;
   const Depayloader_References references;
-  // Loads the plug-ins and makes the classes, which take references once.
+  // Loads the plugins and creates the classes, which take references once.
   ASSERT_EQ(do_each_once(0, true), "");
   const std::map<std::string, guint> factories = factory_counts();
   {
@@ -157,7 +159,7 @@ TEST(Concurrency, OfReadingOperationsOnSharedObjects) {
   expect_depayloaders_kept(references, thread_count * rounds);
 }
 
-// Makes a change over and over on a thread of its own.
+// Makes a change repeatedly in a separate thread.
 class Changes {
 public:
   explicit Changes(const std::function<void()> &change)
@@ -180,8 +182,9 @@ private:
   std::thread thread_;
 };
 
-// Takes each look over and over, for a while and until changes have been completed during ten of
-// its turns. Where there is a processor for only one of the two threads, that takes a few switches.
+// Calls each function repeatedly, for some time and until changes have been completed during ten
+// calls. If only one processor is available for both threads, this requires several context
+// switches.
 void look_while_changing(const Changes &changes, const std::vector<std::function<void()>> &looks) {
   using Clock = std::chrono::steady_clock;
   for (const std::function<void()> &look : looks) {
@@ -196,7 +199,7 @@ void look_while_changing(const Changes &changes, const std::vector<std::function
   }
 }
 
-// Counts the elements that have come and gone.
+// Counts the elements that have been created and destroyed.
 struct Passing {
   std::atomic<int> made = 0;
   std::atomic<int> gone = 0;
@@ -215,7 +218,7 @@ void set_caps(const Element &appsink, const Caps &caps) {
   g_object_set(appsink.get(), "caps", caps.get(), nullptr);
 }
 
-// An appsink, a tee and a bin with an appsink come into a bin and leave it again.
+// Adds an appsink, a tee and a bin with an appsink to a bin and removes them again.
 void pass_through(Passing &passing, GstBin *bin, const Caps &caps) {
   const Element appsink = passing.make("appsink", "passing");
   const Element tee = passing.make("tee", nullptr);
@@ -230,7 +233,7 @@ void pass_through(Passing &passing, GstBin *bin, const Caps &caps) {
     gst_bin_remove(bin, element.get());
 }
 
-// The first handle to what a search found, by which nobody else need hold it any more.
+// Takes ownership of the result of a search. It may be the only reference.
 Element found(GstElement *element) {
   return Element(element, false);
 }
@@ -250,8 +253,8 @@ void expect_distinct(const std::vector<Handle> &handles) {
   EXPECT_EQ(std::set<Handle>(handles.begin(), handles.end()).size(), handles.size());
 }
 
-// The framework begins a search again when the bin has changed: what stays in the bin is found. It
-// does not begin a walk again: a list may lack anything.
+// The framework restarts a search when the bin changes, so elements that remain in the bin are
+// found. It does not restart an iteration, so a list may lack any element.
 TEST(Concurrency, OfSearchesAndChangesOfTheBin) {
   const Scene scene;
   const unsigned long long tee_type = Media_Helper::get_element_type("tee");
@@ -305,8 +308,8 @@ void expect_pads(const Media_Helper::Pad_List &pads, GstPadDirection direction) 
   expect_distinct(pads);
 }
 
-// All pads of an element count as one list: a change of its source pads ends a walk over the sink
-// pads too.
+// All pads of an element belong to one list for this purpose: a change of its source pads also ends
+// an iteration over its sink pads.
 TEST(Concurrency, OfPadListsAndChangesOfThePads) {
   const Scene scene;
   GstElement *const tee = scene.split.get();

@@ -10,13 +10,12 @@
 
 namespace {
 
-// Elements made for the caller of the function under test, while the test listens.
+// If set, collects the elements that the function under test creates.
 thread_local std::vector<std::unique_ptr<kel::tavren::tests::Weak_Watch>> *made_elements = nullptr;
 
 }  // namespace
 
-// Stands before the framework's own function, which does the work: an element that was made and is
-// gone again leaves no other trace.
+// Wraps the framework's function: an element that is created and destroyed leaves no other trace.
 extern "C" GstElement *gst_element_factory_make(const gchar *factory_name, const gchar *name) {
   const auto make =
       reinterpret_cast<decltype(&gst_element_factory_make)>(dlsym(RTLD_NEXT, __func__));
@@ -53,7 +52,7 @@ int child_count(const Element &bin) {
   return GST_BIN_NUMCHILDREN(bin.get());
 }
 
-// A bin with one child, whose name is taken from then on.
+// Creates a bin with one child, whose name is then taken.
 Element make_bin_with(const char *child_name) {
   Element bin = make_element("bin", "recording");
   gst_bin_add(as_bin(bin), make_floating("identity", child_name));
@@ -87,7 +86,7 @@ TEST(Factory_Make, GivesAFloatingElementOfTheName) {
   gst_object_unref(made);
 }
 
-// The factory's name and a counter, which goes on from element to element.
+// Returns the number in a default name, which consists of the factory's name and a counter.
 int chosen_number() {
   GstElement *const made = Media_Helper::gst_element_factory_make_or_throw("identity", "");
   const std::string name = name_of(made);
@@ -128,7 +127,7 @@ TEST(Parse_Launch, GivesASingleElementAsItIs) {
   gst_object_unref(made);
 }
 
-// The parser leaves out what it does not know and goes on.
+// The parser skips invalid parts and continues.
 TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
   GstElement *const made =
       Media_Helper::gst_parse_launch_or_throw("fakesrc ! nosuchelement ! fakesink");
@@ -139,7 +138,7 @@ TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
   gst_object_unref(made);
 }
 
-// Whether one element that is left gets a pipeline around it is the parser's business.
+// The parser decides whether to create a pipeline around a single remaining element.
 TEST(Parse_Launch, GivesWhatTheParserGives) {
   for (const char *description : {"nosuchelement ! fakesink", "fakesrc ! fakesink", "identity"}) {
     GstElement *const expected = gst_parse_launch(description, nullptr);
@@ -189,7 +188,7 @@ TEST(Bin_Get_By_Name, ThrowsForAnAbsentName) {
   EXPECT_EQ(reference_count(bin.get()), 1U);
 }
 
-// The framework objects to what is no bin; the library tests for null only.
+// The framework rejects arguments that are not bins. The library checks only for null.
 TEST(Bin_Get_By_Name, LeavesTheTypeToTheFramework) {
   const Element element = make_element("identity", "parser");
   const Expected_Log assertion("GST_IS_BIN");
@@ -267,7 +266,7 @@ TEST(Bin_Add_Of_A_Taken_Name, NamesTheElementAndNotTheBin) {
   expect_refused(bin, make_floating("fakesink", "100% %s"), "100% %s");
 }
 
-// A bin of an application's own, which no factory stands for.
+// Returns a bin type of an application, without a factory.
 GType unregistered_type() {
   static const GType type =
       g_type_register_static_simple(GST_TYPE_BIN, "Unregistered_Bin", sizeof(GstBinClass), nullptr,
@@ -307,7 +306,7 @@ TEST(Bin_Add, KeepsAnElementThatIsInTheBinAlready) {
   EXPECT_EQ(child_count(bin), 1);
 }
 
-// Without a parent, so that the rule of the taken name holds for it too.
+// The bin has no parent, so the rule for a taken name applies to it, too.
 TEST(Bin_Add, DropsOneReferenceOfABinAddedToItself) {
   const Expected_Log assertion("GST_ELEMENT_CAST (bin) != element");
   const Element owned = make_element("bin", "recording");
@@ -362,7 +361,7 @@ TEST(Bin_Add, ChecksTheBinFirst) {
                [] { Media_Helper::gst_bin_add_or_throw(nullptr, nullptr); });
 }
 
-// One operation under two names.
+// The same operation under two names.
 class Create_And_Add
     : public testing::TestWithParam<decltype(&Media_Helper::create_and_add_element_to_bin)> {
 protected:

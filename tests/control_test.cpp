@@ -15,8 +15,7 @@ using capture::Media_Helper;
 using Bus = boost::intrusive_ptr<GstBus>;
 using Source = boost::intrusive_ptr<GSource>;
 
-// An element whose state goes back to NULL before its last reference does, as the framework
-// demands.
+// An element that is set to NULL before its last reference is released, as the framework requires.
 class Stopped {
 public:
   explicit Stopped(const char *factory, const char *name = nullptr)
@@ -28,7 +27,7 @@ public:
   GstElement *get() const { return element_.get(); }
   GstBin *as_bin() const { return GST_BIN_CAST(element_.get()); }
 
-  // Drops the messages on a pipeline's bus: each holds a reference to the element that posted it.
+  // Removes the messages from a pipeline's bus: each keeps a reference to its source element.
   void drop_messages() const {
     const Bus bus(gst_element_get_bus(element_.get()), false);
     gst_bus_set_flushing(bus.get(), TRUE);
@@ -47,7 +46,7 @@ Pad make_pad() {
   return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
 }
 
-// Null, and a framework object of another type.
+// Passes null, and an object of another type.
 void expect_element_checked(const std::string &description, void (*call)(GstElement *)) {
   const Pad pad = make_pad();
   const std::string text = description + " is not a GstElement *.";
@@ -56,8 +55,8 @@ void expect_element_checked(const std::string &description, void (*call)(GstElem
   EXPECT_EQ(reference_count(pad.get()), 1U);
 }
 
-// An element that never gets to READY, with a factory that has what standard factories lack:
-// metadata under the key "name".
+// Creates an element that never reaches READY. Unlike standard factories, its factory has metadata
+// with the key "name".
 GstElement *make_tap(const char *name) {
   static const GType type = g_type_register_static_simple(
       GST_TYPE_ELEMENT, "Capture_Tap", sizeof(GstElementClass),
@@ -104,7 +103,7 @@ TEST(Set_State, ReturnsAsyncOfASinkThatPrerolls) {
   EXPECT_EQ(reference_count(sink.get()), 1U);
 }
 
-// What the elements below answer to every change of their state.
+// The result of every state change of the elements below.
 int answer_to_set_state = 0;
 
 Element make_answering_element() {
@@ -167,7 +166,7 @@ TEST(Set_State, NamesTheState) {
         [&tap, to = state] { Media_Helper::gst_element_set_state_or_throw(tap.get(), to, ""); });
 }
 
-// The file source reaches READY and fails on the way to PAUSED: there it stays.
+// The file source reaches READY and fails to reach PAUSED. It remains in READY.
 TEST(Set_State, LeavesTheElementWhereTheFrameworkDid) {
   const Stopped source("filesrc", "src0");
   const Stopped twin("filesrc", "twin");
@@ -267,7 +266,7 @@ TEST(Create_Watch, GivesAnUnattachedSource) {
     EXPECT_EQ(g_source_get_context(watch.get()), nullptr);
     EXPECT_FALSE(g_source_is_destroyed(watch.get()));
   }
-  // The watch may hold the bus while it lives, and no longer.
+  // The watch may keep a reference to the bus only while it exists.
   EXPECT_EQ(reference_count(bus.get()), 1U);
 }
 
@@ -299,7 +298,7 @@ TEST(Create_Watch, ThrowsForASecondWatch) {
     EXPECT_EQ(watch->ref_count, 1U);
     EXPECT_EQ(reference_count(bus.get()), before);
   }
-  // The first one is gone, so there is room again.
+  // The first watch is destroyed, so another one can be created.
   const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
   EXPECT_EQ(watch->ref_count, 1U);
 }
@@ -444,7 +443,7 @@ TEST(Signal_Connect, ChecksItsElement) {
   });
 }
 
-// The parentheses of the messages hold the metadata under the key "name", and not the long name.
+// The parentheses in the messages contain the metadata with the key "name", not the long name.
 
 TEST(Element_Text, HoldsTheFactorysNameMetadata) {
   const Element tap = make_owned_tap("tap");
@@ -470,7 +469,7 @@ TEST(Element_Text, HoldsTheFactorysNameMetadataOfARefusedElement) {
   EXPECT_TRUE(watch.gone());
 }
 
-// Longer than any buffer of a fixed size is likely to be, and in Latin-1.
+// Longer than a typical fixed-size buffer, and in Latin-1.
 const std::string awkward_names[] = {std::string(300, 'n'), std::string(5000, 'n'), "Geb\xE4ude 3",
                                      std::string(400, '\xFF') + "\xC3"};
 
@@ -538,7 +537,7 @@ TEST(Element_Text, IsEmptyWhereThereIsNoNameAndNoFactory) {
   GST_OBJECT_NAME(bin.get()) = nullptr;
   expect_error(0x15110, "Failed to get parent for element  ().",
                [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });
-  // A bin has no bus until it is in a pipeline.
+  // A bin has no bus unless it is in a pipeline.
   expect_error(0x151A0, "Could not retrieve pipeline bus for element \"\".",
                [&bin] { Media_Helper::gst_element_get_bus_or_throw(bin.get()); });
 }

@@ -1,4 +1,4 @@
-// Which element for which file and which kind of media.
+// The elements selected for each file name and each kind of media.
 
 #include <limits>
 #include <memory>
@@ -13,13 +13,13 @@ using capture::MediaType;
 
 struct File_Row {
   const char *name;
-  const char *muxer;    // null: there is none
-  const char *demuxer;  // null: there is none
+  const char *muxer;    // null: none
+  const char *demuxer;  // null: none
 };
 
 // clang-format off
 const File_Row files[] = {
-    // the extensions
+    // supported extensions
     {"cam1.mkv",                           "matroskamux", "matroskademux"},
     {"x.mp4",                              "mp4mux",      nullptr},
     {"x.avi",                              "avimux",      nullptr},
@@ -32,7 +32,7 @@ const File_Row files[] = {
     {"a.mkv.part",                         nullptr,       nullptr},
     {"a..mkv",                             "matroskamux", "matroskademux"},
     {"a.mkv.",                             nullptr,       nullptr},
-    // the case counts, and every byte
+    // comparison is exact
     {"clip.MP4",                           nullptr,       nullptr},
     {"clip.Mkv",                           nullptr,       nullptr},
     {"clip.mk",                            nullptr,       nullptr},
@@ -48,13 +48,13 @@ const File_Row files[] = {
     {"..",                                 nullptr,       nullptr},
     {"...",                                nullptr,       nullptr},
     {"/",                                  nullptr,       nullptr},
-    // a leading-dot name is all extension
+    // a name with a leading dot consists of an extension only
     {".mkv",                               "matroskamux", "matroskademux"},
     {"..mkv",                              "matroskamux", "matroskademux"},
     {".mp4",                               "mp4mux",      nullptr},
     {".avi",                               "avimux",      nullptr},
     {".mov",                               "qtmux",       nullptr},
-    // only the last component counts
+    // only the last path component counts
     {"/var/recordings/cam1.mkv",           "matroskamux", "matroskademux"},
     {"./cam1.mkv",                         "matroskamux", "matroskademux"},
     {"../cam1.mkv",                        "matroskamux", "matroskademux"},
@@ -68,7 +68,7 @@ const File_Row files[] = {
     {"x.mkv/.",                            nullptr,       nullptr},
     {"x.mkv/..",                           nullptr,       nullptr},
     {".mkv/",                              nullptr,       nullptr},
-    // long names, blanks, bytes beyond ASCII
+    // long names, blanks, non-ASCII bytes
     {"front-door-2024-05-17T12-00-00.mkv", "matroskamux", "matroskademux"},
     {"front-door-2024-05-17T12-00-00.mov", "qtmux",       nullptr},
     {"a-name-with-a-long.extension-of-its-own-1234567890", nullptr, nullptr},
@@ -105,7 +105,7 @@ TEST(Demuxer, is_chosen_by_extension) {
 
 struct Kind_Row {
   int type;
-  const char *parser, *decoder, *payloader, *video_rate;  // null: there is none
+  const char *parser, *decoder, *payloader, *video_rate;  // null: none
 };
 
 // clang-format off
@@ -120,7 +120,7 @@ const Kind_Row kinds[] = {
     {7, nullptr,           nullptr,       nullptr,      nullptr},
     {8, "identity",        "mulawdec",    "rtppcmupay", nullptr},
     {9, nullptr,           nullptr,       nullptr,      nullptr},
-    // outside the list
+    // not an enumerator
     {10,                              nullptr, nullptr, nullptr, nullptr},
     {-1,                              nullptr, nullptr, nullptr, nullptr},
     {std::numeric_limits<int>::min(), nullptr, nullptr, nullptr, nullptr},
@@ -147,7 +147,7 @@ TEST(Parser, is_chosen_by_kind) {
                  "Unknown video format : could not create video parser");
 }
 
-// Decoder and frame rate report with the parser's text.
+// The decoder and the frame-rate element use the parser's error text.
 TEST(Decoder, is_chosen_by_kind) {
   expect_by_kind(Media_Helper::select_decoder, &Kind_Row::decoder,
                  "Unknown video format : could not create video parser");
@@ -163,7 +163,8 @@ TEST(Payloader, is_chosen_by_kind) {
                  "Unsupported format : could not select payloader");
 }
 
-// The names are a contract with the plug-ins; the frame-rate element alone comes from elsewhere.
+// The names refer to installed plugins, except the frame-rate element, which another project
+// provides.
 TEST(Selected_Element, is_known_to_the_registry) {
   const auto expect_known = [](const char *factory) {
     if (factory == nullptr || std::string(factory) == "tavrenvideorate") return;

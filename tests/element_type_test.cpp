@@ -1,4 +1,4 @@
-// Element types: from the name of a factory to the type of what it makes.
+// Element types: from a factory's name to the type of its elements.
 
 #include <functional>
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace {
 
-// What stands in for a plug-in that is gone or broken, on this thread, while a test says so.
+// Simulates a missing or broken plugin on this thread.
 struct Plugin_Fault {
   bool not_loaded = false;
   bool without_type = false;
@@ -133,8 +133,7 @@ TEST_F(Element_Type, NeedsAFactoryThatKnowsIt) {
   EXPECT_EQ(reference_count(factory), before);
 }
 
-// Loading may replace the factory: what was found and what was loaded are two then, and each is
-// given back once.
+// Loading may replace the factory. Then there are two factories, and each must be released once.
 TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
   GstElementFactory *const found = find("tee");
   GstElementFactory *const loaded = find("queue");
@@ -156,7 +155,7 @@ TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
   EXPECT_EQ(reference_count(loaded), loaded_before);
 }
 
-// A factory outside the registry, which records its end.
+// A factory outside the registry that records its destruction.
 class Lone_Factory {
 public:
   Lone_Factory(const char *name, std::string &ends)
@@ -183,7 +182,7 @@ private:
   GstElementFactory *const factory_;
 };
 
-// The guards hold the last references when they run.
+// The guards release the last references.
 TEST_F(Element_Type, DropsTheLoadedFactoryBeforeTheFoundOne) {
   std::string ends;
   Lone_Factory found("found ", ends);

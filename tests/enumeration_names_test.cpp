@@ -1,4 +1,4 @@
-// The names and explanations of the framework's enumerations.
+// Names and explanations of the framework's enumerators.
 
 #include <cstddef>
 #include <initializer_list>
@@ -100,7 +100,7 @@ const Row message_types[] = {
 
 // clang-format on
 
-// Calls an overload or a function of one enumeration with numbers.
+// Calls an overload or a function for one enumeration with numbers.
 template <typename Enumeration>
 class Texts {
 public:
@@ -132,7 +132,7 @@ TEST(State, has_its_name) {
 TEST(State, has_its_message) {
   const Texts<GstState> texts(Media_Helper::gst_enum_message);
   texts.expect_table(state_messages);
-  // The paused state, 3, has none.
+  // GST_STATE_PAUSED, 3, has no explanation.
   texts.expect_fallback("Unknown GstState value", {3, 5, 6, 7, -1});
 }
 
@@ -140,7 +140,7 @@ TEST(State_Change, has_its_name_between_neighbours) {
   const Texts<GstStateChange> texts(Media_Helper::gst_state_change_to_string);
   texts.expect_table(state_changes);
   texts.expect_fallback("UNKNOWN", {9, 18, 27, 36});
-  // Changes over more than one state, and what is no change at all.
+  // Changes by more than one state, and numbers that are not state changes.
   texts.expect_fallback("UNKNOWN", {0, 1, 8, 11, 12, 16, 20, 24, 25, 29, 32, 33, 34, 37, 63, -1});
 }
 
@@ -160,13 +160,13 @@ TEST(Message_Type, has_its_name) {
   const Texts<GstMessageType> texts(Media_Helper::gst_enum_message);
   ASSERT_EQ(std::size(message_types), 36U);
   texts.expect_table(message_types);
-  // Several types at once, and the extended types that have no name here.
+  // Combinations of types, and extended types without a name here.
   texts.expect_fallback("Unknown GstMessageType value", {0x3, 0x6, 0x7FFFFFFF, 0xFFFFFFFE});
   texts.expect_fallback("Unknown GstMessageType value",
                         {0x80000003, 0x80000004, 0x80000005, 0x80000006, 0x80000007, 0x80000008});
 }
 
-// The numbers are the framework's.
+// The values match those of the framework.
 TEST(Enumerations, are_named_by_the_framework_alike) {
   EXPECT_EQ(Media_Helper::gst_state_to_string(GST_STATE_PAUSED), "GST_STATE_PAUSED");
   EXPECT_EQ(Media_Helper::gst_enum_message(GST_STATE_PAUSED), "Unknown GstState value");

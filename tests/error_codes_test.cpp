@@ -1,4 +1,5 @@
-// Every code with the operation that throws it and its text: what callers depend on, as literals.
+// Every code with the operation that throws it and its text. Callers depend on these, so they are
+// literals.
 
 #include <array>
 #include <cstdint>
@@ -21,7 +22,7 @@
 
 namespace {
 
-// The function of the framework that fails instead of doing its work, on this thread only.
+// The function of the framework that fails on this thread instead of doing its work.
 thread_local std::string_view failing;
 
 template <typename Function>
@@ -31,8 +32,8 @@ Function *framework(const char *name) {
 
 }  // namespace
 
-// Failures that the framework cannot be brought to otherwise. These stand before its own functions
-// for the whole program and hand every other call on.
+// Failures that cannot be provoked in the framework otherwise. These functions replace the
+// framework's in the whole program, and forward all other calls.
 
 extern "C" {
 
@@ -82,7 +83,7 @@ GstBin *as_bin(const Element &element) {
   return GST_BIN_CAST(element.get());
 }
 
-// The sites that take more than one line.
+// The functions below cause the errors that need more than one line.
 
 void look_up_kind() {
   Media_Helper::string_from_map_or_throw_<MediaType>(capture::RTP, {{capture::JPEG, "jpeg"}},
@@ -99,7 +100,7 @@ void link_tee_to_source() {
   Media_Helper::link_tee_to_element(tee.get(), source.get());
 }
 
-// Has "src_%u" pads, but makes them by itself only.
+// Has "src_%u" pads, but does not create them on request.
 void request_src_pad_of_decodebin() {
   const Expected_Log warning("presence == GST_PAD_REQUEST");
   Media_Helper::get_tee_src_pad(make_element("decodebin").get());
@@ -133,7 +134,8 @@ void add_element_of_taken_name() {
   Media_Helper::gst_bin_add_or_throw(as_bin(bin), gst_element_factory_make("identity", "parser"));
 }
 
-// An idle probe runs at once on a pad that does nothing, and leaves no identifier when it is done.
+// An idle probe runs immediately on an idle pad. If it removes itself, it has no identifier
+// afterwards.
 void add_probe_that_removes_itself() {
   Media_Helper::add_probe_to_sink_pad_or_throw(
       make_element("fakesink").get(), GST_PAD_PROBE_TYPE_IDLE,
@@ -162,7 +164,7 @@ void get_type_without_type() {
   Media_Helper::get_element_type("identity");
 }
 
-// The peer that goes away between two questions.
+// The peer disappears between two queries for it.
 void get_peer_that_leaves() {
   const Element source = make_element("fakesrc");
   const Element sink = make_element("fakesink");
@@ -229,7 +231,8 @@ struct Row {
   Kind kind = Kind::BACKEND;
 };
 
-// One row a line: the code, the operation, the whole text, what makes the operation fail.
+// One row per line: the code, the operation, the whole text, the function that makes the operation
+// fail.
 // clang-format off
 const Row rows[] = {
     {0x15000, "string_from_map_or_throw_, media kind", "no such kind: 100%", look_up_kind},
@@ -286,7 +289,7 @@ std::ostream &operator<<(std::ostream &out, const Row &row) {
   return out << std::hex << "0x" << row.code << ", " << row.operation;
 }
 
-// Runs what must throw a logic error; the backend errors are looked at by expect_error.
+// Calls a function that must throw a logic error. expect_error() checks for backend errors.
 void expect_logic_error(int code, const std::string &text, void (*call)()) {
   try {
     call();
@@ -312,8 +315,7 @@ TEST_P(Error_Codes, ComeFromTheirSite) {
   expect_row(GetParam());
 }
 
-// In the order of the table, with the place of a row in it: that keeps the two sites of one code
-// apart.
+// The name contains the index of the row, which distinguishes two rows with the same operation.
 INSTANTIATE_TEST_SUITE_P(All, Error_Codes, testing::ValuesIn(rows), [](const auto &test) {
   std::string name;
   for (const char c : std::string(test.param.operation))
@@ -321,7 +323,7 @@ INSTANTIATE_TEST_SUITE_P(All, Error_Codes, testing::ValuesIn(rows), [](const aut
   return name + "_" + std::to_string(test.index);
 });
 
-// The compiler demands a case for a code that is new.
+// The compiler requires a case for each code.
 int pinned(TEC::Tavren_Error_Code code) {
   // clang-format off
   switch (code) {
@@ -420,7 +422,7 @@ int pinned(TEC::Tavren_Error_Code code) {
   return 0;
 }
 
-// The numbers of all enumerators: asked of the range and well beyond it.
+// Returns the numbers of all enumerators. Tries numbers in their range and far beyond it.
 std::set<int> enumerated() {
   std::set<int> numbers;
   for (int number = 0; number < 0x20000; ++number)
@@ -456,7 +458,7 @@ static_assert(capture::JPEG == 0 && capture::H264 == 1 && capture::MPEG_AUDIO ==
               capture::VIDEO_RAW == 6 && capture::AUDIO_RAW == 7 && capture::MULAW == 8 &&
               capture::UNKNOWN == 9);
 
-// A locale that writes 1001 as 1'0'0'1, for everything that asks the global one.
+// A global locale that formats 1001 as 1'0'0'1.
 class Grouping_Locale {
 public:
   Grouping_Locale() : previous_(std::locale::global(std::locale(std::locale(), new Grouping))) {}
@@ -486,7 +488,7 @@ void link_chain(const std::vector<GstElement *> &elements, std::index_sequence<I
                                                nullptr);
 }
 
-// The one number that the library itself writes into a text of its checks.
+// The only number that the library formats in the text of a check.
 TEST(Error_Texts, CountWithoutGrouping) {
   std::vector<Element> owners;
   std::vector<GstElement *> elements;

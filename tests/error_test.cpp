@@ -20,11 +20,12 @@ using Runtime_Error = Tavren_Error<std::runtime_error>;
 using Backend_Root = Backend_Error<std::exception>;
 using Backend_Runtime = Backend_Error<std::runtime_error>;
 
-// Neither private nor ambiguous: what a handler for Base needs in order to catch a Derived.
+// Checks for public, unambiguous inheritance, which a handler for Base requires in order to catch a
+// Derived.
 template <typename Base, typename Derived>
 constexpr bool has_base = std::is_convertible_v<Derived *, Base *>;
 
-// A cast down from a virtual base is ill-formed, from any other base it is not.
+// A static downcast is ill-formed only from a virtual base.
 template <typename Base, typename Derived, typename = void>
 constexpr bool casts_down = false;
 template <typename Base, typename Derived>
@@ -64,12 +65,12 @@ static_assert(destroys_safely<Root_Error> && destroys_safely<Logic_Error> &&
               destroys_safely<Runtime_Error> && destroys_safely<Backend_Root> &&
               destroys_safely<Backend_Runtime>);
 
-// A copy that threw while an exception is thrown or carried to another thread would end the
-// program.
+// If a copy constructor threw while an exception is thrown or transferred to another thread, the
+// program would terminate.
 static_assert(std::is_nothrow_copy_constructible_v<Logic_Error> &&
               std::is_nothrow_copy_constructible_v<Backend_Runtime>);
 
-// The roots are only ever a part of an error.
+// The roots exist only as bases of errors.
 static_assert(!std::is_constructible_v<Root_Error, TEC::Tavren_Error_Code>);
 static_assert(!std::is_constructible_v<Backend_Root, TEC::Tavren_Error_Code>);
 
@@ -79,7 +80,7 @@ static_assert(std::is_constructible_v<Logic_Error, TEC::Tavren_Error_Code, const
 
 static_assert(noexcept(std::declval<const Root_Error &>().code()));
 
-// An exception that is constructed from several arguments, one of which cannot be copied.
+// An exception that is constructed from several arguments, one of which is move-only.
 class Broken_Disk : public std::runtime_error {
 public:
   Broken_Disk(const std::string &text, int disk, std::unique_ptr<int> sector)
@@ -271,7 +272,7 @@ TEST(Error, AssignmentTakesCodeAndText) {
   EXPECT_STREQ(logic.what(), "other");
 }
 
-// Tells when the most derived destructor has run.
+// Records that the most derived destructor has run.
 template <typename Error>
 class Watched_Error : public Error {
 public:
@@ -288,7 +289,7 @@ template <typename Base, typename Error>
 bool destroyed_through() {
   bool destroyed = false;
   std::unique_ptr<Base>(new Watched_Error<Error>(destroyed));
-  // The class itself too, whose text a leak checker would miss.
+  // Test the class itself, too, with a text whose leak would be detected.
   std::unique_ptr<Base>(new Error(TEC::NOT_A_BIN, std::string(1000, 'x')));
   return destroyed;
 }

@@ -12,14 +12,14 @@
 #include "errors.h"
 #include "references.h"
 
-// Beside the library's own declarations of these types, which must not clash with them.
+// These include the framework's declarations of the types, which must not conflict with the
+// library's.
 #include <gst/app/gstappsink.h>
 #include <gst/rtsp-server/rtsp-server.h>
 
 namespace {
 
-// A call of a counting function as the adapter made it; those that the call makes in turn are left
-// out.
+// A call of a reference counting function by the adapter. Nested calls are not recorded.
 struct Counting_Call {
   std::string function;
   gconstpointer argument;
@@ -36,7 +36,7 @@ std::ostream &operator<<(std::ostream &out, const Counting_Call &call) {
 thread_local std::vector<Counting_Call> *recorded = nullptr;
 thread_local int depth = 0;
 
-// Writes a call down while the test listens, and does it.
+// Records a call if requested, and forwards it.
 template <typename Function, typename Argument>
 auto record(const char *name, Argument argument) {
   const auto function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
@@ -51,8 +51,8 @@ auto record(const char *name, Argument argument) {
 
 }  // namespace
 
-// The counting functions themselves: the handles differ in which of them they call, and some of the
-// counts cannot be seen from outside. The parentheses keep macros of the same names away.
+// Wraps the counting functions: the handles call different ones, and some counts are not visible
+// from outside. The parentheses suppress macros of the same names.
 
 extern "C" {
 
@@ -115,8 +115,8 @@ Calls calls_of(Action &&action) {
   return calls;
 }
 
-// One reference taken and given back by each way of making a handle, with the function that counts.
-// The object is held by the caller's own reference all along.
+// Each way of creating a handle must take and release one reference with the given functions. The
+// caller keeps a reference to the object throughout.
 template <typename T>
 void expect_counted_by(const std::string &ref, const std::string &unref, T *object) {
   using Handle = boost::intrusive_ptr<T>;
@@ -156,7 +156,7 @@ void expect_counted_by(const std::string &ref, const std::string &unref, T *obje
             Calls{});
 }
 
-// An object of the framework, whose count can be seen: made with one reference, which goes last.
+// An object of the framework with a visible reference count, initially one.
 template <typename T>
 void expect_object_counted_by(const std::string &ref, const std::string &unref, T *made) {
   const Weak_Watch watch(made);
@@ -250,7 +250,8 @@ TEST(Handles, CountRtspMountPoints) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_mount_points_new());
 }
 
-// A source that tells when it is finalised, and so when its context goes that alone holds it.
+// A source that records its finalisation, and thereby that of its context, which holds the only
+// reference to it.
 bool source_finalised = false;
 GSource *make_source() {
   static GSourceFuncs functions = {
@@ -361,10 +362,10 @@ TEST(Emancipator, IsCalledByAThrow) {
             (Calls{{"g_free", text}}));
 }
 
-// Callers may name the guard either way.
+// Callers may use either name of the guard.
 static_assert(std::is_same_v<Scope_Exit_Guard, boost::scope_exit::aux::guard<void>>);
 
-// What threw here would lose what the guard was to release.
+// An exception from arm() would leak the resource that the guard was to release.
 static_assert(noexcept(arm(std::declval<Scope_Exit_Guard &>(), std::declval<void (*)()>())));
 
 TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
@@ -441,7 +442,7 @@ TEST(Scope_Exit_Guard, GivesBackWhatTheScopeTook) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-// An exception that got out of the guard would be caught here, and the program go on.
+// If an exception left the guard, it would be caught here, and the program would continue.
 void leave_scope_by_throwing_action() {
   try {
     Scope_Exit_Guard guard;

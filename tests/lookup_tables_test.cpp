@@ -1,4 +1,4 @@
-// Lookup tables are built in every call and destroyed before it returns.
+// Lookup tables are created in every call and destroyed before it returns.
 
 #include <functional>
 #include <ostream>
@@ -17,7 +17,7 @@ using capture::Media_Helper;
 
 thread_local long allocations = 0;
 
-// Counts all that C++ code allocates on this thread.
+// Counts all allocations of C++ code on this thread.
 bool count_allocation() noexcept {
   ++allocations;
   return false;
@@ -39,7 +39,8 @@ protected:
   ~Lookup_Table() override { fail_allocations_when(nullptr); }
 };
 
-// A map allocates each of its rows; a table kept from an earlier call would allocate none.
+// A map allocates each row, so a table that is kept from an earlier call would not allocate
+// anything.
 TEST_P(Lookup_Table, IsMadeInEveryCall) {
   const Table &table = GetParam();
   long first = 0;

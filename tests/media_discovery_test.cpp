@@ -1,4 +1,4 @@
-// What is found out about real media.
+// Discovery of real media.
 
 #include <algorithm>
 #include <limits>
@@ -22,7 +22,7 @@ using capture::Media_Info;
 
 constexpr GstClockTime patience = 20 * GST_SECOND;
 
-// What a thread sees and changes of the framework's discovery while it holds one.
+// Observes and modifies the framework's discovery on this thread, while an instance exists.
 class Discovery_Watch {
 public:
   Discovery_Watch() { current = this; }
@@ -33,20 +33,20 @@ public:
   Discovery_Watch(const Discovery_Watch &) = delete;
   Discovery_Watch &operator=(const Discovery_Watch &) = delete;
 
-  // What to do.
-  bool find_nothing = false;     // the discovery answers null
-  bool hold_found = false;       // what was found outlives the call
-  bool change_result = false;    // to the following
+  // Modifications.
+  bool find_nothing = false;     // the discovery returns null
+  bool hold_found = false;       // the discovered information outlives the call
+  bool change_result = false;    // to the following value
   int result = 0;                //
-  std::size_t without_caps = 0;  // so many streams, from the first on, have no caps
+  std::size_t without_caps = 0;  // this many streams, from the first on, have no caps
 
-  // What was seen.
+  // Observations.
   std::vector<GstClockTime> timeouts;
   std::vector<std::string> uris;
-  std::vector<std::string> dropped;  // what came to its end, in order
-  bool error_wanted = false;         // a detailed error was asked for
-  std::vector<std::string> asked;    // the kinds of streams whose lists were asked for, in order
-  std::vector<GList *> lists;        // those that were handed out and not freed
+  std::vector<std::string> dropped;  // objects that were destroyed, in order
+  bool error_wanted = false;         // a detailed error was requested
+  std::vector<std::string> asked;    // kinds of streams whose lists were requested, in order
+  std::vector<GList *> lists;        // lists that were returned and not freed
   GstDiscovererInfo *found = nullptr;
 
   void watch_end(gpointer object, const char *name) {
@@ -71,7 +71,7 @@ GList *note_list(const char *kind, GList *streams) {
   return streams;
 }
 
-// The framework's own function, behind the one that stands in for it.
+// Returns the framework's function of the same name as a stand-in.
 template <typename Function>
 Function *next(Function *, const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
@@ -217,7 +217,7 @@ TEST(Media_Discovery, finds_audio_alone) {
   EXPECT_EQ(info->duration, 2000000000ULL);
 }
 
-// An image is a video of one picture; what it has for a duration is the discoverer's business.
+// An image is a video with one picture. Its duration depends on the discoverer.
 TEST(Media_Discovery, finds_an_image) {
   const Media_Folder folder;
   folder.record_image("image.png");
@@ -230,7 +230,7 @@ TEST(Media_Discovery, finds_an_image) {
   EXPECT_EQ(info->duration, gst_discoverer_info_get_duration(watch.found));
 }
 
-// A recording that was cut off tells in its head what it was to hold.
+// The header of a truncated recording describes the complete recording.
 TEST(Media_Discovery, finds_what_the_head_of_a_cut_off_recording_tells) {
   const Media_Folder folder;
   folder.record_video_and_audio("whole.mkv");
@@ -270,7 +270,7 @@ TEST(Media_Discovery, makes_no_uri_of_a_path) {
     expect_failure(path, "Discoverer returned error: GST_DISCOVERER_ERROR");
 }
 
-// Spelled as the framework would not spell them.
+// URIs in a form that the framework would not produce.
 TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
@@ -285,7 +285,7 @@ TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
   }
 }
 
-// The discoverer reads as far as the first null byte; the record holds what the caller gave.
+// The discoverer reads up to the first null byte, but the record contains the URI of the caller.
 TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
@@ -322,7 +322,7 @@ TEST(Media_Discovery, fails_for_a_scheme_that_nobody_handles) {
                  "Discoverer returned error: GST_DISCOVERER_MISSING_PLUGINS");
 }
 
-// Nobody feeds this source.
+// Nothing feeds this source.
 TEST(Media_Discovery, times_out) {
   Discovery_Watch watch;
   expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_TIMEOUT",
@@ -339,8 +339,8 @@ TEST(Media_Discovery, hands_the_timeout_on) {
   }
 }
 
-// Counts what GLib's objects complain about, and keeps it from the watch over the logs: whether
-// they complain depends on the framework's version.
+// Collects GLib's warnings about objects so that they do not fail the test. Whether they occur
+// depends on the framework's version.
 class Object_Log {
 public:
   Object_Log()
@@ -361,7 +361,7 @@ private:
   guint handler_;
 };
 
-// The discoverer may complain of it, refuse to wait, or wait as long as it likes.
+// The discoverer may log a critical, refuse to wait, or wait for any time.
 TEST(Media_Discovery, hands_a_timeout_of_0_on) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
@@ -451,8 +451,8 @@ TEST(Media_Discovery_Result, is_named_by_the_error) {
   }
 }
 
-// How far the framework gets with the first bytes of a recording is its business, and not the same
-// each time; the answer is a whole record or the error that says why not.
+// The framework's result for the beginning of a recording varies. The library returns either a
+// complete record or the corresponding error.
 TEST(Media_Discovery, answers_for_a_broken_file_as_the_discoverer_does) {
   const Media_Folder folder;
   folder.record_video_and_audio("whole.mkv");
@@ -505,7 +505,7 @@ TEST(Media_Discovery, drops_what_was_found_before_the_discoverer) {
   EXPECT_EQ(watch.dropped, in_order);
 }
 
-// The one reference of each caps is the record's, whoever else may hold some.
+// The record owns one reference to each caps, whatever other references exist.
 TEST(Media_Discovery, gives_one_reference_of_each_caps) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");

@@ -1,4 +1,4 @@
-// The kinds of media: which caps are of which kind, their numbers, their names.
+// Media kinds: the caps of each kind, their numbers and their names.
 
 #include <limits>
 #include <memory>

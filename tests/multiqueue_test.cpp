@@ -20,7 +20,7 @@ Pad partner_of(const Pad &pad) {
   return Pad(Media_Helper::get_corresponding_multiqueue_pad(pad.get()), false);
 }
 
-// What an element that grants any request was last asked for.
+// The last request to an element that grants all requests.
 struct Request {
   int made = 0;
   std::string name;
@@ -29,7 +29,7 @@ struct Request {
 };
 Request last_request;
 
-// Grants each request with a pad of the name asked for, or "sink_0", and makes no partner.
+// Grants each request with a pad of the requested name, or "sink_0", and does not create a partner.
 GstPad *grant_request(GstElement *element, GstPadTemplate *, const gchar *name,
                       const GstCaps *caps) {
   ++last_request.made;
@@ -48,7 +48,8 @@ void offer_sink_pads(gpointer element_class, gpointer) {
   GST_ELEMENT_CLASS(element_class)->request_new_pad = grant_request;
 }
 
-// An element without a factory that grants any sink pad, and to which a test adds pads of its own.
+// Creates an element without a factory that grants requests for any sink pad. Tests add further
+// pads.
 Element make_generous_element(const char *name) {
   static const GType type = g_type_register_static_simple(
       GST_TYPE_ELEMENT, "TestGenerousElement", sizeof(GstElementClass), offer_sink_pads,
@@ -103,7 +104,7 @@ TEST_F(Multiqueue_Partner, CarriesOneNewReference) {
   EXPECT_EQ(reference_counts({multiqueue.get(), sink.get(), src.get()}), before);
 }
 
-// The name is not looked at then, nor is the direction.
+// Neither the name nor the direction is checked without a parent.
 TEST_F(Multiqueue_Partner, NeedsAParent) {
   for (const Pad &pad : {make_pad("sink_0", GST_PAD_SINK), make_pad("nonsense", GST_PAD_SRC),
                          make_pad("src", GST_PAD_SRC), make_pad("src_0", GST_PAD_UNKNOWN)}) {
@@ -112,7 +113,7 @@ TEST_F(Multiqueue_Partner, NeedsAParent) {
   }
 }
 
-// The inner side of a ghost pad has the ghost pad for a parent.
+// The parent of a ghost pad's internal pad is the ghost pad.
 TEST_F(Multiqueue_Partner, NeedsAParentThatIsAnElement) {
   const Pad ghost(GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new_no_target("g", GST_PAD_SINK))),
                   false);
@@ -135,7 +136,7 @@ class Misnamed_Pad : public Multiqueue_Partner, public testing::WithParamInterfa
 
 TEST_P(Misnamed_Pad, HasNoPartner) {
   const Pad pad = make_pad(GetParam().name, GetParam().direction);
-  // An element takes no pad without a direction, but nothing keeps it from being the parent of one.
+  // An element rejects a pad without a direction, but can be set as the parent of one.
   ASSERT_TRUE(gst_object_set_parent(GST_OBJECT(pad.get()), GST_OBJECT(element_.get())));
   const auto before = reference_counts({element_.get(), pad.get()});
   expect_error(0x15080, "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.",
@@ -180,7 +181,7 @@ TEST_P(Named_Partner, IsNamedWhenItIsMissing) {
   EXPECT_EQ(reference_counts({element_.get(), pad.get()}), before);
 }
 
-// Prefix and underscore are cut off by their length alone; what is left is text.
+// The prefix and the separator are removed by length only. The rest is text.
 INSTANTIATE_TEST_SUITE_P(Names, Named_Partner,
                          testing::Values(Pair_Of_Names{{"src_12", GST_PAD_SRC}, "sink_12"},
                                          Pair_Of_Names{{"sink_3", GST_PAD_SINK}, "src_3"},
@@ -203,8 +204,8 @@ TEST_F(Multiqueue_Partner, IsMissingOnAnElementThatMakesNoPairs) {
   EXPECT_EQ(reference_counts({funnel.get(), sink.get()}), before);
 }
 
-// A queue's pads have no suffix that could be carried over: text operations of the standard library
-// find that out, not a check.
+// A queue's pads have no suffix to copy. The standard library's text operations detect this, not a
+// check.
 TEST_F(Multiqueue_Partner, IsOutOfRangeForANameWithoutASuffix) {
   const Element queue = make_element("queue");
   const Pad sink = static_pad(queue, "sink");
@@ -273,7 +274,7 @@ TEST_F(Request_New_Multiqueue_Pads, HandsOnOneReferenceToEachPad) {
   const guint before = reference_count(multiqueue_.get());
   Stream stream = request_stream(multiqueue_, "", nullptr);
   EXPECT_EQ(reference_count(multiqueue_.get()), before);
-  EXPECT_EQ(reference_count(stream.src.get()), 2u);  // the multiqueue's, and this one
+  EXPECT_EQ(reference_count(stream.src.get()), 2u);  // the multiqueue's and this one
   const Weak_Watch sink_watch(stream.sink.get());
   const Weak_Watch src_watch(stream.src.get());
   end_stream(multiqueue_, stream);
@@ -329,14 +330,14 @@ TEST_F(Request_New_Multiqueue_Pads, HandsNameAndCapsOnAsTheyAre) {
   EXPECT_EQ(reference_count(caps.get()), 1);
 }
 
-// An element that grants a pad for which no partner is found. What is granted is then the caller's
-// to give back: it is on the element still, with the reference of the request.
+// An element that grants a pad without a partner. The caller must release the granted pad, which
+// remains on the element with the reference of the request.
 class Request_Without_A_Partner : public testing::Test {
 protected:
   void expect_pad_left() const {
     ASSERT_EQ(funnel_->numsinkpads, 1);
     const Pad left(GST_PAD(funnel_->sinkpads->data));
-    EXPECT_EQ(reference_count(left.get()), 3u);  // the element's, the request's, and this one
+    EXPECT_EQ(reference_count(left.get()), 3u);  // the element's, the request's and this one
     const Pad of_request(left.get(), false);
     gst_element_release_request_pad(funnel_.get(), left.get());
   }
@@ -353,7 +354,7 @@ TEST_F(Request_Without_A_Partner, LeavesThePad) {
   expect_pad_left();
 }
 
-// A funnel numbers its pads in a way of its own.
+// A funnel numbers its pads differently.
 TEST_F(Request_Without_A_Partner, LeavesThePadWhenItsNameDoesNotFit) {
   const guint before = reference_count(funnel_.get());
   expect_error(0x15080, "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.",

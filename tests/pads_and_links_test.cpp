@@ -18,7 +18,7 @@ using Pad_List = Media_Helper::Pad_List;
 
 constexpr GstElement *END = nullptr;
 
-// An element without a factory and without pads: a test adds those that it needs.
+// Creates an element without a factory and without pads. Tests add the pads that they need.
 Element make_bare_element(const char *name) {
   static const GType type =
       g_type_register_static_simple(GST_TYPE_ELEMENT, "TestBareElement", sizeof(GstElementClass),
@@ -77,8 +77,8 @@ using Names = std::vector<std::string>;
 
 // --- Lists of pads
 
-// What a source of iterators that a test makes itself is to yield. Such a source is a plain
-// function: it finds its script here.
+// The results of the iterators that a test provides. The iterator functions are plain functions,
+// which use this global script.
 struct Pad_Script {
   std::vector<GstPad *> pads;
   GstIteratorResult end = GST_ITERATOR_DONE;
@@ -121,8 +121,8 @@ GstIterator *iterate_script(GstElement *element) {
                           next_of_script, nullptr, resync_script, free_script);
 }
 
-// An iterator over the source pads of an element that, each time it has shown a pad, calls a
-// function with the element.
+// Returns an iterator over the source pads of an element that calls a function with the element
+// after each pad.
 template <void (*Change)(GstElement *)>
 GstIterator *iterate_while_changing(GstElement *element) {
   const GCompareFunc show_and_change = [](gconstpointer item, gconstpointer data) {
@@ -316,7 +316,7 @@ TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeTheIteratorFailed) {
 
 // --- Quiet links
 
-// A source pad and an element that fit together, both standing alone.
+// A source pad and an element that are compatible, both without a parent.
 class Quiet_Link : public testing::Test {
 protected:
   const Element source_ = make_element("fakesrc");
@@ -469,7 +469,7 @@ TEST_F(Checked_Link, ReportsABadPad) {
   for (GstPad *const bad : {static_cast<GstPad *>(nullptr), as_pad(source_)})
     expect_error(0x15170, "src_pad in link_pad_to_element is not a GstPad *.",
                  [&] { Media_Helper::link_pad_to_element_or_throw(bad, sink_.get()); });
-  // The pad is looked at before the element's own pad is.
+  // The given pad is checked before the element's pad.
   expect_error(0x15170, "src_pad in link_pad_to_element is not a GstPad *.",
                [&] { Media_Helper::link_pad_to_element_or_throw(nullptr, source_.get()); });
   EXPECT_EQ(counts(), counts_before_);
@@ -529,7 +529,7 @@ TEST_F(Checked_Link, ReportsFormatsThatDoNotFit) {
   EXPECT_EQ(reference_counts(objects), before);
 }
 
-// What the pad of an element answers when it is asked to link.
+// The result of linking to the pad of an element.
 template <GstPadLinkReturn Result>
 GstPadLinkReturn answer_link(GstPad *, GstObject *, GstPad *) {
   return Result;
@@ -587,7 +587,7 @@ TEST_F(Checked_Link, CallsTheElementOfALonePadUnknown) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-// The inner side of a ghost pad has the ghost pad for a parent, and no element.
+// The parent of a ghost pad's internal pad is the ghost pad, not an element.
 TEST_F(Checked_Link, CallsTheElementOfAnInternalPadUnknown) {
   const Pad ghost(GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new("in", sink_pad_.get()))),
                   false);
@@ -740,7 +740,7 @@ TEST_F(Link_Many, KeepsTheLinksMadeBeforeOneThatFails) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-// The third element is bad, but the link before it is tried first and fails.
+// The third element is invalid, but the link before it is tried first and fails.
 TEST_F(Link_Many, ChecksAnElementOnlyWhenItsTurnHasCome) {
   expect_error(0x151C0, "Failed to link element \"fourth\" and element \"second\".", [&] {
     Media_Helper::gst_element_link_many_or_throw(fourth_.get(), second_.get(),
@@ -751,7 +751,7 @@ TEST_F(Link_Many, ChecksAnElementOnlyWhenItsTurnHasCome) {
 
 // --- Static pads
 
-// An element whose factory has what standard factories lack: metadata under the key "name".
+// Unlike standard factories, the element's factory has metadata with the key "name".
 void describe_with_a_name(gpointer element_class, gpointer) {
   gst_element_class_set_static_metadata(GST_ELEMENT_CLASS(element_class), "Named", "Test",
                                         "Has a name in its metadata", "Nobody");
@@ -855,7 +855,7 @@ class Sink_Pad_Probe : public testing::Test {
 protected:
   Sink_Pad_Probe() { g_object_set(source_.get(), "num-buffers", 5, nullptr); }
 
-  // Lets five buffers flow from the source into the sink.
+  // Passes five buffers from the source to the sink.
   void run() const {
     const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
     add_to_bin(pipeline, source_);
@@ -869,7 +869,7 @@ protected:
             static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
         false);
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-    // The streaming thread may hold the pipeline a moment longer, and with it whatever is in it.
+    // The streaming thread may keep the pipeline and its elements alive slightly longer.
     gst_bin_remove(GST_BIN(pipeline.get()), sink_.get());
     ASSERT_TRUE(message);
     EXPECT_EQ(GST_MESSAGE_TYPE(message.get()), GST_MESSAGE_EOS);
@@ -921,7 +921,7 @@ TEST_F(Sink_Pad_Probe, IsCalledForWhatTheMaskAsks) {
   add_probe(sink_, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, record_);
   add_probe(sink_, GST_PAD_PROBE_TYPE_BUFFER_LIST, of_lists);
   run();
-  EXPECT_GE(record_.calls, 3);  // the start of the stream, its segment, its end
+  EXPECT_GE(record_.calls, 3);  // stream-start, segment and EOS
   EXPECT_EQ(of_lists.calls, 0);
   sink_pad_.reset();
   sink_.reset();
@@ -967,7 +967,8 @@ TEST_F(Sink_Pad_Probe, RunsAtOnceOnAnIdlePadAndStays) {
   EXPECT_EQ(record_.destroyed, 1);
 }
 
-// An idle probe that is done at once leaves no identifier, and nothing else tells the two apart.
+// An idle probe that removes itself immediately leaves no identifier, like a probe that was not
+// added.
 TEST_F(Sink_Pad_Probe, CountsAsNotAddedWhenItIsDoneAtOnce) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   record_.answer = GST_PAD_PROBE_REMOVE;

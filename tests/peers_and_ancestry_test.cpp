@@ -1,4 +1,4 @@
-// Peers and ancestry: what feeds an element, and what it stands in.
+// Peers and ancestry: the elements that feed an element, and the bins that contain it.
 
 #include <atomic>
 #include <thread>
@@ -12,10 +12,10 @@
 
 namespace {
 
-// While true, the link of any pad has gone away by the time its peer is asked for.
+// If true, a pad is unlinked when its peer is queried.
 thread_local bool links_go_away = false;
 
-// While set, called with each object on this thread before its parent is looked up.
+// If set, called with each object on this thread before its parent is looked up.
 thread_local void (*before_parent_is_asked)(GstObject *) = nullptr;
 
 template <typename Function>
@@ -68,7 +68,7 @@ protected:
   }
   const std::vector<guint> counts_before_ = counts();
 
-  // Expects the same error of both operations, and that they leave everything as it was.
+  // Expects the same error from both operations, without any change.
   void expect_both(int code, const std::string &text, GstElement *element) const {
     const auto before = counts();
     expect_error(code, text, [&] { Media_Helper::get_element_sink_peer_pad_or_throw(element); });
@@ -133,11 +133,11 @@ TEST_F(Sink_Peer, MayBeAPadOfNoElement) {
   expect_error(0x15160,
                "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.",
                [&] { Media_Helper::get_element_sink_peer_or_throw(sink_.get()); });
-  EXPECT_EQ(reference_count(lone.get()), 2u);  // this one, and the handle above
+  EXPECT_EQ(reference_count(lone.get()), 2u);  // this one and the handle above
   EXPECT_EQ(counts(), counts_before_);
 }
 
-// What stands behind a bin's ghost pad is fed by the inner side of that pad.
+// An element behind a bin's ghost pad is fed by that pad's internal pad.
 TEST_F(Sink_Peer, IsNoElementBehindAGhostPad) {
   const Element bin = make_bin("bin");
   add_to_bin(bin, sink_);
@@ -225,7 +225,7 @@ TEST_F(Ancestry, GoesUpToTheOutermostBin) {
   const Element top(Media_Helper::get_most_parent(innermost.get()), false);
   EXPECT_EQ(top, outermost);
   EXPECT_EQ(reference_count(outermost.get()), 2u);
-  EXPECT_EQ(reference_count(middle.get()), 2u);  // its bin's, and the handle here
+  EXPECT_EQ(reference_count(middle.get()), 2u);  // its bin's and the handle here
 }
 
 TEST_F(Ancestry, HasNoTopForWhatStandsAlone) {
@@ -260,7 +260,7 @@ TEST_F(Ancestry, TellsAnotherTopFromItsOwn) {
   expect_mismatch("second", bin_, bin_);
 }
 
-// A bin in a pipeline. All its owners drop it just before its own parent is looked up.
+// A bin in a pipeline. All its owners release it immediately before its parent is looked up.
 Element dying_bin;
 bool bin_was_held = false;
 
@@ -268,7 +268,7 @@ void let_go_of_bin(GstObject *object) {
   if (object != GST_OBJECT(dying_bin.get())) return;
   const Element pipeline(GST_ELEMENT(GST_OBJECT_PARENT(object)));
   gst_bin_remove(GST_BIN(pipeline.get()), dying_bin.get());
-  bin_was_held = reference_count(dying_bin.get()) == 2;  // this one, and the walk's
+  bin_was_held = reference_count(dying_bin.get()) == 2;  // this one and the walk's
   if (bin_was_held) dying_bin.reset();
 }
 
@@ -291,7 +291,8 @@ TEST_F(Ancestry, HoldsEachAncestorWhileTheNextIsAskedFor) {
   EXPECT_TRUE(watch.gone());
 }
 
-// A bin that leaves its pipeline during the walk stays valid: the walk holds it.
+// A bin that is removed from its pipeline during the walk remains valid, because the walk keeps a
+// reference.
 TEST_F(Ancestry, MayChangeDuringTheWalk) {
   const auto before = counts();
   std::atomic<bool> done{false};

@@ -1,4 +1,4 @@
-// Which depayloader and payloader relay which RTP stream.
+// The depayloader and the payloader selected for each RTP stream.
 
 #include <cstddef>
 #include <map>
@@ -16,7 +16,7 @@ using capture::Media_Helper;
 
 struct Stream_Row {
   const char *caps;
-  std::size_t tried;  // how many depayloaders are looked at
+  std::size_t tried;  // number of depayloaders that are tried
   const char *depayloader, *payloader;
 };
 
@@ -43,12 +43,12 @@ const Stream_Row streams[] = {
      "mode=AAC-hbr, streamtype=(string)5, sizelength=(string)13, indexlength=(string)3, "
      "indexdeltalength=(string)3, config=(string)1190",
      6, "rtpmp4gdepay", "rtpmp4gpay"},
-    // the number of the payload alone tells what these are
+    // identified by the payload type alone
     {"application/x-rtp, media=video, payload=26, clock-rate=90000",
      2, "rtpjpegdepay", "rtpjpegpay"},
     {"application/x-rtp, media=audio, payload=0, clock-rate=8000",
      3, "rtppcmudepay", "rtppcmupay"},
-    // all structures must fit
+    // all structures must match
     {"application/x-rtp, media=video, clock-rate=90000, encoding-name=H264, payload=96; "
      "application/x-rtp, media=video, clock-rate=90000, encoding-name=H264, payload=97",
      1, "rtph264depay", "rtph264pay"},
@@ -59,7 +59,7 @@ const char *const refused[] = {
     "application/x-rtp, media=audio, payload=8, clock-rate=8000, encoding-name=PCMA",
     "application/x-rtp, media=application, payload=107, clock-rate=90000, "
     "encoding-name=VND.ONVIF.METADATA",
-    // a field is missing or wrong
+    // with a missing or an incorrect field
     "application/x-rtp",
     "application/x-rtp, clock-rate=90000, encoding-name=H264",
     "application/x-rtp, media=video, encoding-name=H264",
@@ -68,7 +68,7 @@ const char *const refused[] = {
     "application/x-rtp, media=audio, clock-rate=90000, encoding-name=H264",
     "application/x-rtp, media=video, clock-rate=90000, encoding-name=h264",
     "application/x-rtp, media=audio, clock-rate=48000, encoding-name=MPEG4-GENERIC",
-    // two streams that no single depayloader takes
+    // two streams without a common depayloader
     "application/x-rtp, media=video, clock-rate=90000, encoding-name=H264; "
     "application/x-rtp, media=audio, clock-rate=8000, encoding-name=PCMU",
     // not RTP
@@ -82,7 +82,7 @@ const char *const refused[] = {
 // Counts the references to the factories.
 class Proxy_Selection : public testing::Test {
 protected:
-  // The references to each depayloader's factory that came since the last look.
+  // The new references to each depayloader's factory since the last call.
   void expect_taken(const Stream_Row &row) { expect_taken(row.tried); }
   void expect_taken(std::size_t tried) {
     std::size_t position = 0;
@@ -103,7 +103,7 @@ private:
   std::map<std::string, guint> seen_;
 };
 
-// Takes a factory out of the registry and puts it back in the end.
+// Removes a factory from the registry temporarily.
 class Missing_Factory {
 public:
   explicit Missing_Factory(const std::string &name) : factory_(find_factory(name)) {
@@ -149,7 +149,7 @@ TEST_F(Proxy_Selection, refuses_what_no_depayloader_takes) {
 }
 
 TEST_F(Proxy_Selection, takes_caps_for_granted) {
-  // Caps without a structure have none that does not fit.
+  // Caps without structures have no structure that does not match.
   const Caps caps(gst_caps_new_empty(), false);
   const auto proxy = Media_Helper::select_proxy_elements(caps.get());
   EXPECT_EQ(proxy.first, "rtph264depay");

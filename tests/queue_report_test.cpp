@@ -1,4 +1,4 @@
-// How full a queue is, as a log line shows it.
+// The fill level of a queue as text for logs.
 
 #include <algorithm>
 #include <chrono>
@@ -18,7 +18,7 @@
 
 namespace {
 
-// The copies of names that were made on this thread and not freed, while a test listens.
+// If set, contains the copies of names that were created on this thread and not freed.
 thread_local std::vector<gconstpointer> *names_held = nullptr;
 
 template <typename Function>
@@ -48,8 +48,8 @@ namespace {
 
 using capture::Media_Helper;
 
-// A running pipeline whose queue lets nothing out, not even the source's question about memory:
-// that one is answered in front of the queue.
+// A running pipeline whose queue is blocked. An element in front of the queue answers the source's
+// allocation query.
 class Filled_Queue {
 public:
   explicit Filled_Queue(const std::string &name, const std::string &kind = "queue")
@@ -67,7 +67,7 @@ public:
   Filled_Queue(const Filled_Queue &) = delete;
   Filled_Queue &operator=(const Filled_Queue &) = delete;
 
-  // Sends a buffer and waits until the queue has it.
+  // Sends a buffer and waits until it is in the queue.
   void add(gsize bytes, GstClockTime time, GstClockTime duration) {
     GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
     gst_buffer_memset(buffer, 0, 0, bytes);
@@ -110,7 +110,7 @@ private:
   guint buffers_ = 0;
 };
 
-// Makes a level property, which always has its default value.
+// Creates a level property that always has its default value.
 using Make_Level = GParamSpec *(*)(const char *name);
 
 void install_levels(gpointer element_class, gpointer make_level) {
@@ -125,7 +125,7 @@ void install_levels(gpointer element_class, gpointer make_level) {
                                     (*static_cast<const Make_Level *>(make_level))(name));
 }
 
-// Makes an element of a new type with three such properties.
+// Creates an element of a new type with three such properties.
 Element make_element_with(const Make_Level &make_level, const std::string &type_name) {
   GTypeInfo type{};
   type.class_size = sizeof(GstElementClass);
@@ -174,7 +174,7 @@ TEST(Queue_Report, drops_the_fraction_of_a_second) {
       {1000000000, "q Stats : Num Buffers = 1, Num Bytes = 10, Num Seconds = 1"},
       {1999999999, "q Stats : Num Buffers = 1, Num Bytes = 10, Num Seconds = 1"},
       {2000000000, "q Stats : Num Buffers = 1, Num Bytes = 10, Num Seconds = 2"},
-      // more seconds than 32 bits hold
+      // more seconds than 32 bits can represent
       {5000000000000000000ULL,
        "q Stats : Num Buffers = 1, Num Bytes = 10, Num Seconds = 5000000000"},
   };
@@ -205,7 +205,7 @@ TEST(Queue_Report, of_no_queue) {
   EXPECT_EQ(Media_Helper::generate_queue_stats_report(nullptr), "queue == NULL");
 }
 
-// The framework writes as many bytes as the property's type has.
+// The framework writes as many bytes as the type of the property has.
 TEST(Queue_Report, takes_levels_of_any_integer_type) {
   const struct {
     Make_Level make_level;
@@ -255,7 +255,7 @@ TEST(Queue_Report, of_an_appsrc) {
             "source Stats : Num Buffers = 1, Num Bytes = 7000, Num Seconds = 0");
 }
 
-// The framework complains about the first property and reads no other.
+// The framework logs a critical about the first property. The others are not read.
 TEST(Queue_Report, of_what_is_no_queue_is_zeros) {
   const Element identity = make_element("identity", "no_queue");
   const Expected_Log log("current-level-buffers");
@@ -265,7 +265,7 @@ TEST(Queue_Report, of_what_is_no_queue_is_zeros) {
   EXPECT_EQ(reference_count(identity.get()), 1U);
 }
 
-// An element gets its name when it is made: only one who takes it away leaves none.
+// An element gets its name when it is created. It has none only if the name is removed.
 TEST(Queue_Report, of_a_queue_without_a_name_is_empty) {
   const Element queue = make_element("queue");
   g_free(GST_OBJECT_NAME(queue.get()));

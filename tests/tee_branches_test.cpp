@@ -1,4 +1,4 @@
-// Tee branches: source pads asked of a tee, and branches hung on them.
+// Tee branches: source pads requested from a tee, and branches linked to them.
 
 #include <atomic>
 #include <memory>
@@ -22,13 +22,13 @@ void add_to_bin(const Element &bin, const Element &element) {
   ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
 }
 
-// Gives a requested pad back and lets go of it.
+// Releases a requested pad and the reference to it.
 void end_branch(const Element &tee, Pad &pad) {
   gst_element_release_request_pad(tee.get(), pad.get());
   pad.reset();
 }
 
-// An element that has a request template for source pads but grants none.
+// Defines an element with a request template for source pads that grants none.
 void offer_source_pads(gpointer element_class, gpointer) {
   const Caps any = make_caps("ANY");
   gst_element_class_add_pad_template(
@@ -80,7 +80,7 @@ TEST_F(Get_Tee_Src_Pad, GivesANewPadEachTime) {
 
 TEST_F(Get_Tee_Src_Pad, HandsOnTheReferenceOfTheRequest) {
   Pad pad(Media_Helper::get_tee_src_pad(tee_.get()), false);
-  EXPECT_EQ(reference_count(pad.get()), 2u);  // the tee's, and this one
+  EXPECT_EQ(reference_count(pad.get()), 2u);  // the tee's and this one
   const Weak_Watch watch(pad.get());
   end_branch(tee_, pad);
   EXPECT_TRUE(watch.gone());
@@ -111,7 +111,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementThatGrantsNoPad) {
   EXPECT_EQ(reference_count(stingy.get()), 1u);
 }
 
-// The source pads of a decoder are of that template too, but come by themselves only.
+// The source pads of a decoder have this template, too, but cannot be requested.
 TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
   const Element decoder = make_element("decodebin");
   const guint before = reference_count(decoder.get());
@@ -122,7 +122,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
   EXPECT_EQ(decoder->numsrcpads, 0);
 }
 
-// What was requested of an element, and the references to its pad when the pad was released.
+// The requests to an element, and the references to its pad when the pad was released.
 struct Request_Record {
   std::vector<std::string> names;
   std::vector<Caps> caps;
@@ -179,11 +179,11 @@ TEST_F(Tee_Request, IsGivenBackBeforeTheReferenceIsDropped) {
   expect_error(0x15020, "Failed to link tee to element",
                [&] { Media_Helper::link_tee_to_element(tee_.get(), source.get()); });
   EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
-  EXPECT_EQ(record_.references_on_release, 2u);  // the element's, and the request's
+  EXPECT_EQ(record_.references_on_release, 2u);  // the element's and the request's
   EXPECT_EQ(tee_->numsrcpads, 0);
 }
 
-// A tee and what may hang on it, in one bin; what the tee does with its pads is watched.
+// A tee and possible branches in one bin. Records what the tee does with its pads.
 class Link_Tee : public testing::Test {
 protected:
   Link_Tee() {
@@ -205,7 +205,7 @@ protected:
                              static_pad(source_, "src").get()});
   }
 
-  // Tries to link, which must fail and leave everything as it was.
+  // Tries to link, which must fail without any change.
   void expect_no_link_to(const Element &element) {
     const int branches = tee_->numsrcpads;
     const auto counts_before = counts();
@@ -275,7 +275,7 @@ TEST_F(Link_Tee, LinksANewPadAndKeepsNoReferenceToIt) {
   ASSERT_EQ(added_.size(), 1u);
   ASSERT_FALSE(added_[0]->gone());
   Pad branch = static_pad(tee_, "src_0");
-  EXPECT_EQ(reference_count(branch.get()), 2u);  // the tee's, and this one
+  EXPECT_EQ(reference_count(branch.get()), 2u);  // the tee's and this one
   EXPECT_EQ(peer_of(branch), static_pad(queue_, "sink"));
   EXPECT_EQ(peer_of(static_pad(queue_, "sink")), branch);
   EXPECT_EQ(counts(), before);

@@ -1,4 +1,4 @@
-// Times and segments as log lines show them.
+// Times and segments as text for logs.
 
 #include <limits>
 #include <string>
@@ -61,7 +61,7 @@ GstSegment make_segment(GstFormat format) {
   return segment;
 }
 
-// A segment of which no two fields are alike.
+// Returns a segment with a different value in each field.
 GstSegment make_full_segment() {
   GstSegment segment = make_segment(GST_FORMAT_TIME);
   segment.flags = static_cast<GstSegmentFlags>(GST_SEGMENT_FLAG_RESET | GST_SEGMENT_FLAG_SKIP |

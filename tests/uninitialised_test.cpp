@@ -1,4 +1,4 @@
-// A program of its own, without the main of the others: that one initialises the framework.
+// A separate program without the common main(), which initialises the framework.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +13,7 @@ using kel::tavren::capture::Media_Helper;
 
 const std::string message = "gst_init has not run: %s, \"camera 1\"";
 
-// The code that the check throws; 0 when it throws nothing, -1 when its text is another.
+// Returns the code that the check throws; 0 if it does not throw, -1 if the text is wrong.
 int thrown_code() {
   try {
     Media_Helper::gst_is_initialized_or_throw(message);

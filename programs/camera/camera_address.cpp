@@ -13,7 +13,7 @@ namespace {
 
 using Url = std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)>;
 
-// The part of a URI between "scheme://" and "@", by position.
+// The user information in a URI: the text between "scheme://" and "@", by position.
 struct User_Info {
   std::size_t begin = 0;
   std::size_t end = 0;
@@ -24,8 +24,8 @@ bool is_port(const std::string &text) {
   return text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-// A password may contain "@", so the last one counts; and, against the rules, "/": then what looks
-// like a port is no number.
+// A password may contain "@", so the last one is the separator. It may also contain "/", although
+// URIs do not allow that; the text after the last ":" is then not a port number.
 User_Info find_user_info(const std::string &uri) {
   const std::size_t scheme = uri.find("://");
   if (scheme == std::string::npos) return {};
@@ -40,14 +40,15 @@ User_Info find_user_info(const std::string &uri) {
   return {begin, begin + at, true};
 }
 
-// An address as messages quote it: without the password, or not at all if it cannot be found.
+// Quotes an address in a message without its password. If the password cannot be located, omits the
+// address.
 std::string quoted(const std::string &uri) {
   const std::string concealed = conceal_password(uri);
   const bool may_hold_password = concealed == uri && uri.find('@') != std::string::npos;
   return may_hold_password ? "it does not begin with rtsp://" : '"' + concealed + '"';
 }
 
-// Unescapes percent escapes; text with broken ones is taken literally.
+// Decodes percent-encoded characters. Text with an invalid escape is returned unchanged.
 std::string unescape(const std::string &text) {
   const std::unique_ptr<char, Emancipator<char>> unescaped(
       g_uri_unescape_string(text.c_str(), nullptr));

@@ -20,7 +20,7 @@ constexpr guint64 connection_timeout = guint64{10} * G_USEC_PER_SEC;
 using Error = std::unique_ptr<GError, decltype(&g_error_free)>;
 using Tls_Database = std::unique_ptr<GTlsDatabase, decltype(&g_object_unref)>;
 
-// rtspsrc validates certificates against the authorities in the file only.
+// Makes rtspsrc validate certificates only against the authorities in the file.
 void trust_authorities(GstElement *source, const std::string &file) {
   GError *error = nullptr;
   const Tls_Database database(g_tls_file_database_new(file.c_str(), &error), g_object_unref);
@@ -31,9 +31,9 @@ void trust_authorities(GstElement *source, const std::string &file) {
   g_object_set(source, "tls-database", database.get(), nullptr);
 }
 
-// A camera's answer to PLAY names the number of the first packet. A jitter buffer that is given it
-// discards packets with lower numbers, those of a restarted encoder among them, and for ever those
-// of a camera that names a wrong one.
+// The response to PLAY contains the sequence number of the first packet. A jitter buffer that knows
+// this number discards packets with lower numbers: those of a restarted encoder and, permanently,
+// those of a camera that reports a wrong number.
 GstPadProbeReturn drop_first_number(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
   GstEvent *const event = gst_pad_probe_info_get_event(info);
   if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS) return GST_PAD_PROBE_OK;
@@ -54,8 +54,8 @@ void on_new_jitter_buffer(GstElement *, GstElement *jitter_buffer, guint, guint,
                       nullptr);
 }
 
-// An encoder that restarts says goodbye for its old SSRC. rtspsrc would end the stream, and refuse
-// the packets of the new one. A stream that really ends is noticed by its silence.
+// A restarted encoder sends RTCP BYE for its old SSRC. rtspsrc would end the stream and reject the
+// packets of the new SSRC. The end of a stream is detected by a timeout instead.
 GstPadProbeReturn drop_goodbye(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
   GstRTCPBuffer rtcp = GST_RTCP_BUFFER_INIT;
   if (!gst_rtcp_buffer_map(gst_pad_probe_info_get_buffer(info), GST_MAP_READ, &rtcp))
@@ -89,13 +89,13 @@ Transport parse_transport(const std::string &name) {
   throw std::invalid_argument("--transport takes auto, tcp or udp, not \"" + name + '"');
 }
 
-// GLib takes no other path to a file of certificates.
+// GLib requires an absolute path for a certificate file.
 std::string absolute_path(const std::string &path) {
   return std::unique_ptr<char, Emancipator<char>>(g_canonicalize_filename(path.c_str(), nullptr))
       .get();
 }
 
-// The first line of a file.
+// Returns the first line of a file.
 std::string read_password(const std::string &file) {
   gchar *contents = nullptr;
   GError *error = nullptr;
@@ -118,17 +118,17 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
   GstElement *const source = add_rtsp_source(bin, "camera");
   gst_util_set_object_arg(G_OBJECT(source), "protocols",
                           transport == Transport::udp ? "udp+udp-mcast" : "tcp+http");
-  // The programs notice themselves that nothing arrives. Over UDP the element would give up when a
-  // camera pauses for longer than its timeout.
+  // The programs detect silence themselves. Over UDP, rtspsrc would fail if a camera pauses for
+  // longer than its timeout.
   g_object_set(source, "location", options.address.location.c_str(), "tcp-timeout",
                connection_timeout, "timeout", guint64{0}, "latency", options.latency, nullptr);
-  // The first packet of a new SSRC is taken at its word: the connection is the camera's.
+  // Accept the first packet of a new SSRC without probation: the connection belongs to the camera.
   g_object_set(source, "probation", 1U, nullptr);
   if (!options.address.user.empty())
     g_object_set(source, "user-id", options.address.user.c_str(), "user-pw",
                  options.address.password.c_str(), nullptr);
-  // Over UDP, the packets do not arrive in the thread that sends requests, and rtspsrc itself keeps
-  // the session open.
+  // Over UDP, the packets do not arrive in the thread that sends requests, and rtspsrc keeps the
+  // session open.
   Media_Helper::g_signal_connect_or_throw(source, "new-manager", G_CALLBACK(on_new_manager),
                                           GINT_TO_POINTER(transport == Transport::udp));
   if (!options.ca_file.empty()) trust_authorities(source, options.ca_file);
@@ -150,7 +150,7 @@ std::vector<GOptionEntry> Camera_Arguments::entries() {
           {"transport", 0, 0, G_OPTION_ARG_STRING, transport_.target(),
            "auto (TCP, or UDP if the camera refuses TCP; the default), tcp or udp", "NAME"},
           {"latency", 0, 0, G_OPTION_ARG_INT, &latency_,
-           "wait this long for packets that are late or out of order (default 200)", "MS"},
+           "how long to wait for late or reordered packets (default 200)", "MS"},
           {"user", 0, 0, G_OPTION_ARG_STRING, user_.target(), "user name for the camera", "NAME"},
           {"password-file", 0, 0, G_OPTION_ARG_FILENAME, password_file_.target(),
            "file with the password in its first line (default: $TAVREN_CAMERA_PASSWORD)", "FILE"},

@@ -15,7 +15,8 @@ namespace {
 
 using Factories = std::unique_ptr<GList, decltype(&gst_plugin_feature_list_free)>;
 
-// The name of the first installed factory of a type that a test accepts; empty if there is none.
+// Returns the name of the first installed factory of the given type that passes the test; empty if
+// there is none.
 template <typename Test>
 std::string find_factory(GstElementFactoryListType type, Test accepts) {
   const Factories factories(gst_element_factory_list_get_elements(type, GST_RANK_MARGINAL),
@@ -27,7 +28,7 @@ std::string find_factory(GstElementFactoryListType type, Test accepts) {
   return {};
 }
 
-// What the packets of a payloader have in common with those of the stream.
+// Returns the caps fields that the payloader's packets must share with the stream's packets.
 Caps payload_caps(GstCaps *rtp_caps) {
   const char *const media = gst_structure_get_string(gst_caps_get_structure(rtp_caps, 0), "media");
   return Caps(gst_caps_new_simple("application/x-rtp", "encoding-name", G_TYPE_STRING,
@@ -36,7 +37,7 @@ Caps payload_caps(GstCaps *rtp_caps) {
               false);
 }
 
-// A payloader that makes the stream's packets of what the depayloader makes of them.
+// Finds a payloader that turns the depayloader's output back into the stream's packets.
 std::string find_payloader(GstCaps *rtp_caps, const std::string &depayloader) {
   const Caps packets = payload_caps(rtp_caps);
   const Caps media = template_caps(depayloader, GST_PAD_SRC);
@@ -46,8 +47,8 @@ std::string find_payloader(GstCaps *rtp_caps, const std::string &depayloader) {
   });
 }
 
-// Chooses elements from the registry for a stream that the library's tables do not know. Returns
-// whether there are any.
+// Chooses elements from the registry for a stream that is not in the library's tables. Returns
+// false if there are none.
 bool find_elements(Camera_Stream &stream) {
   stream.depayloader = find_depayloader(stream.caps.get());
   if (!stream.depayloader.empty())

@@ -25,7 +25,7 @@ void use_authorities(GSocketClient *, GSocketClientEvent event, GSocketConnectab
                                   static_cast<GTlsDatabase *>(database));
 }
 
-// Connects once. Returns the reason why that failed; empty if it did not.
+// Connects once. Returns the reason for the failure; empty if the connection succeeded.
 std::string connect(const Camera_Options &options) {
   const Object<GSocketClient> client(g_socket_client_new(), g_object_unref);
   g_socket_client_set_timeout(client.get(), timeout);

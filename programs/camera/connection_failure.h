@@ -1,4 +1,4 @@
-// Why a camera cannot be reached.
+// Finds the reason why a camera cannot be reached.
 
 #ifndef TAVREN_PROGRAMS_CONNECTION_FAILURE_H
 #define TAVREN_PROGRAMS_CONNECTION_FAILURE_H
@@ -9,13 +9,13 @@
 
 namespace kel::tavren::programs {
 
-// Adds the reason to a failure to connect, for which the framework has a general text only: the
-// host is not known, the port is closed, the certificate is not trusted. The camera is connected to
-// once more to find out, for at most a few seconds. Returns other failures as they are.
+// Adds the reason to a connection failure. The framework reports only a general text if the host is
+// unknown, the port is closed or the certificate is not trusted. To find the reason, connects to
+// the camera again, for a few seconds at most. Returns other failures unchanged.
 std::exception_ptr with_connection_failure(const std::exception_ptr &failure,
                                            const Camera_Options &options);
 
-// Whether it is of no use to try again: the camera refuses the credentials, or an element is
+// Returns whether retrying is pointless: the camera rejects the credentials, or an element is
 // missing.
 bool is_permanent(const std::exception_ptr &failure);
 

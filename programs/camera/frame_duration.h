@@ -1,4 +1,4 @@
-// How long a frame lasts.
+// The duration of a frame.
 
 #ifndef TAVREN_PROGRAMS_FRAME_DURATION_H
 #define TAVREN_PROGRAMS_FRAME_DURATION_H
@@ -7,8 +7,9 @@
 
 namespace kel::tavren::programs {
 
-// The duration of a frame in ns: its buffer's, or what its caps say of AAC, whose depayloaders and
-// parser leave it out at some frames; 0 if it is not known. Never throws; any thread.
+// Returns the duration of a frame in ns, or 0 if it is unknown. Uses the buffer's duration, or
+// computes it from AAC caps, because the AAC depayloaders and parser omit the duration of some
+// frames. Never throws. Safe in any thread.
 GstClockTime frame_duration(GstSample *frame) noexcept;
 
 }  // namespace kel::tavren::programs

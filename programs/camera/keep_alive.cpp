@@ -7,7 +7,7 @@ namespace kel::tavren::programs {
 
 namespace {
 
-constexpr gint64 default_timeout = 60;  // s, of a session that states none
+constexpr gint64 default_timeout = 60;  // s, used if the session does not specify one
 
 bool is_announced(const GstRTSPMessage *answer, GstRTSPMethod method) {
   gchar *methods = nullptr;
@@ -15,7 +15,7 @@ bool is_announced(const GstRTSPMessage *answer, GstRTSPMethod method) {
          (gst_rtsp_options_from_text(methods) & method) != 0;
 }
 
-// The timeout that a session states, as in 12345678;timeout=60.
+// Parses the timeout of a session header such as 12345678;timeout=60.
 gint64 timeout_in(const char *session) {
   const char *const timeout = std::strstr(session, "timeout=");
   if (timeout == nullptr) return default_timeout;

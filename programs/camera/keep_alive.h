@@ -10,8 +10,8 @@
 
 namespace kel::tavren::programs {
 
-// Tells when the next request is due, and which. The camera states the timeout of the session and
-// the methods that it knows.
+// Determines the time and the method of the next request. The camera announces the session timeout
+// and the methods that it supports.
 class Keep_Alive {
 public:
   struct Request {
@@ -19,15 +19,15 @@ public:
     std::string address;
   };
 
-  // Notes what the camera has answered to a request of rtspsrc.
+  // Records the camera's response to a request of rtspsrc.
   void note_answer(const GstRTSPMessage *request, const GstRTSPMessage *answer);
-  // The request that is due now, if one is; the next one is due half a timeout later.
+  // Returns the request that is due now, if any. The next one is due after half the timeout.
   std::optional<Request> take_request();
 
 private:
   void note_timeout(const GstRTSPMessage *answer);
 
-  Request request_;          // no address: nothing plays
+  Request request_;          // empty address: no stream is playing
   gint64 interval_ = 0;      // us
   gint64 next_request_ = 0;  // on the monotonic clock, us
 };

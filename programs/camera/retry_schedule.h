@@ -1,4 +1,4 @@
-// When to try an absent camera again.
+// Schedules reconnection attempts to an unavailable camera.
 
 #ifndef TAVREN_PROGRAMS_RETRY_SCHEDULE_H
 #define TAVREN_PROGRAMS_RETRY_SCHEDULE_H
@@ -10,14 +10,14 @@
 
 namespace kel::tavren::programs {
 
-// Pauses that grow from half a second to half a minute, until the camera has been away for too
-// long. All times are in us of the monotonic clock.
+// Computes retry delays that grow from half a second to half a minute, until the camera has been
+// unavailable for too long. All times are in us of the monotonic clock.
 class Retry_Schedule {
 public:
   explicit Retry_Schedule(gint64 limit) noexcept : limit_(limit) {}
 
-  // The camera has gone, or does not answer. Returns when to try again, or nothing if it has been
-  // away for too long.
+  // Call this if the camera has disconnected or does not respond. Returns the time of the next
+  // attempt, or nothing if the camera has been unavailable for too long.
   std::optional<gint64> next(gint64 now) noexcept {
     if (!since_) since_ = now;
     const gint64 left = *since_ + limit_ - now;
@@ -27,7 +27,7 @@ public:
     return now + pause;
   }
 
-  // The camera is back.
+  // Call this when the camera is available again.
   void reset() noexcept {
     since_.reset();
     pause_ = first_pause;

@@ -16,22 +16,22 @@ using capture::Media_Helper;
 
 namespace {
 
-constexpr const char *extension_key = "tavren-rtsp-extension";  // of the data of a source
+constexpr const char *extension_key = "tavren-rtsp-extension";  // of the source's object data
 
 struct Session {
   Stream_Addresses addresses;
   Keep_Alive keep_alive;
 };
 
-// rtspsrc creates an element of each factory that has the interface of extensions, and calls it
-// with every request and answer. All that happens in the thread that also receives the packets of
-// the connection.
+// rtspsrc creates an element of each factory that implements the extension interface, and calls it
+// with every request and response. All calls are made in the thread that also receives the packets
+// of the connection.
 struct Extension {
   GstElement element;
   Session session;
 };
 
-// The extension that this thread created last, on behalf of the source that it is creating.
+// The extension that this thread created last, for the source that is being created.
 Extension *&newest_extension() {
   static thread_local Extension *extension = nullptr;
   return extension;
@@ -41,7 +41,7 @@ Session &session_of(gpointer extension) {
   return static_cast<Extension *>(extension)->session;
 }
 
-// Without the memory for it, requests are sent as rtspsrc makes them.
+// If memory is exhausted, the request is sent unchanged.
 template <class Action>
 GstRTSPResult call(Action action) noexcept {
   try {
@@ -68,7 +68,7 @@ GstRTSPResult parse_description(GstRTSPExtension *extension, GstSDPMessage *desc
   return call([=] { session_of(extension).addresses.note_description(description); });
 }
 
-// rtspsrc does not wait for an answer if it is given no place for it.
+// rtspsrc does not wait for a response if the response pointer is null.
 void send(GstRTSPExtension *extension, const Keep_Alive::Request &request) {
   GstRTSPMessage message = {};
   Scope_Exit_Guard clear;

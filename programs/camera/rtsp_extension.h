@@ -1,4 +1,4 @@
-// What the programs add to the framework's RTSP client.
+// Extends the framework's RTSP client.
 
 #ifndef TAVREN_PROGRAMS_RTSP_EXTENSION_H
 #define TAVREN_PROGRAMS_RTSP_EXTENSION_H
@@ -7,18 +7,19 @@
 
 namespace kel::tavren::programs {
 
-// Makes all RTSP sources set up streams by the addresses that most cameras expect; see
-// Stream_Addresses. Call it before the first source is created: rtspsrc looks for extensions once.
+// Makes all RTSP sources set up streams with the addresses that most cameras expect; see
+// Stream_Addresses. Call this before the first source is created: rtspsrc looks for extensions only
+// once.
 void register_rtsp_extension();
 
-// Adds an rtspsrc with the extension to a bin, which owns it. Throws what the library throws if the
-// element is missing.
+// Adds an rtspsrc with the extension to a bin, which owns it. Propagates the library's exception if
+// the element is missing.
 GstElement *add_rtsp_source(GstElement *bin, const char *name);
 
-// Keeps the session of a source that add_rtsp_source() has created open. `pad` is a pad of its
-// manager that the packets of the RTSP connection enter. rtspsrc sends requests of this kind only
-// while no packets arrive on the connection, and many cameras end a session after a time without
-// one.
+// Keeps the session of a source created by add_rtsp_source() open. `pad` is a pad of the source's
+// manager that receives the packets of the RTSP connection. Many cameras end a session that
+// receives no request for some time, and rtspsrc sends keep-alive requests only while no packets
+// arrive on the connection.
 void keep_session_alive(GstElement *source, GstPad *pad);
 
 }  // namespace kel::tavren::programs

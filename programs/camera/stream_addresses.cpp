@@ -38,7 +38,9 @@ void Stream_Addresses::add(const std::string &control) {
   appended_[resolved.get()] = description_ + (has_slash ? "" : "/") + control;
 }
 
-// rtspsrc asks for the appended address when the resolved one, which was never sent, is not found.
+// If the camera does not find the appended address, rtspsrc assumes that the resolved one failed
+// and requests the appended one. The resolved one, which has not been sent yet, is then sent
+// instead.
 void Stream_Addresses::rewrite(GstRTSPMessage *request) {
   gchar *&uri = request->type_data.request.uri;
   if (const auto found = appended_.find(uri); found != appended_.end()) {

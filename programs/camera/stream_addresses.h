@@ -1,4 +1,4 @@
-// The addresses that the streams of an RTSP camera are set up with.
+// The addresses used to set up the streams of an RTSP camera.
 
 #ifndef TAVREN_PROGRAMS_STREAM_ADDRESSES_H
 #define TAVREN_PROGRAMS_STREAM_ADDRESSES_H
@@ -11,17 +11,17 @@
 
 namespace kel::tavren::programs {
 
-// Appends a stream's relative address to the camera's address if the camera names no base address.
-// rtspsrc resolves it as a relative reference, which replaces the last segment of the path. Other
-// players append, and there are cameras that know only the longer address and close the connection,
-// or end, when asked for the other one. If a camera does not find the longer address, rtspsrc asks
-// again, and the resolved address is used.
+// Appends a stream's relative address to the camera's address if the camera specifies no base
+// address. rtspsrc resolves the address as a relative reference, which replaces the last segment of
+// the path. Other players append it, and some cameras support only the longer address and close the
+// connection, or terminate, on a request for the resolved one. If the camera does not find the
+// longer address, rtspsrc sends another request, which uses the resolved address.
 class Stream_Addresses {
 public:
-  // Notes the address of the description, and whether the answer names a base address.
+  // Records the address of the description, and whether the response specifies a base address.
   void note_answer(const GstRTSPMessage *request, const GstRTSPMessage *answer);
   void note_description(const GstSDPMessage *description);
-  // Replaces the address of a request that rtspsrc is about to send.
+  // Replaces the address of a request before rtspsrc sends it.
   void rewrite(GstRTSPMessage *request);
 
 private:
@@ -29,7 +29,7 @@ private:
 
   std::string description_;
   bool has_base_ = false;
-  std::map<std::string, std::string> appended_;  // by the address that rtspsrc resolves
+  std::map<std::string, std::string> appended_;  // keyed by the address that rtspsrc resolves
   std::map<std::string, std::string> substitutes_;
 };
 

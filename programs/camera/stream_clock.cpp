@@ -14,9 +14,9 @@ using capture::Media_Helper;
 namespace {
 
 constexpr gint64 ns_per_us = 1000;
-// How far a step may differ from the time that has passed before it counts as a jump.
+// A step that differs from the elapsed time by more than this is a discontinuity.
 constexpr gint64 tolerance = GST_SECOND;
-// Frames that are shown in another order than they are sent step back by fewer steps than this.
+// Frames that are sent out of display order go back by fewer steps than this.
 constexpr gint64 steps_back = 4;
 constexpr gint64 shortest_step = GST_MSECOND;
 constexpr gint64 window_length = 4 * G_TIME_SPAN_SECOND;  // us
@@ -27,7 +27,7 @@ gint64 now_in_ns(gint64 us) noexcept {
   return us * ns_per_us;
 }
 
-// The rate of the RTP timestamps on a pad in Hz; 0: unknown.
+// Returns the rate of the RTP timestamps on a pad in Hz, or 0 if it is unknown.
 guint rate_on(GstPad *pad) noexcept {
   const boost::intrusive_ptr<GstCaps> caps(gst_pad_get_current_caps(pad), false);
   int rate = 0;
@@ -35,9 +35,9 @@ guint rate_on(GstPad *pad) noexcept {
   return rate > 0 ? static_cast<guint>(rate) : 0;
 }
 
-// The time of a packet by the jitter buffer. Over TCP, rtspsrc stamps the first packet of each
-// stream with the time at which the first one of all streams arrived: a stream may begin much
-// later.
+// Returns the time that the jitter buffer gave to a packet. Over TCP, rtspsrc stamps the first
+// packet of each stream with the arrival time of the first packet of any stream, although a stream
+// may start much later.
 GstClockTime expected_time(GstBuffer *packet, GstPad *pad) noexcept {
   const GstClockTime stamp = GST_BUFFER_DTS_OR_PTS(packet);
   const GstClockTime now = gst_element_get_current_running_time(GST_PAD_PARENT(pad));
@@ -45,7 +45,7 @@ GstClockTime expected_time(GstBuffer *packet, GstPad *pad) noexcept {
   return GST_CLOCK_TIME_IS_VALID(now) && now > stamp + tolerance ? now : stamp;
 }
 
-// Takes a packet and returns it, or a copy that can be written to, with its time.
+// Takes ownership of a packet. Returns it, or a writable copy, with its time set.
 GstBuffer *with_time(GstBuffer *packet, GstPad *pad, Shared_Stream_Clock &clock) noexcept {
   GstRTPBuffer rtp = GST_RTP_BUFFER_INIT;
   if (!gst_rtp_buffer_map(packet, GST_MAP_READ, &rtp)) return packet;
@@ -110,8 +110,8 @@ GstClockTime Stream_Clock::time_of(guint32 timestamp, GstClockTime expected, gin
   return static_cast<GstClockTime>(time_);
 }
 
-// The time in ns that has passed at a sender that replaces another: its jitter buffer may hold
-// several packets back until it trusts their numbers.
+// Returns the elapsed time in ns when a sender replaces another. The jitter buffer may hold several
+// packets until it trusts their sequence numbers.
 gint64 Stream_Clock::elapsed_at_restart(GstClockTime expected) const noexcept {
   constexpr gint64 packets_held = 5;
   return static_cast<gint64>(expected) - expected_ - packets_held * usual_step_;
@@ -123,7 +123,8 @@ void Stream_Clock::restart(guint rate) noexcept {
   window_began_ = 0;
 }
 
-// A difference counts if it has had the same sign for a whole window: late packets differ too.
+// Only a difference with the same sign for a whole window is corrected: late packets cause
+// differences too.
 void Stream_Clock::observe(gint64 difference, gint64 now) noexcept {
   if (window_began_ == 0) {
     smallest_ = largest_ = difference;
@@ -137,7 +138,7 @@ void Stream_Clock::observe(gint64 difference, gint64 now) noexcept {
   remaining_ = std::abs(lasting) > noticeable ? lasting : 0;
 }
 
-// The part of the difference that a step wears off.
+// Returns the part of the difference to correct in this step.
 gint64 Stream_Clock::correction(gint64 step) noexcept {
   const gint64 most = std::abs(step) / steps_per_correction;
   const gint64 part = std::clamp(remaining_, -most, most);
@@ -145,7 +146,8 @@ gint64 Stream_Clock::correction(gint64 step) noexcept {
   return part;
 }
 
-// The step in ns from the last timestamp to this one; elapsed is the time between their arrivals.
+// Returns the step in ns from the last timestamp to this one. `elapsed` is the time between their
+// arrivals.
 gint64 Stream_Clock::step_to(guint32 timestamp, gint64 elapsed) noexcept {
   const auto ticks = static_cast<gint32>(timestamp - timestamp_);  // modulo 2^32
   const gint64 step = ticks * gint64{GST_SECOND} / rate_;

@@ -15,7 +15,7 @@ std::string coded(GQuark domain, int code, const std::string &text) {
   return std::string(g_quark_to_string(domain)) + ' ' + std::to_string(code) + ": " + text;
 }
 
-// The part of an element's debug text that says why: what follows the place in its source.
+// Returns the reason in an element's debug text: the text after the source location.
 std::string reason_in(const char *debug) {
   const std::string text = debug != nullptr ? debug : "";
   const std::size_t line_end = text.find('\n');
@@ -25,7 +25,7 @@ std::string reason_in(const char *debug) {
   return reason;
 }
 
-// An argument in a message. An address may contain a password.
+// Quotes an argument in a message. An address may contain a password.
 std::string quoted(const std::string &argument) {
   return argument.find('@') == std::string::npos ? argument : "(an address)";
 }

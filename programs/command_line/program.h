@@ -1,4 +1,4 @@
-// What all the programs do alike: options, exit status, one clear line for a failure.
+// Functions common to all programs: options, exit status and one-line error messages.
 
 #ifndef TAVREN_PROGRAMS_PROGRAM_H
 #define TAVREN_PROGRAMS_PROGRAM_H
@@ -12,14 +12,14 @@
 
 namespace kel::tavren::programs {
 
-// An error that an element reported on the bus. Its text starts with the domain and number of the
-// report, and ends with the reason that the element gave for developers.
+// An error that an element posted on the bus. The text starts with the error's domain and code, and
+// ends with the reason from its debug text.
 class Bus_Error : public std::runtime_error {
 public:
-  // The message is borrowed; it must be an error or a warning.
+  // `message` (transfer none) must be an error or a warning.
   explicit Bus_Error(GstMessage *message);
 
-  // A failure that the program notices itself, in the form of an element's.
+  // A failure detected by the program, in the form of an element's error.
   Bus_Error(GstResourceError error, const std::string &text);
 
   bool is(GQuark domain, int code) const noexcept { return domain == domain_ && code == code_; }
@@ -32,7 +32,7 @@ private:
   int code_ = 0;
 };
 
-// A text that GLib's option parser fills in and its owner frees.
+// Owns a text that GLib's option parser allocates.
 class Text_Option {
 public:
   Text_Option() = default;
@@ -40,23 +40,23 @@ public:
   Text_Option(const Text_Option &) = delete;
   Text_Option &operator=(const Text_Option &) = delete;
 
-  // Where the parser puts it.
+  // The address that the parser writes to.
   char **target() noexcept { return &text_; }
   bool given() const noexcept { return text_ != nullptr; }
-  // The text given, or another one when none was.
+  // Returns the parsed text, or the default if the option was not given.
   std::string value_or(const std::string &other) const { return text_ != nullptr ? text_ : other; }
 
 private:
   char *text_ = nullptr;
 };
 
-// Tells a failure in one line on stderr, with the error's code where it has one.
+// Prints a failure as one line on stderr, with the error code if there is one.
 void print_failure(const std::string &subject, const std::exception &error);
 
-// Parses the options with GLib's parser (which brings --help) and the framework's own options,
-// initialises the framework, and runs the body; --version prints the version instead. An argument
-// that no option takes is refused. A failure becomes one line on stderr, with the error's code if
-// it has one.
+// Parses the options with GLib's parser, which provides --help, and the framework's options. Then
+// initialises the framework and calls `body`. --version prints the version instead. Rejects
+// unexpected arguments. Prints a failure as one line on stderr, with the error code if there is
+// one.
 //
 // The options need no terminator. Returns the exit status: 0, or 1 after a failure.
 int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,

@@ -1,4 +1,4 @@
-// How the programs end on Ctrl-C, SIGTERM and SIGHUP.
+// Ends the programs on Ctrl-C, SIGTERM and SIGHUP.
 
 #ifndef TAVREN_PROGRAMS_SIGNAL_WATCH_H
 #define TAVREN_PROGRAMS_SIGNAL_WATCH_H
@@ -11,8 +11,8 @@
 
 namespace kel::tavren::programs {
 
-// Calls a function from the default main context when the process is asked to end; while a watch
-// lives, these signals do not kill the process.
+// Calls a function from the default main context when the process receives one of these signals.
+// While a watch exists, the signals do not kill the process.
 class Signal_Watch {
 public:
   // The function must not throw.

@@ -1,4 +1,4 @@
-// Times as the programs show them.
+// Formats times for display.
 
 #ifndef TAVREN_PROGRAMS_TIME_TEXT_H
 #define TAVREN_PROGRAMS_TIME_TEXT_H

@@ -1,4 +1,4 @@
-// A main context that a thread runs.
+// A thread that runs a main context.
 
 #ifndef TAVREN_PROGRAMS_LOOP_THREAD_H
 #define TAVREN_PROGRAMS_LOOP_THREAD_H
@@ -9,7 +9,7 @@
 
 namespace kel::tavren::programs {
 
-// Runs a context from its construction until it is stopped.
+// Runs a main context from construction until stop() is called.
 class Loop_Thread {
 public:
   explicit Loop_Thread(GMainContext *context)
@@ -20,10 +20,11 @@ public:
   Loop_Thread(const Loop_Thread &) = delete;
   Loop_Thread &operator=(const Loop_Thread &) = delete;
 
-  // Waits for the end of the thread; further calls have no effect. Not in the thread itself.
+  // Waits for the thread to end. Further calls have no effect. Do not call this from the thread
+  // itself.
   void stop() noexcept {
     if (!thread_.joinable()) return;
-    // Queued, so that it ends the loop even if the thread has not entered it yet.
+    // A queued call ends the loop even if the thread has not entered it yet.
     g_main_context_invoke(
         g_main_loop_get_context(loop_.get()),
         [](gpointer loop) -> gboolean {

@@ -1,4 +1,4 @@
-// Calls made by a main context after some time.
+// Timers of a main context.
 
 #ifndef TAVREN_PROGRAMS_TIMER_H
 #define TAVREN_PROGRAMS_TIMER_H
@@ -10,13 +10,13 @@
 
 namespace kel::tavren::programs {
 
-// Calls a function once or at a regular interval, as long as the timer exists. Destroy a timer in
-// the thread that runs its context, or after that thread has ended.
+// Calls a function once or at a regular interval while the timer exists. Destroy a timer in the
+// thread that runs its context, or after that thread has ended.
 class Timer {
 public:
   enum class Kind { once, repeated };
 
-  // A null context is the default one. The function must not throw.
+  // A null context means the default context. The function must not throw.
   Timer(GMainContext *context, guint milliseconds, Kind kind, std::function<void()> call)
       : kind_(kind), call_(std::move(call)), source_(g_timeout_source_new(milliseconds), false) {
     g_source_set_callback(source_.get(), dispatch, this, nullptr);

@@ -16,7 +16,7 @@ using Caps = boost::intrusive_ptr<GstCaps>;
 
 const char *const absent = "-";
 
-// Still pictures have the frame rate 0/1, sound has neither rate nor size.
+// Still images have the frame rate 0/1. Audio has neither a frame rate nor a size.
 bool means_absent(TEC::Tavren_Error_Code code) {
   return code == TEC::CAPS_WITHOUT_FRAMERATE || code == TEC::INVALID_FRAMERATE ||
          code == TEC::CAPS_WITHOUT_RESOLUTION || code == TEC::INVALID_CAPS_RESOLUTION;
@@ -67,7 +67,7 @@ void add_rows(std::vector<Text_Row> &rows, const std::string &name,
   }
 }
 
-// The framework's time without a value would read as 99 hours and some.
+// GST_CLOCK_TIME_NONE would be printed as more than 99 hours.
 std::string duration_text(GstClockTime duration) {
   return GST_CLOCK_TIME_IS_VALID(duration) ? Media_Helper::gst_time_to_string(duration) : absent;
 }

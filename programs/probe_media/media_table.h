@@ -1,4 +1,4 @@
-// What a media file or stream holds, as a table for people.
+// Prints the streams of a media file as a table.
 
 #ifndef TAVREN_PROGRAMS_MEDIA_TABLE_H
 #define TAVREN_PROGRAMS_MEDIA_TABLE_H
@@ -14,9 +14,9 @@ namespace kel::tavren::programs {
 // Width and height in pixels.
 using Resolution = std::pair<unsigned long long, unsigned long long>;
 
-// Writes the URI, the duration and one row for each stream: its kind and caps name, its resolution,
-// its frame rate, and when a box is given, the size at which its pictures fill that box best. What
-// a stream does not tell is a "-".
+// Writes the URI, the duration and one row for each stream: its kind, caps name, resolution, frame
+// rate and, if a box is given, the largest size at which its pictures fit into the box. Unknown
+// values are printed as "-".
 void print_media_table(std::ostream &out, const capture::Media_Info &info,
                        const std::optional<Resolution> &box = std::nullopt);
 

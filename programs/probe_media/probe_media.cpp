@@ -1,4 +1,4 @@
-// Shows what media files and streams hold.
+// Shows the streams of media files.
 
 #include <charconv>
 #include <iostream>
@@ -16,7 +16,7 @@ using capture::Media_Helper;
 
 namespace {
 
-// What GLib's option parser leaves: the arguments that are no options.
+// The arguments that are not options.
 class Arguments {
 public:
   Arguments() = default;
@@ -42,19 +42,19 @@ Resolution parse_box(const std::string &text) {
   const auto height = std::from_chars(separated ? width.ptr + 1 : end, end, box.second);
   if (height.ec != std::errc() || height.ptr != end)
     throw std::invalid_argument("--fit takes WIDTHxHEIGHT in pixels, not \"" + text + "\"");
-  // A side of 0 is the library's to refuse, before anything is probed.
+  // The library rejects a side of 0. Check this before anything is probed.
   Media_Helper::calculate_resolution(box, {1, 1});
   return box;
 }
 
 GstClockTime parse_timeout(double seconds) {
-  // As much as the framework's discoverer takes; the comparison also refuses what is no number.
+  // The range that the framework's discoverer accepts. The comparison also rejects NaN.
   if (!(seconds >= 1 && seconds <= 3600))
     throw std::invalid_argument("--timeout takes 1 to 3600 seconds");
   return static_cast<GstClockTime>(seconds * GST_SECOND);
 }
 
-// A name that exists is a file's, whatever it looks like.
+// If a file of this name exists, the argument is a file name, whatever it looks like.
 std::string to_uri(const std::string &source) {
   if (!g_file_test(source.c_str(), G_FILE_TEST_EXISTS) && gst_uri_is_valid(source.c_str()))
     return source;
@@ -72,7 +72,7 @@ void probe(const std::string &source, GstClockTime timeout, const std::optional<
   std::cout << table.str() << std::endl;
 }
 
-// Probes them all, whatever happens to one of them. Returns whether all went well.
+// Probes all sources, even if some of them fail. Returns whether all succeeded.
 bool probe_all(const std::vector<std::string> &sources, GstClockTime timeout,
                const std::optional<Resolution> &box) {
   bool good = true;
@@ -99,13 +99,13 @@ int main(int argc, char **argv) {
   bool good = true;
   const std::vector<GOptionEntry> options = {
       {"fit", 0, 0, G_OPTION_ARG_STRING, fit.target(),
-       "show the size at which pictures fill a box of this size", "WxH"},
-      {"timeout", 0, 0, G_OPTION_ARG_DOUBLE, &timeout, "wait this long for each (default 10)",
-       "SECONDS"},
+       "also show the size of the pictures scaled to fit this box", "WxH"},
+      {"timeout", 0, 0, G_OPTION_ARG_DOUBLE, &timeout,
+       "how long to wait for each source (default 10)", "SECONDS"},
       {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, sources.target(), nullptr,
        "URI|FILE..."}};
   const int status =
-      run_program(argc, argv, "Shows what media files and streams hold.", options, [&] {
+      run_program(argc, argv, "Shows the streams of media files and URIs.", options, [&] {
         if (sources.values().empty())
           throw std::invalid_argument("nothing to probe: name a URI or a file");
         register_rtsp_extension();

@@ -12,9 +12,9 @@ namespace kel::tavren::programs {
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 start_limit = 10 * seconds;            // for the camera's first frame
-constexpr guint64 congestion = guint64{64} << 20U;      // bytes that wait to be written
-constexpr gint64 encrypted_start_limit = 20 * seconds;  // reading the authorities takes time
+constexpr gint64 start_limit = 10 * seconds;            // until the camera's first frame
+constexpr guint64 congestion = guint64{64} << 20U;      // in bytes that are waiting to be written
+constexpr gint64 encrypted_start_limit = 20 * seconds;  // to load the certificate authorities
 constexpr gint64 silence_limit = 10 * seconds;          // of a camera that was sending
 
 gint64 now() {
@@ -73,7 +73,7 @@ bool Camera_Connection::handle(GstMessage *message) {
   if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING) {
     last_warning_ = std::make_exception_ptr(Bus_Error(message));
   } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
-    handle_events();  // what came before the error
+    handle_events();  // events before the error
     if (session_) end_session(std::make_exception_ptr(Bus_Error(message)));
   }
   return true;
@@ -106,7 +106,7 @@ void Camera_Connection::handle(const Camera_Event &event) {
   }
 }
 
-// Shows each stream once, however often the camera is connected to.
+// Prints each stream once, even if the program connects to the camera several times.
 void Camera_Connection::offer(const Camera_Event &event) {
   const Stream_Plan &plan = plans_[event.number] = event.plan;
   if (plan.is_recorded()) recording_.add_stream(event.number, plan.name(), plan.is_video());
@@ -135,7 +135,7 @@ void Camera_Connection::end_stream(guint number) {
   end_session(last_warning_ ? last_warning_ : read_error("the camera went away"));
 }
 
-// Tries the next transport, or again later; throws the failure if neither may help.
+// Tries the next transport, or schedules a retry. Throws the failure if neither can help.
 void Camera_Connection::end_session(const std::exception_ptr &failure) {
   const bool next_transport = can_try_next_transport(failure);
   const std::exception_ptr reason = next_transport ? failure : explain(failure);
@@ -158,12 +158,12 @@ void Camera_Connection::end_session(const std::exception_ptr &failure) {
                 *absence_);
 }
 
-// A camera that refuses a transport, or sends nothing over it, may offer another.
+// A camera that rejects a transport, or sends nothing over it, may support another one.
 bool Camera_Connection::can_try_next_transport(const std::exception_ptr &failure) const {
   return transports_.size() > 1 && !has_received_ && wants_any_stream() && !is_permanent(failure);
 }
 
-// The source reports that it has no streams if none that the camera offers is wanted.
+// The source reports that there are no streams if none of the offered streams is selected.
 std::exception_ptr Camera_Connection::explain(const std::exception_ptr &failure) const {
   if (plans_.empty() || wants_any_stream())
     return has_received_ ? failure : with_connection_failure(failure, options_);

@@ -1,4 +1,4 @@
-// Keeps a recording supplied with a camera's streams.
+// Feeds a recording with a camera's streams.
 
 #ifndef TAVREN_PROGRAMS_CAMERA_CONNECTION_H
 #define TAVREN_PROGRAMS_CAMERA_CONNECTION_H
@@ -21,37 +21,37 @@
 
 namespace kel::tavren::programs {
 
-// Connects to a camera, with another transport if it refuses the first, and again after a while if
-// it cannot be reached or has gone. For the main context only.
+// Connects to a camera. Uses another transport if the camera rejects the first one, and reconnects
+// after a delay if the camera is unreachable or disconnects. For use in the main context only.
 //
-// Whatever ends the connection for good is thrown by the function that notices it.
+// The function that detects a permanent failure throws it.
 class Camera_Connection {
 public:
-  // What the owner does besides recording.
+  // Callbacks of the owner.
   struct Hooks {
-    // Before a session that has failed is ended.
+    // Called before a failed session is ended.
     std::function<void()> session_fails;
-    // For each frame, with the number of its stream.
+    // Called for each frame, with the number of its stream.
     std::function<void(guint, const Stream_Plan &, GstSample *)> frame_arrives;
   };
 
-  // Retry is how long an absent camera is tried again, in us.
+  // `retry` is the time in us during which the program retries an unavailable camera.
   Camera_Connection(GstElement *pipeline, const Camera_Options &options, gint64 retry,
                     Recording &recording, Progress_Display &display, Hooks hooks);
 
   void connect();
-  // Ends the session; nothing is recorded any more.
+  // Ends the session and stops recording.
   void close() noexcept { session_.reset(); }
 
-  // Handles a message about the connection; returns whether it is about it.
+  // Handles a message about the connection. Returns whether the message is about it.
   bool handle(GstMessage *message);
-  // Does what time brings; called several times a second.
+  // Handles timeouts. Call this several times a second.
   void tick();
 
-  // Shows the gap that lasts until now, if the camera is away.
+  // If the camera is away, prints the gap up to now.
   void show_open_gap();
 
-  // Whether the camera has not sent anything yet in this session.
+  // Returns whether the camera has not sent anything yet in this session.
   bool is_waiting() const noexcept { return !has_received_; }
 
 private:
@@ -72,11 +72,11 @@ private:
   Recording &recording_;
   Progress_Display &display_;
   Hooks hooks_;
-  std::vector<Transport> transports_;  // the first one is in use, the others are still to try
+  std::vector<Transport> transports_;  // the first one is in use, the others have not been tried
   Retry_Schedule retries_;
   std::unique_ptr<Camera_Session> session_;
   std::map<guint, Stream_Plan> plans_;
-  std::map<guint, std::string> shown_;  // the lines about streams that have been shown
+  std::map<guint, std::string> shown_;  // printed descriptions of streams
   bool has_received_ = false;           // in this session
   bool has_ever_received_ = false;
   gint64 held_back_at_ = 0;  // when the session was last held back, on the monotonic clock in us

@@ -16,9 +16,9 @@ namespace {
 
 constexpr guint tick_interval = 250;  // ms
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 graph_delay = 1 * seconds;  // until a recording is under way
+constexpr gint64 graph_delay = 1 * seconds;  // after the start of a recording
 constexpr gint64 queue_interval = 2 * seconds;
-constexpr gint64 patience = 2 * seconds;  // with a user who stops the program twice
+constexpr gint64 patience = 2 * seconds;  // before a second request to stop takes effect
 
 gint64 now() {
   return g_get_monotonic_time();
@@ -117,7 +117,7 @@ void Camera_Recorder::handle(GstMessage *message) {
 }
 //! [handle messages]
 
-// The recording goes on without the viewer.
+// The recording continues without the viewer.
 void Camera_Recorder::handle_viewer_error(const std::string &text) {
   display_.line("the viewer has failed, recording without it: " + text);
   viewer_.reset();
@@ -149,7 +149,8 @@ void Camera_Recorder::end_as_asked() {
       throw Bus_Error(GST_RESOURCE_ERROR_READ, "stopped before the camera had sent anything");
     return;
   }
-  // Stopped again: a file is worth a moment, which is nearly always enough.
+  // The user stopped the program again. Finishing a file is worth a short wait, which nearly always
+  // suffices.
   if (now() - finishing_since_ < patience) return;
   g_main_loop_quit(loop_.get());
   throw Bus_Error(GST_RESOURCE_ERROR_CLOSE, "stopped before the file was finished");
@@ -187,13 +188,13 @@ void Camera_Recorder::take_graph() {
   if (!options_.graph.empty()) graph_ = describe_graph(GST_BIN(pipeline_.get()));
 }
 
-// The last failure is the one to look at: after it, a session's elements are gone.
+// Keep the graph of the last failure: afterwards, the elements of the session are destroyed.
 void Camera_Recorder::take_graph_of_failure() {
   take_graph();
   graph_is_of_failure_ = true;
 }
 
-// The camera is back: the pipeline is to be drawn as it is now.
+// The camera is back: draw the pipeline in its current state.
 void Camera_Recorder::note_frame() {
   if (!graph_is_of_failure_) return;
   graph_is_of_failure_ = false;

@@ -21,17 +21,17 @@ namespace kel::tavren::programs {
 struct Recorder_Options {
   Camera_Options camera;
   Recording_Options recording;
-  gint64 retry = 0;      // how long an absent camera is tried again, in us
+  gint64 retry = 0;      // time during which an unavailable camera is retried, in us
   bool view = false;     // show the pictures
-  bool verbose = false;  // show how full the queues are, and what elements warn about
-  bool quiet = false;    // show nothing but failures
-  std::string graph;     // the file to draw the pipeline to; empty: none
+  bool verbose = false;  // print the fill levels of the queues, and warnings of elements
+  bool quiet = false;    // print failures only
+  std::string graph;     // file for the drawing of the pipeline; empty: none
 };
 
 // One recording, on the default main context.
 class Camera_Recorder {
 public:
-  // Throws what the library throws if the container is not known or an element is missing, and
+  // Propagates the library's exception if the container is unknown or an element is missing. Throws
   // Bus_Error if the file cannot be written.
   explicit Camera_Recorder(const Recorder_Options &options);
   ~Camera_Recorder();
@@ -39,15 +39,15 @@ public:
   Camera_Recorder(const Camera_Recorder &) = delete;
   Camera_Recorder &operator=(const Camera_Recorder &) = delete;
 
-  // Records until the duration is over, stop() is called or something fails. In every case a file
-  // that was begun is finished first. Throws what ended the recording early.
+  // Records until the duration is over, stop() is called or an error occurs. In all cases, finishes
+  // the open file first. Throws the error that ended the recording early.
   void record();
 
-  // Ends the recording; if called again while a file is not finished after a moment, at once. From
-  // the main context only.
+  // Ends the recording. A later call ends it at once if a file is still unfinished some time after
+  // the first call. Call this only from the main context.
   void stop() noexcept;
 
-  // The recording's file if it has only one, which is finished; otherwise empty.
+  // Returns the recording's file if it is finished and the only one; otherwise an empty string.
   std::string only_file() const {
     const File_Set &files = recording_.files();
     return files.finished() == 1 ? files.last_finished() : std::string();
@@ -85,11 +85,11 @@ private:
   guint viewed_stream_ = 0;
   bool is_finishing_ = false;
   bool ends_at_duration_ = false;
-  gint64 finishing_since_ = 0;  // on the monotonic clock in us
-  gint64 graph_due_ = 0;        // likewise; 0: the recording has not begun
-  gint64 queues_shown_ = 0;     // likewise
+  gint64 finishing_since_ = 0;  // on the monotonic clock, in us
+  gint64 graph_due_ = 0;        // same unit; 0: the recording has not begun
+  gint64 queues_shown_ = 0;     // same unit
   std::exception_ptr failure_;
-  std::string graph_;  // empty until it is taken
+  std::string graph_;  // empty until the graph is taken
   bool graph_is_of_failure_ = false;
 };
 

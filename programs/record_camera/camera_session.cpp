@@ -16,7 +16,7 @@ namespace {
 constexpr gint64 take_over_delay = G_TIME_SPAN_SECOND / 2;
 constexpr int branches_kept = 3;
 
-// rtpmp4adepay sends its first packet as it is, with the lengths of the frames in front of them.
+// rtpmp4adepay sends its first packet unchanged, with the lengths of the frames in front of them.
 GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexcept {
   const boost::intrusive_ptr<GstCaps> caps(gst_pad_get_current_caps(pad), false);
   gboolean framed = TRUE;
@@ -44,7 +44,7 @@ Camera_Session::~Camera_Session() {
     closing_ = true;
   }
   released_.notify_all();
-  // Once the bin has stopped, nothing calls back any more.
+  // After the bin has stopped, no callback is called any more.
   bin_.stop();
 }
 //! [disconnect]
@@ -62,7 +62,7 @@ void Camera_Session::hold_back(bool held) noexcept {
   released_.notify_all();
 }
 
-// Any thread.
+// Called from any thread.
 void Camera_Session::add_event(Camera_Event event) {
   bool is_first = false;
   {
@@ -77,7 +77,7 @@ void Camera_Session::add_event(Camera_Event event) {
 }
 
 //! [guard callbacks]
-// Runs a step of a callback: no exception may cross the framework, which is written in C.
+// Runs a step of a callback. No exception may cross the C code of the framework.
 template <typename Step>
 void Camera_Session::guarded(Step step) noexcept {
   try {
@@ -123,7 +123,8 @@ void Camera_Session::on_end(GstAppSink *, gpointer data) noexcept {
   });
 }
 
-// Adds an event of a branch unless another has replaced it. Waits while the session is held back.
+// Adds an event of a branch unless another branch has replaced it. Waits while the session is held
+// back.
 void Camera_Session::deliver(Branch &branch, Camera_Event event) {
   bool has_returned = false;
   {
@@ -137,7 +138,7 @@ void Camera_Session::deliver(Branch &branch, Camera_Event event) {
   add_event(std::move(event));
 }
 
-// A camera may return to an SSRC that another has replaced: for a known one there is no new pad.
+// A camera may return to an earlier SSRC. There is no new pad for a known SSRC.
 bool Camera_Session::takes_over(Branch &branch) {
   if (g_get_monotonic_time() - delivered_at_[branch.number] < take_over_delay) return false;
   for (Branch &other : branches_)
@@ -154,7 +155,7 @@ void Camera_Session::add_restart(guint number) {
 }
 
 //! [select streams]
-// Accepts one of the streams that the camera offers, or passes it over. The camera's thread.
+// Selects or skips one of the streams that the camera offers. Runs in the camera's thread.
 bool Camera_Session::select_stream(guint number, GstCaps *offered) {
   Camera_Event event;
   event.kind = Camera_Event::Kind::offered;
@@ -171,8 +172,8 @@ bool Camera_Session::select_stream(guint number, GstCaps *offered) {
 //! [select streams]
 
 //! [add a stream]
-// Builds the branch of a stream that begins. If the stream has one already, its SSRC has changed:
-// the new branch replaces it. The camera's thread.
+// Builds the branch of a new stream. If the stream has a branch already, its SSRC has changed and
+// the new branch replaces the old one. Runs in the camera's thread.
 void Camera_Session::add_branch(GstPad *pad) {
   const guint number = stream_number(pad);
   Branch *branch = nullptr;
@@ -181,7 +182,7 @@ void Camera_Session::add_branch(GstPad *pad) {
   {
     const std::lock_guard lock(mutex_);
     plan = plans_.at(number);
-    // GStreamer 1.18 adds pads for the streams that were passed over, too.
+    // GStreamer 1.18 also adds pads for streams that were not selected.
     if (!plan.is_recorded()) return;
     for (Branch &other : branches_) {
       if (other.number != number) continue;
@@ -197,15 +198,15 @@ void Camera_Session::add_branch(GstPad *pad) {
     if (!clock) clock = std::make_shared<Shared_Stream_Clock>();
     branch->clock = clock;
   }
-  released_.notify_all();  // a branch that is not current any more
+  released_.notify_all();  // wakes a branch that is no longer current
   if (!is_new) add_restart(number);
   build_branch(*branch, plan);
 }
 //! [add a stream]
 
 //! [build a branch]
-// Leads a stream from the camera's pad to its appsink. The elements are started from the last to
-// the first, and the camera's pad is linked last: no buffer meets half a branch.
+// Links a stream from the camera's pad to its appsink. Starts the elements from the last to the
+// first and links the camera's pad last, so no buffer reaches an incomplete branch.
 void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
   GstElement *last = add_frame_sink(branch);
   branch.elements = {last};
@@ -217,7 +218,7 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
   };
   if (!plan.timestamper.empty()) {
     prepend(plan.timestamper);
-    // The timestamper does not hand the sink's choice of a format on to the parser.
+    // The timestamper does not forward the sink's format restriction to the parser.
     prepend("capsfilter");
     g_object_set(last, "caps", container_.formats.get(), nullptr);
   }
@@ -228,8 +229,9 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
                                                  nullptr, nullptr);
   }
   if (plan.has_access_units) {
-    // The camera marks the end of an access unit. A parser that has to find it without the mark
-    // takes parameter sets between two slices, as some cameras send them, for the next beginning.
+    // The camera marks the end of each access unit. A parser that has to find the end without the
+    // marker treats parameter sets between two slices, which some cameras send, as the start of the
+    // next access unit.
     prepend("capsfilter");
     gst_util_set_object_arg(G_OBJECT(last), "caps",
                             container_.has_times
@@ -246,14 +248,14 @@ void Camera_Session::build_branch(Branch &branch, const Stream_Plan &plan) {
 }
 //! [build a branch]
 
-// The AVI muxer has no place for parameter sets but the stream.
+// The AVI muxer cannot store parameter sets outside the stream.
 void Camera_Session::configure_parser(GstElement *parser) const {
   if (!container_.has_times &&
       g_object_class_find_property(G_OBJECT_GET_CLASS(parser), "config-interval") != nullptr)
     g_object_set(parser, "config-interval", -1, nullptr);
 }
 
-// The caps that the sink takes make the parser choose the format that the container needs.
+// The sink's caps make the parser choose the format that the container requires.
 GstElement *Camera_Session::add_frame_sink(Branch &branch) {
   GstElement *const sink = bin_.add("appsink");
   g_object_set(sink, "caps", container_.formats.get(), "sync", FALSE, "async", FALSE,
@@ -265,7 +267,7 @@ GstElement *Camera_Session::add_frame_sink(Branch &branch) {
   return sink;
 }
 
-// The last ones stay: the camera may return to them.
+// Keep the newest branches: the camera may return to them.
 void Camera_Session::remove_old_branches(guint number) {
   std::list<Branch> old;
   {

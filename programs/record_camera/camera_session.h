@@ -22,12 +22,12 @@
 
 namespace kel::tavren::programs {
 
-// What a session reports, in the order in which it happened.
+// An event of a session. Events are reported in the order in which they occur.
 struct Camera_Event {
   enum class Kind {
     offered,    // the camera offers a stream: number and plan
     frame,      // number and sample
-    restarted,  // the stream begins anew under another SSRC: number
+    restarted,  // the stream restarts with another SSRC: number
     ended,      // the camera ended a stream: number
     failed      // failure
   };
@@ -38,16 +38,16 @@ struct Camera_Event {
   std::exception_ptr failure;
 };
 
-// A bin in the pipeline: the RTSP source, and for each stream a depayloader, a parser and an
+// A bin in the pipeline with the RTSP source and, for each stream, a depayloader, a parser and an
 // appsink.
 //
-// What its threads notice becomes an event; for each first event that waits, an application message
-// with the name below is posted, so that the main context fetches them.
+// The threads of the bin report events. If no event is queued yet, they also post an application
+// message with the name below, so that the main context fetches the events.
 class Camera_Session {
 public:
   static constexpr const char *events_message = "camera-events";
 
-  // Throws what the library throws, and Bus_Error if a certificate file cannot be read.
+  // Propagates exceptions of the library. Throws Bus_Error if a certificate file cannot be read.
   Camera_Session(GstElement *pipeline, const Camera_Options &options, Transport transport,
                  const Container &container);
   // Ends the session with the camera.
@@ -56,22 +56,22 @@ public:
   Camera_Session(const Camera_Session &) = delete;
   Camera_Session &operator=(const Camera_Session &) = delete;
 
-  // Connects. Failures that come later are events, or messages on the bus.
+  // Connects. Later failures are reported as events or as messages on the bus.
   void start() { bin_.start(); }
 
   std::deque<Camera_Event> take_events();
 
-  // Removes the elements of a stream's branches that other SSRCs have replaced long ago.
+  // Removes the elements of the stream's branches that were replaced long ago.
   void remove_old_branches(guint number);
 
-  // While the session is held back, its threads wait before they deliver a frame.
+  // While the session is held back, its threads block before they deliver a frame.
   void hold_back(bool held) noexcept;
 
-  // Whether a message is about this session.
+  // Returns whether a message is about this session.
   bool owns(GstMessage *message) const { return bin_.posted(message); }
 
 private:
-  // A stream on its way to its appsink. An SSRC that replaces another gets a new branch.
+  // The elements from a stream's source pad to its appsink. A new SSRC gets a new branch.
   struct Branch {
     Camera_Session *session = nullptr;
     guint number = 0;
@@ -79,7 +79,7 @@ private:
     bool is_built = false;
     std::shared_ptr<Shared_Stream_Clock> clock;
     boost::intrusive_ptr<GstPad> source;  // the camera's, linked to the depayloader
-    std::vector<GstElement *> elements;   // borrowed from the bin, those downstream first
+    std::vector<GstElement *> elements;   // owned by the bin, downstream elements first
   };
 
   static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,

@@ -23,7 +23,8 @@ std::string select_muxer(const std::string &file) {
   }
 }
 
-// Without what only a stream's key frame tells: a parser sends caps before it has seen one.
+// Removes the fields that are known only after the first key frame: a parser sends caps before it
+// has parsed one.
 Caps without_stream_fields(const Caps &caps) {
   Caps plain(gst_caps_copy(caps.get()), false);
   for (guint i = 0; i < gst_caps_get_size(plain.get()); ++i)
@@ -57,11 +58,11 @@ Caps complete_caps(const Container &container, const Caps &caps, GstClockTime in
   if (gst_structure_has_name(structure, "audio/x-opus") != FALSE &&
       gst_structure_has_field(structure, "rate") == FALSE)
     gst_structure_set(structure, "rate", G_TYPE_INT, 48000, nullptr);
-  // mp4mux reads it without a check.
+  // mp4mux reads this field without a check.
   if (gst_structure_has_name(structure, "video/x-vp9") != FALSE &&
       gst_structure_has_field(structure, "chroma-site") == FALSE)
     gst_structure_set(structure, "chroma-site", G_TYPE_STRING, "mpeg2", nullptr);
-  // avimux loses every frame of parsed MPEG-1 audio.
+  // avimux drops every frame of parsed MPEG-1 audio.
   if (!container.has_times && is_mpeg1_audio(structure))
     gst_structure_set(structure, "parsed", G_TYPE_BOOLEAN, FALSE, nullptr);
   if (needs_frame_rate(container, caps.get())) set_frame_rate(structure, interval);

@@ -1,4 +1,4 @@
-// The container that a file name chooses, and the media it holds.
+// The container selected by a file name, and the media formats that it supports.
 
 #ifndef TAVREN_PROGRAMS_CONTAINER_H
 #define TAVREN_PROGRAMS_CONTAINER_H
@@ -11,28 +11,29 @@
 namespace kel::tavren::programs {
 
 struct Container {
-  std::string extension;  // with its dot
-  std::string muxer;      // the name of its factory
-  // The media that the muxer takes.
+  std::string extension;  // with the dot
+  std::string muxer;      // name of the element factory
+  // The media that the muxer accepts.
   boost::intrusive_ptr<GstCaps> accepted;
-  // The same without what only a running stream knows: size, rates and channels.
+  // The same without the fields that only a running stream provides: size, rates and channels.
   boost::intrusive_ptr<GstCaps> formats;
-  // AVI stores frames at a fixed rate: it has no times, and no parameter sets beside the stream.
+  // AVI stores frames at a fixed rate: it has no timestamps, and no parameter sets outside the
+  // stream.
   bool has_times = true;
 
-  // How messages name it: .mp4 (mp4mux).
+  // The name used in messages: .mp4 (mp4mux).
   std::string name() const { return extension + " (" + muxer + ')'; }
 };
 
-// Chooses the container by the file name's extension. Throws what the library throws if it does not
-// know the extension, with the choices added to the text, or if the muxer is missing.
+// Selects the container by the extension of the file name. Propagates the library's exception if
+// the extension is unknown, with the supported ones added to the text, or if the muxer is missing.
 Container choose_container(const std::string &file);
 
-// Whether the caps of a running stream lack a frame rate without which the container cannot begin.
+// Returns whether the container needs a frame rate that the caps of the running stream lack.
 bool needs_frame_rate(const Container &container, const GstCaps *caps);
 
-// The caps of a running stream, completed with what the muxer has to know and the camera did not
-// announce. Interval is the usual time between two frames in ns; 0: unknown.
+// Returns the caps of a running stream, completed with the fields that the muxer requires and the
+// camera did not announce. `interval` is the usual time between two frames in ns; 0: unknown.
 boost::intrusive_ptr<GstCaps> complete_caps(const Container &container,
                                             const boost::intrusive_ptr<GstCaps> &caps,
                                             GstClockTime interval);

@@ -1,4 +1,4 @@
-// The files of a recording: those that are being written, and those that are finished.
+// The open and the finished files of a recording.
 
 #ifndef TAVREN_PROGRAMS_FILE_SET_H
 #define TAVREN_PROGRAMS_FILE_SET_H
@@ -17,23 +17,23 @@
 
 namespace kel::tavren::programs {
 
-// Usually one file is being written. When a new one begins, the old one stays open until its last
-// streams have moved on.
+// Usually one file is open. When a new file begins, the old one remains open until its last stream
+// has switched to the new one.
 class File_Set {
 public:
-  // Keep_free is the space in bytes that the oldest files make way for; 0: no limit.
+  // `keep_free` is the space in bytes to keep free by removing the oldest files; 0: no limit.
   File_Set(GstElement *pipeline, const Container &container, Recording_Files names,
            guint64 keep_free, Progress_Display &display);
 
-  // Begins a file at a running time in ns. Throws what Media_File and Reserved_File throw.
+  // Begins a file at a running time in ns. Throws the exceptions of Media_File and Reserved_File.
   Media_File &open(std::vector<Track> tracks, gint64 start);
   bool is_empty() const noexcept { return files_.empty(); }
   Media_File &newest() noexcept { return *files_.back().media; }
-  // The files but the newest that still have tracks.
+  // Returns all files except the newest that still have tracks.
   std::vector<Media_File *> old_files() const;
 
-  // Handles a message about a file; returns whether it is about one. Throws Bus_Error for an error,
-  // and gives all files up: a file that cannot be written cannot be finished either.
+  // Handles a message about a file. Returns whether the message is about one. For an error, gives
+  // up all files and throws Bus_Error: a file that cannot be written cannot be finished either.
   bool handle(GstMessage *message);
   // Closes the files that are finished. Throws Bus_Error if one cannot be finished in time.
   void tick();
@@ -43,16 +43,16 @@ public:
   std::size_t finished() const noexcept { return finished_; }
   const std::string &last_finished() const noexcept { return last_finished_; }
   guint64 bytes() const;
-  // The bytes that wait to be written.
+  // Returns the number of bytes that are waiting to be written.
   guint64 waiting_bytes() const;
-  // How full the queues of the newest file are.
+  // Reports the fill levels of the queues of the newest file.
   std::vector<std::string> queue_reports() const;
 
 private:
   struct Open_File {
     std::unique_ptr<Reserved_File> reservation;
     std::unique_ptr<Media_File> media;
-    gint64 ended_at = 0;  // on the monotonic clock in us; 0: it goes on
+    gint64 ended_at = 0;  // on the monotonic clock in us; 0: not ended
   };
 
   void close_finished();

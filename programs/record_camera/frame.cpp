@@ -30,7 +30,7 @@ std::optional<Frame> Frame_Times::make_frame(GstSample *sample) {
   frame.duration = frame_duration(sample);
 
   auto pts = running_time(segment, GST_BUFFER_PTS(buffer));
-  // A depayloader that finds several frames in a packet gives only the first one a time.
+  // A depayloader that finds several frames in a packet timestamps only the first one.
   if (!pts && last_pts_)
     pts = *last_pts_ + static_cast<gint64>(last_duration_ != 0 ? last_duration_ : interval_);
   if (!pts) return std::nullopt;

@@ -21,14 +21,15 @@ struct Frame {
   GstCaps *caps() const { return gst_sample_get_caps(sample.get()); }
 };
 
-// Gives the frames of one stream the times that muxers need: each frame has a presentation and a
+// Completes the times of one stream's frames as muxers require: each frame has a presentation and a
 // decoding time, and decoding times increase.
 class Frame_Times {
 public:
-  // Makes a frame of a sample (transfer none), or nothing if the first frames have no time at all.
+  // Makes a frame from a sample (transfer none). Returns nothing if the first frames have no
+  // timestamp at all.
   std::optional<Frame> make_frame(GstSample *sample);
 
-  // The usual time between two frames in ns; 0 until it is known.
+  // Returns the usual time between two frames in ns; 0 until it is known.
   GstClockTime interval() const noexcept { return interval_; }
 
 private:

@@ -10,8 +10,8 @@ using capture::Media_Helper;
 
 namespace {
 
-// The template's caps let an element with several kinds of pads choose the right one before any
-// media flows.
+// With the caps in the template, an element with several kinds of pads can choose the right one
+// before any data flows.
 GstPad *make_source_pad(GstCaps *caps) {
   const std::unique_ptr<GstPadTemplate, decltype(&gst_object_unref)> pad_template(
       GST_PAD_TEMPLATE(

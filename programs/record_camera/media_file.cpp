@@ -11,7 +11,7 @@ using capture::Media_Helper;
 
 namespace {
 
-// Added to all times: a decoding time may lie before running time 0.
+// Added to all times: a decoding time may be earlier than running time 0.
 constexpr gint64 epoch = gint64{3600} * GST_SECOND;
 
 GstClockTime stamp(gint64 running_time) {
@@ -22,8 +22,8 @@ bool has_property(GstElement *element, const char *name) {
   return g_object_class_find_property(G_OBJECT_GET_CLASS(element), name) != nullptr;
 }
 
-// Makes an MP4 or QuickTime file playable while it is written: it consists of fragments of a second
-// until it is finished.
+// Makes an MP4 or QuickTime file playable while it is written. Until it is finished, it consists of
+// fragments of one second.
 void write_fragments(GstElement *muxer) {
   if (!has_property(muxer, "fragment-duration")) return;
   g_object_set(muxer, "fragment-duration", 1000U, nullptr);
@@ -38,8 +38,8 @@ bool fields_are_equal(const GstStructure *one, const GstStructure *other, const 
   return gst_value_compare(first, second) == GST_VALUE_EQUAL;
 }
 
-// Whether a muxer that was given the first caps can go on with the second. The frame rate and the
-// like may change, and a stream need not know all that a track was given.
+// Returns whether a muxer that was given the first caps can continue with the second. The frame
+// rate and similar fields may change, and a stream may lack fields of the track's caps.
 bool can_go_on(const GstCaps *begun, const GstCaps *now) {
   const GstStructure *const one = gst_caps_get_structure(begun, 0);
   const GstStructure *const other = gst_caps_get_structure(now, 0);
@@ -154,7 +154,7 @@ std::vector<std::string> Media_File::queue_reports() const {
 }
 
 //! [finish the file]
-// The bin forwards the messages of its elements; the end of the stream reaches the file sink last.
+// The bin forwards the messages of its elements. EOS reaches the file sink last.
 void Media_File::handle(GstMessage *message) {
   const boost::intrusive_ptr<GstMessage> forwarded = forwarded_message(message);
   if (forwarded && GST_MESSAGE_TYPE(forwarded.get()) == GST_MESSAGE_EOS) finished_ = true;

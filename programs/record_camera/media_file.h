@@ -1,4 +1,4 @@
-// One file that is being written.
+// A file that is being written.
 
 #ifndef TAVREN_PROGRAMS_MEDIA_FILE_H
 #define TAVREN_PROGRAMS_MEDIA_FILE_H
@@ -16,9 +16,9 @@
 
 namespace kel::tavren::programs {
 
-// A stream as a file holds it.
+// A stream in a file.
 struct Track {
-  guint stream = 0;  // its number among the camera's streams
+  guint stream = 0;  // number of the stream among the camera's streams
   std::string name;
   boost::intrusive_ptr<GstCaps> caps;
   bool has_ended = false;
@@ -31,13 +31,13 @@ struct Track {
   }
 };
 
-// A bin in the pipeline: a queue for each track, a muxer and a file sink. For one thread, which
-// also handles the pipeline's messages. A file that is destroyed before it is finished stays as it
-// is.
+// A bin in the pipeline: a queue for each track, a muxer and a file sink. For use in one thread,
+// which also handles the pipeline's messages. If the object is destroyed before the file is
+// finished, the file remains unfinished.
 class Media_File {
 public:
-  // Adds the bin and starts it. Start is the running time in ns at which the file begins. Throws
-  // what the library throws, or the Bus_Error of the element that could not start.
+  // Adds the bin and starts it. `start` is the running time in ns at which the file begins.
+  // Propagates the library's exceptions. Throws Bus_Error if an element cannot start.
   Media_File(GstElement *pipeline, const Container &container, std::string path,
              std::vector<Track> tracks, gint64 start);
   const std::string &path() const noexcept { return path_; }
@@ -45,24 +45,24 @@ public:
   const std::vector<Track> &tracks() const noexcept { return tracks_; }
   GstClockTime duration() const noexcept;
   guint64 bytes() const;
-  // The bytes that wait to be written.
+  // Returns the number of bytes that are waiting to be written.
   guint64 waiting_bytes() const;
-  // Reports, for each queue, how full it is.
+  // Reports the fill level of each queue.
   std::vector<std::string> queue_reports() const;
 
   bool has_track(guint stream) const noexcept { return index_of(stream) < tracks_.size(); }
-  // Whether the file has a track for the stream that goes on, with caps that let it go on.
+  // Returns whether the file has an open track for the stream with compatible caps.
   bool takes(guint stream, const GstCaps *caps) const;
   void write(guint stream, const Frame &frame);
   void end_track(guint stream) noexcept;
-  // Ends all tracks. The file is finished when is_finished() says so.
+  // Ends all tracks. The file is finished when is_finished() returns true.
   void end() noexcept;
 
   bool has_ended() const noexcept;
   bool is_finished() const noexcept { return finished_; }
-  // Whether a message is about this file.
+  // Returns whether a message is about this file.
   bool owns(GstMessage *message) const { return bin_.posted(message); }
-  // Notices that the file is finished.
+  // Detects the end of the file.
   void handle(GstMessage *message);
 
 private:
@@ -73,7 +73,7 @@ private:
   gint64 start_;
   std::vector<Track> tracks_;
   Pipeline_Bin bin_;
-  std::vector<GstElement *> queues_;  // borrowed from the bin
+  std::vector<GstElement *> queues_;  // owned by the bin
   std::vector<std::unique_ptr<Media_Feed>> feeds_;
   bool finished_ = false;
 };

@@ -25,7 +25,7 @@ GstElement *Pipeline_Bin::add(const std::string &factory, const std::string &nam
 }
 
 //! [start the elements]
-// An element that cannot start has already reported the reason on the bus.
+// An element that fails to start has already posted the reason on the bus.
 void Pipeline_Bin::start() const {
   try {
     Media_Helper::gst_element_sync_state_with_parent_or_throw(bin_.get());
@@ -36,7 +36,7 @@ void Pipeline_Bin::start() const {
 }
 //! [start the elements]
 
-// Takes the first error of this bin from the bus; the other messages stay there.
+// Takes the first error of this bin from the bus. The other messages remain there.
 Message Pipeline_Bin::take_error() const {
   const boost::intrusive_ptr<GstBus> bus(Media_Helper::gst_element_get_bus_or_throw(pipeline_),
                                          false);

@@ -1,4 +1,4 @@
-// A part of a pipeline that is stopped and removed with its owner.
+// A part of a pipeline that its owner stops and removes.
 
 #ifndef TAVREN_PROGRAMS_PIPELINE_BIN_H
 #define TAVREN_PROGRAMS_PIPELINE_BIN_H
@@ -23,17 +23,17 @@ public:
 
   GstElement *element() const noexcept { return bin_.get(); }
 
-  // Makes an element in the bin (transfer none).
+  // Creates an element in the bin (transfer none).
   GstElement *add(const std::string &factory, const std::string &name = "") const;
 
-  // Brings the bin to the pipeline's state. Throws the Bus_Error of the element that could not
-  // start, if it reported one, otherwise what the library throws.
+  // Sets the bin to the pipeline's state. If that fails, throws Bus_Error with the error that an
+  // element posted, otherwise propagates the library's exception.
   void start() const;
 
-  // Stops the bin; nothing calls back afterwards.
+  // Stops the bin. No callback is called afterwards.
   void stop() const noexcept { gst_element_set_state(bin_.get(), GST_STATE_NULL); }
 
-  // Whether an element of the bin, or the bin, posted a message.
+  // Returns whether the bin or one of its elements posted a message.
   bool posted(GstMessage *message) const;
 
 private:
@@ -43,7 +43,8 @@ private:
   boost::intrusive_ptr<GstElement> bin_;
 };
 
-// The message of an element that a bin with "message-forward" has posted; null for another message.
+// Returns the message that a bin with "message-forward" has forwarded, or null if the message is
+// not a forwarded one.
 boost::intrusive_ptr<GstMessage> forwarded_message(GstMessage *message);
 
 }  // namespace kel::tavren::programs

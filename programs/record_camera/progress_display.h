@@ -1,4 +1,4 @@
-// What a recorder shows while it works.
+// Prints the progress of a recorder.
 
 #ifndef TAVREN_PROGRAMS_PROGRESS_DISPLAY_H
 #define TAVREN_PROGRAMS_PROGRESS_DISPLAY_H
@@ -9,15 +9,15 @@
 
 namespace kel::tavren::programs {
 
-// Writes lines to stdout. On a terminal the progress is one line that is rewritten; elsewhere it is
-// a line every ten seconds.
+// Writes lines to stdout. On a terminal, the progress is one line that is rewritten. Otherwise, it
+// is a new line every ten seconds.
 class Progress_Display {
 public:
   explicit Progress_Display(bool quiet);
 
-  // Shows a line that stays.
+  // Prints a permanent line.
   void line(const std::string &text);
-  // Shows how far the work has got; called as often as there is news.
+  // Prints the progress. Call this for every update.
   void progress(const std::string &text);
 
 private:

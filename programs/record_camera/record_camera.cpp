@@ -1,4 +1,4 @@
-// Records a camera into a file or several: a real one, or without --uri the simulated one.
+// Records a real camera, or the simulated one without --uri, into one or more files.
 
 #include <cmath>
 #include <iostream>
@@ -37,7 +37,7 @@ void record(const Recorder_Options &options) {
   if (options.quiet || file.empty()) return;
   try {
     print_streams(file);
-  } catch (const std::exception &error) {  // a missing decoder, for example: the file is complete
+  } catch (const std::exception &error) {  // a missing decoder, for example
     std::cout << "its streams cannot be listed: " << error.what() << std::endl;
   }
 }
@@ -52,7 +52,7 @@ GstClockTime in_ns(double seconds) {
   return static_cast<GstClockTime>(std::ceil(seconds * GST_SECOND));
 }
 
-// The options of the program but those that describe a camera.
+// The options of the program, except those of the camera.
 struct Arguments {
   Text_Option output;
   Text_Option graph;
@@ -71,12 +71,12 @@ struct Arguments {
   std::vector<GOptionEntry> entries() {
     return {
         {"output", 0, 0, G_OPTION_ARG_FILENAME, output.target(),
-         "file: .mkv, .mp4, .avi or .mov (default recording.mkv)", "FILE"},
-        {"overwrite", 0, 0, G_OPTION_ARG_NONE, &overwrite, "replace a file that exists", nullptr},
+         "output file: .mkv, .mp4, .avi or .mov (default recording.mkv)", "FILE"},
+        {"overwrite", 0, 0, G_OPTION_ARG_NONE, &overwrite, "overwrite an existing file", nullptr},
         {"duration", 0, 0, G_OPTION_ARG_DOUBLE, &duration,
-         "how long to record; 0: until a signal (default 10)", "SECONDS"},
+         "how long to record; 0: until a signal arrives (default 10)", "SECONDS"},
         {"retry", 0, 0, G_OPTION_ARG_DOUBLE, &retry,
-         "how long to try again if the camera cannot be reached or has gone (default 0)",
+         "how long to keep trying if the camera is unreachable or disconnects (default 0)",
          "SECONDS"},
         {"segment", 0, 0, G_OPTION_ARG_DOUBLE, &segment,
          "begin a new file at the first key frame after this time, named by its UTC time",
@@ -84,20 +84,20 @@ struct Arguments {
         {"keep-free", 0, 0, G_OPTION_ARG_INT64, &keep_free,
          "remove the oldest files of this recording to keep this much space free", "BYTES"},
         {"view", 0, 0, G_OPTION_ARG_NONE, &view, "show the pictures in a window", nullptr},
-        {"quiet", 0, 0, G_OPTION_ARG_NONE, &quiet, "show nothing but a failure", nullptr},
+        {"quiet", 0, 0, G_OPTION_ARG_NONE, &quiet, "print errors only", nullptr},
         {"verbose", 0, 0, G_OPTION_ARG_NONE, &verbose, "show how full the queues are, and warnings",
          nullptr},
         {"graph", 0, 0, G_OPTION_ARG_FILENAME, graph.target(),
          "draw the pipeline while it runs, or when it fails", "FILE.svg"},
         {"video", 0, 0, G_OPTION_ARG_STRING, video.target(),
-         "of the simulated camera: h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
+         "video of the simulated camera: h264 (default), jpeg, mpeg4, vp8 or none", "KIND"},
         {"audio", 0, 0, G_OPTION_ARG_STRING, audio.target(),
-         "of the simulated camera: aac (default), mulaw, opus or none", "KIND"},
+         "audio of the simulated camera: aac (default), mulaw, opus or none", "KIND"},
         {"metadata", 0, 0, G_OPTION_ARG_NONE, &metadata,
-         "the simulated camera sends ONVIF metadata too", nullptr}};
+         "make the simulated camera send ONVIF metadata too", nullptr}};
   }
 
-  // All but the camera.
+  // All options except those of the camera.
   Recorder_Options options() const {
     if (keep_free < 0) throw std::invalid_argument("--keep-free must not be negative");
     Recorder_Options options;

@@ -16,13 +16,13 @@ using Caps = boost::intrusive_ptr<GstCaps>;
 namespace {
 
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-constexpr gint64 late_limit = 8 * seconds;         // for streams that do not begin with the others
+constexpr gint64 late_limit = 8 * seconds;         // for streams that start later than the others
 constexpr gint64 key_frame_limit = 30 * seconds;   // for the first key frame
 constexpr gint64 pause = 1 * seconds;              // of all streams
 constexpr gint64 straggler_limit = 5 * seconds;    // for streams that have not left an old file
-constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams when one is complete
-constexpr gint64 last_frame_limit = 4 * seconds;   // for a next frame when the time is over
-constexpr gint64 longest_waiting = gint64{60} * GST_SECOND;  // of frames for a file
+constexpr gint64 last_frames_limit = 1 * seconds;  // for the other streams after one is complete
+constexpr gint64 last_frame_limit = 4 * seconds;   // for another frame after the duration
+constexpr gint64 longest_waiting = gint64{60} * GST_SECOND;  // of frames that wait for a file
 constexpr std::size_t frames_for_rate = 10;
 
 gint64 now() {
@@ -77,7 +77,7 @@ void Recording::note_arrival(Stream &stream) {
   stream.is_quiet = false;
 }
 
-// What a stream is exactly is known only when it runs.
+// The exact caps of a stream are known only while it is running.
 bool Recording::accepts(const Stream &stream) const {
   const Caps caps = complete_caps(container_, stream.caps, stream.times.interval());
   return gst_caps_can_intersect(caps.get(), container_.accepted.get()) != FALSE;
@@ -90,7 +90,7 @@ void Recording::refuse(Stream &stream) {
   stream.close();
 }
 
-// The frames until the next key frame refer to pictures that have never arrived.
+// Frames before the next key frame refer to pictures that were not received.
 void Recording::restart_stream(guint number) {
   const auto found = streams_.find(number);
   if (found == streams_.end()) return;
@@ -102,7 +102,7 @@ void Recording::restart_stream(guint number) {
   if (is_leading && stream.file != nullptr) stream.leave_file();
 }
 
-// Frames that wait for a file are still recorded.
+// Frames that are waiting for a file are still recorded.
 void Recording::end_stream(guint number) {
   const auto found = streams_.find(number);
   if (found == streams_.end()) return;
@@ -112,14 +112,14 @@ void Recording::end_stream(guint number) {
   if (stream.waiting.empty()) stream.close();
 }
 
-// All that was asked for of the stream is recorded.
+// The requested duration of the stream has been recorded.
 void Recording::complete(Stream &stream) {
   stream.close();
   stream.is_complete = true;
   if (first_over_ == 0) first_over_ = now();
 }
 
-// What waits for further streams is recorded without them.
+// Frames that are waiting for other streams are recorded without them.
 void Recording::end_session() {
   Scope_Exit_Guard end_files;
   arm(end_files, [this] { forget_session(); });
@@ -142,7 +142,7 @@ void Recording::finish() {
 }
 
 //! [route the frames]
-// Moves frames to their files until none can be moved; a file that begins lets others follow.
+// Moves frames to their files until none can be moved. A new file may let other streams continue.
 void Recording::route_all() {
   for (bool moved = true; moved;) {
     moved = false;
@@ -151,7 +151,7 @@ void Recording::route_all() {
   }
 }
 
-// Moves the frames that wait in a stream. Returns whether any was moved.
+// Moves a stream's waiting frames. Returns whether any frame was moved.
 bool Recording::route(Stream &stream) {
   bool moved = false;
   while (!stream.waiting.empty()) {
@@ -161,7 +161,7 @@ bool Recording::route(Stream &stream) {
       stream.leave_file();
     if (stream.file == nullptr) {
       if (!open_file()) return moved;
-      continue;  // the frames before the file's beginning are gone
+      continue;  // the frames before the beginning of the file have been dropped
     }
     const Frame &frame = stream.waiting.front();
     move_to_newest_file(stream, frame);
@@ -192,14 +192,14 @@ bool Recording::others_wait_for_file(const Stream &stream) const {
   });
 }
 
-// Whether a stream that still sends has not left a file: it waits for its own key frame.
+// Returns whether an active stream still uses a file because it is waiting for its next key frame.
 bool Recording::is_in_use(const Media_File &file) const {
   return std::any_of(streams_.begin(), streams_.end(), [&file](const auto &entry) {
     return entry.second.file == &file && now() - entry.second.last_arrival < straggler_limit;
   });
 }
 
-// Streams that have stopped would keep an old file open.
+// A stream that has stopped would keep an old file open.
 void Recording::leave_old_files() {
   for (Media_File *const old : files_.old_files()) {
     Media_File &newest = files_.newest();
@@ -213,7 +213,7 @@ void Recording::leave_old_files() {
   }
 }
 
-// A stream changes to the newest file with its first frame that belongs there.
+// A stream switches to the newest file with its first frame that belongs there.
 void Recording::move_to_newest_file(Stream &stream, const Frame &frame) {
   Media_File *const newest = &files_.newest();
   if (stream.file == newest || !frame.is_key || !stream.belongs_to(frame, newest->start())) return;
@@ -244,8 +244,8 @@ Recording::Stream *Recording::leading_stream() {
   return first;
 }
 
-// At the beginning of a session, all its streams are waited for. A container that needs the frame
-// rate waits until it can be measured if the camera does not announce it.
+// At the beginning of a session, waits for all its streams. If the container needs a frame rate
+// that the camera does not announce, waits until the rate can be measured.
 bool Recording::may_open(const Stream &leading) const {
   const bool is_late = is_session_ending_ || now() - first_arrival_ > late_limit;
   const bool all_arrive = std::all_of(streams_.begin(), streams_.end(), [](const auto &entry) {
@@ -257,8 +257,7 @@ bool Recording::may_open(const Stream &leading) const {
 }
 
 //! [open a file]
-// Opens a file at the next key frame of the leading stream, if there is one. Returns whether it
-// did.
+// Opens a file at the next key frame of the leading stream. Returns false if there is no key frame.
 bool Recording::open_file() {
   Stream *const leading = leading_stream();
   if (leading == nullptr || leading->file != nullptr) return false;
@@ -301,8 +300,8 @@ void Recording::tick() {
   end_stopped_streams();
 }
 
-// A muxer waits for all its tracks. The track of a stream that has stopped is ended, so that the
-// others reach the disk; if the stream returns, a new file begins.
+// A muxer waits for all its tracks. End the track of a stream that has stopped, so that the others
+// are written. If the stream returns, a new file begins.
 void Recording::end_stopped_streams() {
   for (auto &[number, stream] : streams_) {
     if (stream.is_quiet || stream.is_over || stream.last_arrival == 0 ||
@@ -327,7 +326,7 @@ bool Recording::handle(GstMessage *message) {
 bool Recording::is_complete() const {
   if (options_.duration == 0 || !has_begun()) return false;
   if (first_over_ != 0 && (all_ended() || now() - first_over_ > last_frames_limit)) return true;
-  // Nothing need arrive at the end: a camera may send few frames, or be away.
+  // No frame need arrive at the end: the camera may have a low frame rate, or be away.
   const gint64 begin = tally_.begin_arrival();
   return now() - std::max(last_arrival_, begin) > last_frame_limit &&
          in_ns(now() - begin) > static_cast<gint64>(options_.duration);

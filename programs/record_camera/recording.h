@@ -1,4 +1,4 @@
-// What goes into which file.
+// Distributes the frames of a camera to files.
 
 #ifndef TAVREN_PROGRAMS_RECORDING_H
 #define TAVREN_PROGRAMS_RECORDING_H
@@ -18,54 +18,57 @@
 namespace kel::tavren::programs {
 
 struct Recording_Options {
-  std::string output;         // its extension chooses the container
-  GstClockTime duration = 0;  // in ns from the first frame on; 0: until stopped
-  GstClockTime segment = 0;   // of a file, in ns; 0: one file as long as the camera goes on
+  std::string output;         // the extension selects the container
+  GstClockTime duration = 0;  // in ns from the first frame; 0: until stopped
+  GstClockTime segment = 0;   // duration of a file in ns; 0: do not start new files
   guint64 keep_free = 0;      // bytes; 0: no limit
   bool overwrite = false;
 };
 
-// Writes the frames of one camera session after another into files. A file begins with a key frame
-// of the leading stream: the first video stream, or the first stream if there is no video. A new
-// file begins when a segment is over, and when the container cannot go on: with other caps, with an
-// encoder that was restarted, with a stream that joins. For the main context only.
+// Writes the frames of consecutive camera sessions to files. A file begins with a key frame of the
+// leading stream, which is the first video stream, or the first stream if there is no video. A new
+// file begins when a segment is over, and when the container cannot continue: the caps change, an
+// encoder restarts, or a stream is added. For use in the main context only.
 class Recording {
 public:
-  // Throws what the library throws if the container is not known or its muxer is missing, and
+  // Propagates the library's exception if the container is unknown or its muxer is missing. Throws
   // Bus_Error if the file cannot be written.
   Recording(GstElement *pipeline, const Recording_Options &options, Progress_Display &display);
 
   const Container &container() const noexcept { return container_; }
 
-  // The session's streams: each is added before its first frame.
+  // Adds a stream of the session. Call this before its first frame.
   void add_stream(guint number, const std::string &name, bool is_video);
   void add_frame(guint number, GstSample *sample);
   void restart_stream(guint number);
   void end_stream(guint number);
-  // Ends the files, and forgets the streams: others begin with the next session.
+  // Ends the session: ends the files and forgets the streams. The next session adds its streams
+  // again.
   void end_session();
 
-  // Ends the files for good; later frames are dropped.
+  // Ends the files permanently. Later frames are dropped.
   void finish();
-  // Does what time brings; called several times a second. Throws Bus_Error if a file cannot be
+  // Handles timeouts. Call this several times a second. Throws Bus_Error if a file cannot be
   // finished in time.
   void tick();
-  // Handles a message about a file; returns whether it is about one. Throws Bus_Error for an error.
+  // Handles a message about a file. Returns whether the message is about one. Throws Bus_Error for
+  // an error.
   bool handle(GstMessage *message);
 
   bool has_begun() const noexcept { return tally_.begin().has_value(); }
   bool has_streams() const noexcept { return !streams_.empty(); }
-  // Whether all that was asked for has been recorded.
+  // Returns whether everything requested has been recorded.
   bool is_complete() const;
   const File_Set &files() const noexcept { return files_; }
-  // Whether all streams of the session have ended.
+  // Returns whether all streams of the session have ended.
   bool all_ended() const;
-  // When the last frame arrived, in us of the monotonic clock, and the longest wait for one.
+  // The arrival time of the last frame, in us of the monotonic clock, and the longest wait for a
+  // frame.
   gint64 last_arrival() const noexcept { return last_arrival_; }
   gint64 longest_wait() const noexcept { return longest_wait_; }
-  // Whether video arrives but no key frame, so that no file can begin.
+  // Returns whether video arrives without a key frame, so that no file can begin.
   bool waits_for_key_frame() const;
-  // How much has been recorded, and the gaps.
+  // The recorded duration and the gaps.
   Recording_Tally &tally() noexcept { return tally_; }
   const Recording_Tally &tally() const noexcept { return tally_; }
 
@@ -103,8 +106,8 @@ private:
   gint64 first_arrival_ = 0;  // in the session, in us of the monotonic clock; 0: none yet
   gint64 last_arrival_ = 0;
   gint64 longest_wait_ = 0;
-  gint64 resumed_at_ = 0;  // when a stream sent again after a pause of all streams
-  gint64 first_over_ = 0;  // when the first stream was over; 0: none is
+  gint64 resumed_at_ = 0;  // when a stream resumed after a pause of all streams
+  gint64 first_over_ = 0;  // when the first stream was complete; 0: none yet
 };
 
 }  // namespace kel::tavren::programs

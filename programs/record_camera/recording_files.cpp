@@ -104,7 +104,7 @@ std::unique_ptr<Reserved_File> Recording_Files::next() {
   if (!file) {
     const std::string prefix = named_by_time_ ? "-" + utc_now() : "";
     std::string path = named_by_time_ ? numbered(prefix) : numbered("-" + four_digits(++count_));
-    // Two files may begin in one second.
+    // Two files may begin within the same second.
     for (unsigned int i = 1; exists(path) && (named_by_time_ || !overwrite_); ++i)
       path = numbered(prefix + "-" + four_digits(named_by_time_ ? i : ++count_));
     file = std::make_unique<Reserved_File>(path, overwrite_);
@@ -113,7 +113,8 @@ std::unique_ptr<Reserved_File> Recording_Files::next() {
   return file;
 }
 
-// Files named by time are found in the folder: a recorder that was started again goes on with them.
+// Files that are named by time are searched in the folder, so a restarted recorder continues the
+// sequence.
 std::vector<std::string> Recording_Files::oldest_first() const {
   if (!named_by_time_) return written_;
   const std::string folder = folder_of(stem_);
@@ -132,7 +133,7 @@ std::vector<std::string> Recording_Files::oldest_first() const {
         name.substr(start.size(), name.size() - start.size() - extension_.size());
     if (std::regex_match(middle, ending)) names.push_back(numbered(middle));
   }
-  // Without the extension, so that NAME-TIME comes before NAME-TIME-0001.
+  // Compare names without the extension, so that NAME-TIME sorts before NAME-TIME-0001.
   const std::size_t ending_size = extension_.size();
   std::sort(names.begin(), names.end(),
             [ending_size](const std::string &one, const std::string &other) {

@@ -1,4 +1,4 @@
-// How much has been recorded, and what is missing in between.
+// The recorded duration, and the gaps in it.
 
 #ifndef TAVREN_PROGRAMS_RECORDING_TALLY_H
 #define TAVREN_PROGRAMS_RECORDING_TALLY_H
@@ -16,33 +16,33 @@ namespace kel::tavren::programs {
 class Recording_Tally {
 public:
   // The time, in UTC us, between the last frame of a session and the first recorded frame of the
-  // next.
+  // next one.
   struct Gap {
     gint64 from = 0;
     gint64 to = 0;
   };
 
   void add_stream(guint number, const std::string &name) { totals_[number].name = name; }
-  // The first file begins, at a running time.
+  // Begins the first file at a running time.
   void begin(gint64 start);
-  // A frame of so many ns has been written.
+  // Counts a written frame with the given duration in ns.
   void add(guint stream, const Frame &frame, GstClockTime length);
-  // The session has ended: a gap begins.
+  // Begins a gap: the session has ended.
   void interrupt() noexcept { is_interrupted_ = begin_.has_value(); }
 
-  // The gap that is not over yet, until now; a gap that is over, once.
+  // Returns the current gap, up to now. Returns a completed gap only once.
   std::optional<Gap> open_gap() const;
   std::optional<Gap> take_gap();
 
   // Running time of the first file.
   std::optional<gint64> begin() const noexcept { return begin_; }
-  // When that file began and when the last frame was written, on the monotonic clock in us.
+  // When that file began and when the last frame was written, in us of the monotonic clock.
   gint64 begin_arrival() const noexcept { return begin_arrival_; }
   gint64 last_written() const noexcept { return last_written_; }
-  // Running time of the end of what has been recorded.
+  // The running time of the end of the recording.
   gint64 end() const noexcept { return end_; }
   GstClockTime recorded() const noexcept;
-  // How much of each stream the files hold: video H264 10.0 s, audio PCMA 10.0 s.
+  // The recorded duration of each stream: video H264 10.0 s, audio PCMA 10.0 s.
   std::string summary() const;
 
 private:
@@ -57,7 +57,7 @@ private:
   gint64 end_ = 0;
   gint64 last_written_ = 0;
   gint64 last_recorded_ = 0;     // when the last recorded frame arrived, UTC in us
-  bool is_interrupted_ = false;  // nothing has been recorded since the last session
+  bool is_interrupted_ = false;  // nothing has been recorded since the last session ended
   std::optional<Gap> gap_;
 };
 

@@ -64,7 +64,7 @@ void choose_depayloader(Stream_Plan &plan, const GstCaps *rtp_caps) {
 }
 //! [choose a depayloader]
 
-// Some depayloaders can make several kinds of media: the camera says which it is.
+// Some depayloaders produce several kinds of media: the camera announces the kind.
 bool is_of_media(const Caps &caps, const std::string &media) {
   const std::string name = gst_structure_get_name(gst_caps_get_structure(caps.get(), 0));
   if (media == "video") return name.rfind("video/", 0) == 0 || name.rfind("image/", 0) == 0;
@@ -76,20 +76,23 @@ std::string select_parser(MediaType kind) {
   return is_known ? Media_Helper::select_parser(kind) : std::string();
 }
 
-// Whether a parser takes the media and can make of it what the container holds.
+// Returns whether a parser accepts the media and can convert it to a format that the container
+// supports.
 bool leads_to(const std::string &parser, const Caps &media, const Container &container) {
   return intersect(media, template_caps(parser, GST_PAD_SINK)) &&
          intersect(template_caps(parser, GST_PAD_SRC), container.formats);
 }
 
-// The headers of these formats arrive in the stream. Only a parser puts them where a muxer looks.
+// The headers of these formats are part of the stream. Only a parser moves them to the caps, where
+// a muxer expects them.
 bool needs_parser(const Caps &media) {
   return is_named(media, "audio/x-speex") || is_named(media, "audio/x-vorbis") ||
          is_named(media, "video/x-theora");
 }
 
 //! [choose a parser]
-// The name of the parser for the media; empty if none is needed, nothing if there is no way.
+// Returns the name of the parser for the media; empty if none is needed, nothing if there is none
+// that fits.
 std::optional<std::string> find_parser(MediaType kind, const Caps &media,
                                        const Container &container) {
   const std::string selected = select_parser(kind);
@@ -104,8 +107,8 @@ std::optional<std::string> find_parser(MediaType kind, const Caps &media,
 }
 //! [choose a parser]
 
-// The element that adds decoding times to a codec that sends frames out of display order, for a
-// container that has a place for them.
+// Returns the element that adds decoding times for a codec that sends frames out of display order,
+// if the container stores them.
 std::string find_timestamper(const Caps &media, const Container &container) {
   const std::string factory = is_named(media, "video/x-h264")   ? "h264timestamper"
                               : is_named(media, "video/x-h265") ? "h265timestamper"
@@ -113,7 +116,7 @@ std::string find_timestamper(const Caps &media, const Container &container) {
   return container.has_times && is_installed(factory) ? factory : "";
 }
 
-// Sets the parser and what depends on the media, or the obstacle.
+// Sets the parser and the fields that depend on the media, or the obstacle.
 void choose_parser(Stream_Plan &plan, const Container &container) {
   std::string formats;
   const Caps made = template_caps(plan.depayloader, GST_PAD_SRC);

@@ -1,4 +1,4 @@
-// The elements that lead one of a camera's streams to a container.
+// The elements between one of the camera's streams and a container.
 
 #ifndef TAVREN_PROGRAMS_STREAM_PLAN_H
 #define TAVREN_PROGRAMS_STREAM_PLAN_H
@@ -14,7 +14,7 @@
 namespace kel::tavren::programs {
 
 struct Stream_Plan {
-  std::string media;     // video, audio or another kind, as the camera names it
+  std::string media;     // video, audio or another kind, as announced by the camera
   std::string encoding;  // the RTP encoding name, or the number of the payload type
   std::string depayloader;
   std::string parser;       // empty: none needed
@@ -26,22 +26,22 @@ struct Stream_Plan {
 
   bool is_video() const { return media == "video"; }
   bool is_recorded() const { return obstacle.empty(); }
-  // How messages name the stream: video H264.
+  // The name of the stream in messages: video H264.
   std::string name() const { return media + ' ' + encoding; }
 };
 
-// The camera offers no stream that can be recorded.
+// The error if the camera offers no stream that can be recorded.
 class Nothing_To_Record : public std::runtime_error {
 public:
-  // The plan is that of the first stream.
+  // `plan` is the plan of the first stream.
   explicit Nothing_To_Record(const Stream_Plan &plan)
       : std::runtime_error(plan.obstacle + " (" + plan.name() +
                            "); no stream of the camera can be recorded") {}
 };
 
-// Plans how to record a stream with these RTP caps. The library's tables are asked first; for a
-// stream that they do not know, any depayloader and parser of the registry will do if the container
-// takes the result. Throws what the library throws if an element that its tables name is missing.
+// Plans the recording of a stream with the given RTP caps. Uses the library's tables first. For an
+// unknown stream, uses any depayloader and parser in the registry whose output the container
+// accepts. Propagates the library's exception if an element in its tables is missing.
 Stream_Plan plan_stream(GstCaps *rtp_caps, const Container &container);
 
 }  // namespace kel::tavren::programs

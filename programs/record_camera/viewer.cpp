@@ -13,8 +13,8 @@ bool is_set(const char *variable) {
   return value != nullptr && *value != '\0';
 }
 
-// The sink for the display that the user has. autovideosink would try all that are installed, and
-// some of them crash without a display.
+// Selects the sink for the user's display. autovideosink would try all installed sinks, and some of
+// them crash without a display.
 std::string select_window() {
   if (is_set("WAYLAND_DISPLAY")) return "waylandsink";
   return is_set("DISPLAY") ? "ximagesink" : "fakesink";

@@ -1,4 +1,4 @@
-// Shows a recording's pictures in a window.
+// Shows the pictures of a recording in a window.
 
 #ifndef TAVREN_PROGRAMS_VIEWER_H
 #define TAVREN_PROGRAMS_VIEWER_H
@@ -14,12 +14,13 @@
 
 namespace kel::tavren::programs {
 
-// A bin in the pipeline that decodes frames and shows them. It has no link to the recording: it can
-// fail without any effect there, and it drops frames if it cannot keep up. Without a display the
-// pictures are decoded only.
+// A bin in the pipeline that decodes and shows frames. It is not linked to the recording, so its
+// failures do not affect the recording, and it drops frames if it cannot keep up. Without a
+// display, it only decodes.
 class Viewer {
 public:
-  // Throws what the library throws if it has no decoder for the kind, or if an element is missing.
+  // Propagates the library's exception if there is no decoder for the media kind, or if an element
+  // is missing.
   Viewer(GstElement *pipeline, capture::MediaType kind, GstSample *first);
 
   void show(GstSample *sample);

@@ -32,7 +32,7 @@ using Shared_Stream = std::shared_ptr<Relayed_Stream>;
 struct Parser {
   const char *depayloader;
   const char *factory;
-  const char *caps;  // that it has to produce
+  const char *caps;  // caps that the parser must produce
 };
 
 constexpr Parser parsers[] = {
@@ -60,8 +60,8 @@ bool is_same_field(const Camera_Stream &a, const Camera_Stream &b, const char *f
   return gst_value_compare(first, second) == GST_VALUE_EQUAL;
 }
 
-// Whether viewers of one stream can go on with the other. H.264 parameter sets may differ: they are
-// in the stream.
+// Returns whether viewers of one stream can continue with the other. H.264 parameter sets may
+// differ, because they are part of the stream.
 bool is_same_stream(const Camera_Stream &a, const Camera_Stream &b) {
   const char *const fields[] = {"media",   "encoding-name",   "clock-rate",
                                 "payload", "encoding-params", "config"};
@@ -103,11 +103,11 @@ Camera_Feed::Camera_Feed(const Camera_Options &camera, Transport transport,
   Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
                                           this);
   Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
-  // If this fails, the source has reported the reason on the bus, where check() finds it.
+  // If this fails, the source has posted the reason on the bus, where check() finds it.
   gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
 }
 
-// Once the pipeline has stopped, nothing calls back any more.
+// After the pipeline has stopped, no callback is called any more.
 Camera_Feed::~Camera_Feed() {
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
 }
@@ -143,7 +143,7 @@ Relayed_Streams Camera_Feed::streams() const {
   return streams_;
 }
 
-// Runs a step of a callback: no exception may cross the framework, which is written in C.
+// Runs a step of a callback. No exception may cross the C code of the framework.
 template <typename Step>
 void Camera_Feed::guarded(Step step) noexcept {
   try {
@@ -173,7 +173,7 @@ GstFlowReturn Camera_Feed::on_frame(GstAppSink *sink, gpointer stream) noexcept 
   return GST_FLOW_OK;
 }
 
-// The camera's thread, as all that follows.
+// This function and the following ones run in the camera's thread.
 bool Camera_Feed::select_stream(guint number, GstCaps *offered) {
   Camera_Stream description = describe_stream(number, offered);
   const bool is_relayed = description.relayed();
@@ -191,7 +191,8 @@ Shared_Stream Camera_Feed::find_known(const Camera_Stream &description) const {
   return found != known_.end() ? *found : nullptr;
 }
 
-// A stream whose SSRC changes gets a new pad, which replaces the old one at the depayloader.
+// A stream whose SSRC changes gets a new pad, which is linked to the depayloader in place of the
+// old one.
 void Camera_Feed::link_stream(GstPad *pad) {
   const guint number = stream_number(pad);
   boost::intrusive_ptr<GstElement> depayloader(
@@ -207,7 +208,7 @@ void Camera_Feed::link_stream(GstPad *pad) {
     });
     if (stream == known.end())
       throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the camera sends a stream that it did not offer");
-    // GStreamer 1.18 adds pads for the streams that were passed over, too.
+    // GStreamer 1.18 also adds pads for streams that were not selected.
     if (!(*stream)->description().relayed()) return;
     depayloader = add_branch(*stream);
   }
@@ -221,7 +222,7 @@ GstPadProbeReturn Camera_Feed::on_packet(GstPad *, GstPadProbeInfo *info,
   return GST_PAD_PROBE_OK;
 }
 
-// Returns the depayloader (transfer none), which leads to a sink for the stream's frames.
+// Returns the depayloader (transfer none), which is linked to a sink for the stream's frames.
 GstElement *Camera_Feed::add_branch(const Shared_Stream &stream) {
   const Camera_Stream &description = stream->description();
   GstElement *const sink = add_sink(stream);

@@ -14,12 +14,12 @@
 
 namespace kel::tavren::programs {
 
-// Plays the camera and hands each frame to its relayed stream.
+// Plays the camera and passes each frame to its relayed stream.
 class Camera_Feed {
 public:
-  // Streams of an earlier session go on in this one if the camera offers them again. Throws what
-  // the library throws if an element is missing, and Bus_Error if the file of certificate
-  // authorities cannot be read.
+  // Streams of an earlier session continue if the camera offers them again. Propagates the
+  // library's exception if an element is missing. Throws Bus_Error if the certificate authorities
+  // cannot be read.
   Camera_Feed(const Camera_Options &camera, Transport transport, const Running_Time &time,
               Relayed_Streams known);
   // Ends the session.
@@ -28,10 +28,10 @@ public:
   Camera_Feed(const Camera_Feed &) = delete;
   Camera_Feed &operator=(const Camera_Feed &) = delete;
 
-  // Throws what has ended the session.
+  // Throws the error that ended the session, if any.
   void check();
 
-  // Whether the camera has described all its streams.
+  // Returns whether the camera has described all its streams.
   bool is_open() const noexcept { return is_open_; }
   // The streams that the camera has described so far.
   Relayed_Streams streams() const;

@@ -1,4 +1,4 @@
-// Lets viewers begin with a key frame.
+// Makes viewers start with a key frame.
 
 #ifndef TAVREN_PROGRAMS_KEY_FRAME_GATE_H
 #define TAVREN_PROGRAMS_KEY_FRAME_GATE_H
@@ -10,20 +10,20 @@
 
 namespace kel::tavren::programs {
 
-// Viewers wait here until a key frame is about to be sent. The key frame waits until they all play.
-// Neither waits for long: a viewer plays without a key frame in the end, and a key frame is sent
-// without a viewer that does not get ready.
+// Viewers wait at the gate until a key frame is about to be sent. The key frame waits until they
+// are all playing. Both waits are bounded: eventually, a viewer plays without a key frame, and a
+// key frame is sent although a viewer is not ready.
 class Key_Frame_Gate {
 public:
-  // A viewer is about to play. Called by the viewer's thread, which waits.
+  // Call this when a viewer is about to play. Blocks the viewer's thread.
   void enter() noexcept;
-  // The viewer plays.
+  // Call this when the viewer is playing.
   void leave() noexcept;
 
-  // A key frame is about to be sent. Called by the camera's thread, which waits.
+  // Call this when a key frame is about to be sent. Blocks the camera's thread.
   void open() noexcept;
 
-  // Nothing waits any more.
+  // Ends all waits permanently.
   void remove() noexcept;
 
 private:

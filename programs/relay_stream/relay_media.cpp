@@ -19,8 +19,8 @@ std::string appsrc_name(guint index) {
   return "stream" + std::to_string(index);
 }
 
-// A payloader splits what does not fit into a packet. With the camera's own limit it splits where
-// the camera did.
+// A payloader splits frames that do not fit into one packet. With the camera's packet size, it
+// splits them where the camera did.
 void allow_packets_as_large(GstElement *payloader, guint size) {
   guint limit = 0;
   g_object_get(payloader, "mtu", &limit, nullptr);
@@ -34,7 +34,8 @@ GstPadProbeReturn add_duration(GstPad *, GstPadProbeInfo *info, gpointer) noexce
   return GST_PAD_PROBE_OK;
 }
 
-// The MPEG-4 payloader collects frames in a packet, which has one time, until they last too long.
+// The MPEG-4 payloader collects frames into one packet, which has only one time, until their
+// duration exceeds a limit.
 void send_frames_one_by_one(GstElement *payloader) {
   g_object_set(payloader, "max-ptime", gint64{1}, nullptr);
   Media_Helper::add_probe_to_sink_pad_or_throw(payloader, GST_PAD_PROBE_TYPE_BUFFER, add_duration,
@@ -69,10 +70,10 @@ bool is_video(const Camera_Stream &stream) {
   return g_strcmp0(gst_structure_get_string(caps, "media"), "video") == 0;
 }
 
-// The viewers of a gate, as the handlers of a client's signals see them.
+// The gate and the stream, for the signal handlers of a client.
 struct Entrance {
   std::shared_ptr<Key_Frame_Gate> gate;
-  guint stream = 0;  // the gate's
+  guint stream = 0;  // stream of the gate
 
   bool leads_to(const GstRTSPContext *context) const {
     return context->sessmedia != nullptr &&
@@ -107,9 +108,9 @@ void on_client(GstRTSPServer *, GstRTSPClient *client, gpointer data) noexcept {
   connect_client(client, "play-request", G_CALLBACK(after_play), entrance);
 }
 
-// The server's sinks wait until the time of each packet, which a camera that reorders frames sends
-// early, and one whose clock runs fast earlier and earlier. With such an offset the time is always
-// over, and packets leave when they arrive.
+// The server's sinks wait for the time of each packet. A camera that reorders frames sends packets
+// early, and a camera with a fast clock sends them earlier and earlier. With this offset, the time
+// has always passed, and packets are sent when they arrive.
 void on_element(GstBin *, GstBin *, GstElement *element, gpointer) noexcept {
   GObjectClass *const properties = G_OBJECT_GET_CLASS(element);
   if (g_object_class_find_property(properties, "sync") != nullptr &&
@@ -137,7 +138,7 @@ Relay_Media::~Relay_Media() {
     stream->disconnect();
 }
 
-// The index of the first video stream, or the number of streams.
+// Returns the index of the first video stream, or the number of streams if there is no video.
 guint Relay_Media::video_stream() const {
   const auto video = std::find_if(streams_.begin(), streams_.end(), [](const auto &stream) {
     return is_video(stream->description());
@@ -145,8 +146,8 @@ guint Relay_Media::video_stream() const {
   return static_cast<guint>(video - streams_.begin());
 }
 
-// Makes each client that connects wait at the gate, if there is video. Each has its own thread for
-// that.
+// Makes each client wait at the gate before it plays, if there is video. Each client has a separate
+// thread, so it may block.
 void Relay_Media::admit_viewers() {
   if (video_stream() == streams_.size()) return;
   client_handler_ =

@@ -1,4 +1,4 @@
-// What the viewers of a relay are served.
+// The media that a relay serves.
 
 #ifndef TAVREN_PROGRAMS_RELAY_MEDIA_H
 #define TAVREN_PROGRAMS_RELAY_MEDIA_H
@@ -12,11 +12,11 @@
 
 namespace kel::tavren::programs {
 
-// Viewers of the first video stream begin with a key frame.
+// Viewers start with a key frame of the first video stream.
 class Relay_Media {
 public:
-  // Serves streams that have started. Throws what the library throws if an element is missing, and
-  // Bus_Error if the streams cannot be served.
+  // Serves streams that have started. Propagates the library's exception if an element is missing.
+  // Throws Bus_Error if the streams cannot be served.
   Relay_Media(Loopback_Server &server, Relayed_Streams streams, const Running_Time &time);
   // Disconnects all viewers.
   ~Relay_Media();
@@ -24,7 +24,7 @@ public:
   Relay_Media(const Relay_Media &) = delete;
   Relay_Media &operator=(const Relay_Media &) = delete;
 
-  // Throws what has ended the media.
+  // Throws the error that ended the media, if any.
   void check() const { media_.check(); }
 
 private:

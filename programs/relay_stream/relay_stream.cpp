@@ -1,5 +1,5 @@
-// Relays a camera's streams: serves them again over RTSP, without decoding them. The first line on
-// stdout is where to watch; then comes a line for each of the camera's streams.
+// Relays a camera's streams over RTSP without decoding them. The first line on stdout is the
+// address for viewers, followed by one line for each of the camera's streams.
 
 #include <iostream>
 
@@ -51,14 +51,13 @@ int main(int argc, char **argv) {
   entries.push_back({"port", 0, 0, G_OPTION_ARG_INT, &options.port,
                      "listen on this port (default 0: the system chooses)", "N"});
   entries.push_back({"duration", 0, 0, G_OPTION_ARG_INT, &options.duration,
-                     "end after this time (default 0: when a signal asks for it)", "SECONDS"});
+                     "stop after this time (default 0: on a signal)", "SECONDS"});
   entries.push_back({"retry", 0, 0, G_OPTION_ARG_INT, &options.retry,
-                     "try an absent camera again for this time (default 0: not at all)",
+                     "keep trying an unavailable camera for this time (default 0: do not retry)",
                      "SECONDS"});
-  return run_program(argc, argv, "Serves a camera's RTSP streams again on 127.0.0.1.", entries,
-                     [&] {
-                       check_options(camera, options);
-                       options.camera = camera.options();
-                       Stream_Relay(options, show).run();
-                     });
+  return run_program(argc, argv, "Relays a camera's RTSP streams on 127.0.0.1.", entries, [&] {
+    check_options(camera, options);
+    options.camera = camera.options();
+    Stream_Relay(options, show).run();
+  });
 }

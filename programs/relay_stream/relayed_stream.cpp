@@ -11,7 +11,7 @@ namespace kel::tavren::programs {
 
 namespace {
 
-// An appsrc holds more only if nothing is sent any more.
+// An appsrc buffers more than this only if the data is not being sent.
 constexpr guint64 largest_backlog = guint64{16} * 1024 * 1024;  // bytes
 
 bool is_key_frame(GstSample *frame) noexcept {
@@ -23,23 +23,23 @@ bool is_audio(GstSample *frame) noexcept {
   return g_str_has_prefix(gst_structure_get_name(caps), "audio/") != FALSE;
 }
 
-// Whether a frame has a time of its own that viewers can be given. Audio frames must not overlap,
-// as they may where the camera's clock jumps; pictures need not be in order.
+// Returns whether a frame has a valid timestamp for viewers. Audio frames must not overlap, which
+// they may if the camera's clock jumps. Video frames may be out of order.
 bool has_time(GstSample *frame, GstClockTime expected) noexcept {
   const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame));
   return GST_CLOCK_TIME_IS_VALID(time) &&
          (!is_audio(frame) || time + frame_duration(frame) / 2 >= expected);
 }
 
-// The time of a next frame that has none. After a packet with several audio frames, it is the end
-// of the one before. Parts of a picture, which a parser splits if it has parameter sets in its
-// middle, have the same time.
+// Returns the time of the next frame if that frame has no timestamp. After a packet with several
+// audio frames, this is the end of the previous frame. The parts of a picture have the same time; a
+// parser splits a picture that contains parameter sets.
 GstClockTime time_after(GstSample *frame) noexcept {
   const GstClockTime time = GST_BUFFER_PTS(gst_sample_get_buffer(frame));
   return is_audio(frame) ? time + frame_duration(frame) : time;
 }
 
-// A copy of a sample whose buffer has a time.
+// Returns a copy of a sample whose buffer has the given time.
 boost::intrusive_ptr<GstSample> with_time(GstSample *frame, GstClockTime time) noexcept {
   GstBuffer *const buffer = gst_buffer_copy(gst_sample_get_buffer(frame));
   GST_BUFFER_PTS(buffer) = time;
@@ -110,7 +110,7 @@ std::shared_ptr<Key_Frame_Gate> Relayed_Stream::gate() const noexcept {
   return gate_;
 }
 
-// Called with the lock.
+// The caller holds the lock.
 void Relayed_Stream::pass_on(GstSample *frame) noexcept {
   if (!appsrc_) return;
   GstAppSrc *const appsrc = GST_APP_SRC(appsrc_.get());

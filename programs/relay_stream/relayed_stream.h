@@ -1,4 +1,4 @@
-// One of the camera's streams on its way to the viewers.
+// One of the camera's streams as it is relayed to viewers.
 
 #ifndef TAVREN_PROGRAMS_RELAYED_STREAM_H
 #define TAVREN_PROGRAMS_RELAYED_STREAM_H
@@ -15,28 +15,29 @@
 
 namespace kel::tavren::programs {
 
-// Takes a stream's frames from one session with the camera after the other, and passes them on to
-// the media that viewers watch. All functions may be called from any thread.
+// Receives a stream's frames from consecutive sessions with the camera, and passes them to the
+// media that viewers watch. Thread-safe.
 class Relayed_Stream {
 public:
   explicit Relayed_Stream(Camera_Stream description) : description_(std::move(description)) {}
 
   const Camera_Stream &description() const noexcept { return description_; }
 
-  // Drops frames until the next key frame: a session with the camera begins.
+  // Drops frames until the next key frame. Call this when a session with the camera begins.
   void restart() noexcept;
-  // An RTP packet of so many bytes has arrived.
+  // Records the arrival of an RTP packet with the given number of bytes.
   void note_packet(gsize size) noexcept;
   void take(boost::intrusive_ptr<GstSample> frame) noexcept;
 
-  // Whether a frame that viewers can begin with has arrived.
+  // Returns whether a frame has arrived that viewers can start with.
   bool started() const noexcept;
-  // The size of the largest RTP packet in bytes; 0 if none has arrived.
+  // Returns the size of the largest RTP packet in bytes; 0 if none has arrived.
   guint largest_packet() const noexcept;
-  // When the last frame arrived, on the monotonic clock in us; 0 if none has.
+  // Returns the arrival time of the last frame, on the monotonic clock in us; 0 if none has
+  // arrived.
   gint64 last_arrival() const noexcept;
 
-  // Passes frames on to an appsrc, beginning with the last key frame. Key frames pass the gate, if
+  // Passes frames to an appsrc, beginning with the last key frame. Key frames pass the gate, if
   // there is one.
   void connect(const boost::intrusive_ptr<GstElement> &appsrc,
                std::shared_ptr<Key_Frame_Gate> gate) noexcept;
@@ -53,7 +54,7 @@ private:
   std::shared_ptr<Key_Frame_Gate> gate_;
   bool waits_for_key_frame_ = true;
   guint largest_packet_ = 0;
-  GstClockTime next_time_ = 0;  // of a frame that has none
+  GstClockTime next_time_ = 0;  // for a frame without a timestamp
   gint64 last_arrival_ = 0;
 };
 

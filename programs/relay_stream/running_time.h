@@ -1,4 +1,4 @@
-// A time that several pipelines share.
+// A running time shared by several pipelines.
 
 #ifndef TAVREN_PROGRAMS_RUNNING_TIME_H
 #define TAVREN_PROGRAMS_RUNNING_TIME_H
@@ -9,8 +9,8 @@
 
 namespace kel::tavren::programs {
 
-// A clock and a base time. Buffers of one pipeline keep their running times in another, and in a
-// pipeline that takes the place of the first.
+// A clock and a base time. Buffers keep their running time when they move to another pipeline, or
+// when a pipeline is replaced.
 class Running_Time {
 public:
   // Starts now.
@@ -18,7 +18,7 @@ public:
       : clock_(gst_system_clock_obtain(), gst_object_unref),
         base_time_(gst_clock_get_time(clock_.get())) {}
 
-  // The pipeline keeps this time through all changes of its state.
+  // Makes the pipeline keep this running time through all state changes.
   void set_for(GstPipeline *pipeline) const noexcept {
     gst_pipeline_use_clock(pipeline, clock_.get());
     gst_element_set_start_time(GST_ELEMENT_CAST(pipeline), GST_CLOCK_TIME_NONE);

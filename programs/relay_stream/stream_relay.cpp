@@ -16,9 +16,9 @@ namespace {
 
 constexpr guint tick_interval = 50;  // ms
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
-// A camera may still be busy with the end of the session that failed.
+// a camera may still be ending the session that failed
 constexpr gint64 transport_pause = seconds / 5;
-constexpr gint64 silence_limit = 10 * seconds;    // until a silent camera counts as gone
+constexpr gint64 silence_limit = 10 * seconds;    // until a silent camera counts as absent
 constexpr gint64 key_frame_limit = 30 * seconds;  // for the first key frame of a session
 
 gint64 now() noexcept {
@@ -37,7 +37,7 @@ std::string text_of(const std::exception_ptr &failure) {
   }
 }
 
-// Whether the camera could not even be connected to.
+// Returns whether connecting to the camera failed.
 bool is_unreachable(const std::exception_ptr &failure) {
   try {
     std::rethrow_exception(failure);
@@ -64,7 +64,7 @@ Relayed_Streams started(const Relayed_Streams &streams) {
   return started;
 }
 
-// Returns 0 if nothing has arrived.
+// Returns the time of the last arrival, or 0 if nothing has arrived.
 gint64 last_arrival(const Relayed_Streams &streams) {
   gint64 last = 0;
   for (const auto &stream : streams)
@@ -127,11 +127,11 @@ void Stream_Relay::connect() {
   feed_ = std::make_unique<Camera_Feed>(options_.camera, transports_.front(), time_, streams_);
 }
 
-// Throws what has ended the session with the camera.
+// Throws the error that ended the session with the camera, if any.
 void Stream_Relay::check_feed() {
   feed_->check();
   const Relayed_Streams streams = feed_->streams();
-  // GStreamer 1.18 stays connected to a camera none of whose streams is selected.
+  // GStreamer 1.18 stays connected to a camera even if none of its streams is selected.
   if (feed_->is_open() && !can_relay_any(streams)) throw nothing_to_relay();
   const gint64 arrival = last_arrival(streams);
   if (!has_received_ && arrival >= connected_at_) note_return();
@@ -142,7 +142,7 @@ void Stream_Relay::check_feed() {
     throw read_error("the camera sends no key frame");
 }
 
-// The first frame of a session has arrived.
+// Handles the first frame of a session.
 void Stream_Relay::note_return() {
   has_received_ = true;
   transports_.resize(1);
@@ -158,7 +158,7 @@ void Stream_Relay::show_gap(const Absence &absence) {
             << in_seconds(length) << "): " << absence.reason << std::endl;
 }
 
-// Tries the next transport, or again later; throws the failure if neither may help.
+// Tries the next transport, or schedules a retry. Throws the failure if neither can help.
 void Stream_Relay::lose_camera(const std::exception_ptr &failure) {
   const Relayed_Streams streams = feed_->streams();
   feed_.reset();
@@ -176,7 +176,7 @@ void Stream_Relay::retry_later(const std::exception_ptr &failure) {
   const auto retry = is_permanent(failure) ? std::nullopt : retries_.next(now());
   if (!retry) std::rethrow_exception(failure);
   reconnect_at_ = *retry;
-  // A camera that has never sent anything may offer the first transport after all.
+  // A camera that has never sent anything may support the first transport later.
   if (!media_) transports_ = transports_to_try(options_.camera.transport);
   if (absence_) return;
   const gint64 silence = now() - last_arrival(streams_);
@@ -187,8 +187,8 @@ void Stream_Relay::retry_later(const std::exception_ptr &failure) {
     std::cerr << "cannot reach the camera, trying again: " << absence_->reason << std::endl;
 }
 
-// Whether viewers can be served what the camera sends. A stream that does not begin is waited for,
-// but not for ever.
+// Returns whether there is something to serve to viewers. Waits for a stream that does not start,
+// but only for a limited time.
 bool Stream_Relay::is_ready() const {
   if (!feed_->is_open()) return false;
   const Relayed_Streams streams = feed_->streams();

@@ -1,4 +1,4 @@
-// A camera's streams, served again over RTSP as they are: unpacked and packed, never decoded.
+// Relays a camera's streams over RTSP without decoding them.
 
 #ifndef TAVREN_PROGRAMS_STREAM_RELAY_H
 #define TAVREN_PROGRAMS_STREAM_RELAY_H
@@ -23,16 +23,16 @@ namespace kel::tavren::programs {
 struct Relay_Options {
   Camera_Options camera;
   int port = 0;      // 0: the system chooses
-  int duration = 0;  // s, from the first moment at which viewers are served; 0: until it is stopped
-  int retry = 0;     // how long an absent camera is tried again, in s
+  int duration = 0;  // s, after viewers can first be served; 0: until stopped
+  int retry = 0;     // time during which an unavailable camera is retried, in s
 };
 
-// Keeps one session with the camera and serves it to any number of viewers on 127.0.0.1, from the
+// Keeps a session with the camera and serves it to any number of viewers on 127.0.0.1, from the
 // default main context.
 class Stream_Relay {
 public:
-  // Called when viewers can be served, with the address and all the camera's streams; again when
-  // the camera has come back with other streams.
+  // Called when viewers can be served, with the address and all the camera's streams. Called again
+  // if the camera returns with different streams.
   using On_Serving = std::function<void(const std::string &, const std::vector<Camera_Stream> &)>;
 
   // Throws Bus_Error if the relay cannot listen.
@@ -42,12 +42,12 @@ public:
   Stream_Relay(const Stream_Relay &) = delete;
   Stream_Relay &operator=(const Stream_Relay &) = delete;
 
-  // Runs the default main context until the duration is over or a signal asks the relay to end.
-  // Throws what made it impossible to go on, above all that the camera has gone.
+  // Runs the default main context until the duration is over or a signal arrives. Throws the error
+  // that ended the relay, usually that the camera has disconnected.
   void run();
 
 private:
-  // Why, and since when, the camera does not send.
+  // The reason and the start of the camera's absence.
   struct Absence {
     std::string reason;
     gint64 since = 0;  // UTC in us
@@ -70,10 +70,10 @@ private:
   const boost::intrusive_ptr<GMainLoop> loop_;
   Loopback_Server server_;
   Retry_Schedule retries_;
-  std::vector<Transport> transports_;  // the first one is in use, the others are still to try
+  std::vector<Transport> transports_;  // the first one is in use, the others have not been tried
   std::unique_ptr<Relay_Media> media_;
   std::unique_ptr<Camera_Feed> feed_;
-  Relayed_Streams streams_;    // that the media serves, and those that are not relayed
+  Relayed_Streams streams_;    // streams that the media serves, and streams that are not relayed
   bool has_received_ = false;  // in this session
   gint64 connected_at_ = 0;    // all times are in us of the monotonic clock
   gint64 reconnect_at_ = 0;    // 0: not waiting to connect again

@@ -22,12 +22,12 @@ using Factory = boost::intrusive_ptr<GstRTSPMediaFactory>;
 template <typename T>
 using Object = std::unique_ptr<T, decltype(&g_object_unref)>;
 
-// Hands out the bin of the factory's one media, once.
+// Returns the factory's bin. Only the first call succeeds.
 GstElement *create_element(GstRTSPMediaFactory *factory, const GstRTSPUrl *) noexcept {
   return static_cast<GstElement *>(g_object_steal_data(G_OBJECT(factory), bin_key));
 }
 
-// All addresses that lead to the factory are those of the one media.
+// All addresses of the factory share one media.
 gchar *gen_key(GstRTSPMediaFactory *, const GstRTSPUrl *) noexcept {
   return g_strdup("");
 }
@@ -57,14 +57,14 @@ Object<GstRTSPMedia> construct_media(GstRTSPMediaFactory *factory, const std::st
   const std::unique_ptr<GstRTSPUrl, decltype(&gst_rtsp_url_free)> owned(url, gst_rtsp_url_free);
   Object<GstRTSPMedia> media(gst_rtsp_media_factory_construct(factory, url), g_object_unref);
 #if GST_CHECK_VERSION(1, 24, 0)
-  // From this version on, the media is returned locked, and viewers wait for the lock.
+  // Since this version, the media is returned locked, and viewers wait for the lock.
   if (media) gst_rtsp_media_unlock(media.get());
 #endif
   return media;
 }
 
-// A viewer that asks to play from the start would flush a live source that can seek, and so set
-// back the RTP clock for all.
+// A viewer that asks to play from the start would flush a live source that supports seeking, and so
+// reset the RTP clock of all viewers.
 GstPadProbeReturn refuse_to_seek(GstPad *, GstPadProbeInfo *info, gpointer) noexcept {
   GstQuery *const query = gst_pad_probe_info_get_query(info);
   if (GST_QUERY_TYPE(query) != GST_QUERY_SEEKING) return GST_PAD_PROBE_OK;
@@ -81,7 +81,7 @@ Object<GstRTSPStreamTransport> make_discarding_receiver(GstRTSPStream *stream) {
   GstRTSPTransport *transport = nullptr;
   gst_rtsp_transport_new(&transport);
   transport->lower_transport = GST_RTSP_LOWER_TRANS_TCP;
-  // The stream compares the destinations of its transports, so there must be one.
+  // The stream compares the destinations of its transports, so the destination must be set.
   transport->destination = g_strdup("nowhere");
   Object<GstRTSPStreamTransport> receiver(gst_rtsp_stream_transport_new(stream, transport),
                                           g_object_unref);
@@ -91,10 +91,11 @@ Object<GstRTSPStreamTransport> make_discarding_receiver(GstRTSPStream *stream) {
 
 // One receiver for each stream of a media.
 //
-// The framework sends a stream over TCP only while one of its receivers can take it. If none can,
-// because their processes are stopped, the stream stops for all, receivers over UDP included. A
-// payloader that leads to no receiver at all stops too. With a receiver that discards what it is
-// sent, neither happens. The framework limits the backlog of a receiver that takes nothing.
+// The framework sends a stream over TCP only while at least one of its receivers can accept data.
+// If no receiver can, because the client processes are stopped, the stream stops for everyone,
+// including receivers over UDP. A payloader without any receiver also stops. A receiver that
+// discards its data prevents both. The framework limits the backlog of a receiver that does not
+// read.
 class Discarding_Receivers {
 public:
   explicit Discarding_Receivers(GstRTSPMedia *media) : media_(media) {
@@ -107,7 +108,7 @@ public:
     if (!gst_rtsp_media_complete_pipeline(media, transports.get()))
       throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the streams cannot be served over TCP");
   }
-  // A stream cannot leave its media while it has receivers.
+  // A stream can be removed from its media only without receivers.
   ~Discarding_Receivers() {
     for (guint i = 0; i < receivers_.size(); ++i)
       gst_rtsp_stream_remove_transport(gst_rtsp_media_get_stream(media_, i), receivers_[i].get());
@@ -173,7 +174,7 @@ public:
   }
 
 private:
-  // The media reads its bus itself. Its errors are seen on their way there.
+  // The media reads its bus itself, so intercept the errors before it does.
   void watch_errors() {
     bus_ = {Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false};
     gst_bus_enable_sync_message_emission(bus_.get());

@@ -15,12 +15,12 @@ namespace kel::tavren::programs {
 
 // Serves the payloaders pay0, pay1 and so on of a bin to all viewers of a path.
 //
-// The media is prepared once and plays until it is destroyed. So no viewer waits until the streams
-// have started, none is turned away while another's leaving ends them, all see the same RTP clock,
-// and none changes it.
+// The media is prepared once and plays until it is destroyed. So viewers do not wait for the
+// streams to start, are not rejected while another viewer's departure ends the streams, and all
+// share one RTP clock that none of them can change.
 class Live_Media {
 public:
-  // Throws Bus_Error if the server makes no media of the bin.
+  // Throws Bus_Error if the server cannot create a media from the bin.
   Live_Media(Loopback_Server &server, std::string path,
              const boost::intrusive_ptr<GstElement> &bin);
   // Disconnects all viewers.
@@ -29,16 +29,16 @@ public:
   Live_Media(const Live_Media &) = delete;
   Live_Media &operator=(const Live_Media &) = delete;
 
-  // The media and the pipeline around the bin (transfer none). The media has to allow TCP until it
-  // is started.
+  // The media and the pipeline that contains the bin (transfer none). The media must allow TCP
+  // until it is started.
   GstRTSPMedia *media() const noexcept;
   GstPipeline *pipeline() const noexcept;
 
-  // Plays, and serves once each stream has something to send. Throws Bus_Error if that fails or
+  // Plays, and serves viewers when each stream has data to send. Throws Bus_Error if that fails or
   // takes too long.
   void start();
 
-  // Throws what has ended the media.
+  // Throws the error that ended the media, if any.
   void check() const;
 
 private:

@@ -18,13 +18,13 @@ GstRTSPFilterResult remove_client(GstRTSPServer *, GstRTSPClient *, gpointer) no
   return GST_RTSP_FILTER_REMOVE;
 }
 
-// Without this, the connection of a viewer that has stopped would stay after its session has
+// Without this, the connection of a viewer that has stopped would remain after its session has
 // expired.
 void close_after_session(GstRTSPServer *, GstRTSPClient *client, gpointer) noexcept {
   g_object_set(client, "post-session-timeout", 5, nullptr);
 }
 
-// Ends the sessions of viewers that no longer show any sign of life.
+// Ends the sessions of viewers that no longer respond.
 void expire_sessions(GstRTSPServer *server) noexcept {
   const std::unique_ptr<GstRTSPSessionPool, decltype(&g_object_unref)> sessions(
       gst_rtsp_server_get_session_pool(server), g_object_unref);
@@ -37,7 +37,7 @@ Loopback_Server::Loopback_Server(GMainContext *context, int port)
     : context_(context != nullptr ? context : g_main_context_default()),
       server_(gst_rtsp_server_new(), false), port_(port) {
   g_signal_connect(server_.get(), "client-connected", G_CALLBACK(close_after_session), nullptr);
-  // A client that waits in one of its requests must not keep the others waiting.
+  // A client that blocks in a request must not block the others.
   const std::unique_ptr<GstRTSPThreadPool, decltype(&g_object_unref)> threads(
       gst_rtsp_server_get_thread_pool(server_.get()), g_object_unref);
   gst_rtsp_thread_pool_set_max_threads(threads.get(), -1);
@@ -48,7 +48,7 @@ Loopback_Server::Loopback_Server(GMainContext *context, int port)
                   [this] { expire_sessions(server_.get()); });
 }
 
-// A server that listens again does so where it did before.
+// Keep the port for the next call of listen().
 void Loopback_Server::keep_port() noexcept {
   port_ = gst_rtsp_server_get_bound_port(server_.get());
 }
@@ -65,7 +65,7 @@ std::string Loopback_Server::uri(const std::string &path) const {
 void Loopback_Server::mount(const std::string &path,
                             const boost::intrusive_ptr<GstRTSPMediaFactory> &factory) {
   const Mount_Points mounts(gst_rtsp_server_get_mount_points(server_.get()), false);
-  // The mount points take over a reference.
+  // transfer full
   gst_rtsp_mount_points_add_factory(mounts.get(), path.c_str(),
                                     GST_RTSP_MEDIA_FACTORY(g_object_ref(factory.get())));
 }
@@ -76,7 +76,7 @@ void Loopback_Server::unmount(const std::string &path) {
 }
 
 void Loopback_Server::disconnect_clients() noexcept {
-  // The clients removed are not in the list; it is there to be freed all the same.
+  // The list does not contain the removed clients, but must still be freed.
   GList *const clients = gst_rtsp_server_client_filter(server_.get(), remove_client, nullptr);
   g_list_free_full(clients, g_object_unref);
 }

@@ -14,8 +14,8 @@ namespace kel::tavren::programs {
 
 class Loopback_Server {
 public:
-  // Listens on 127.0.0.1 in a main context; a null context is the default one. The system chooses
-  // the port if it is 0. Throws Bus_Error if the server cannot listen there.
+  // Listens on 127.0.0.1 in a main context; a null context means the default context. If the port
+  // is 0, the system chooses one. Throws Bus_Error if the server cannot listen there.
   Loopback_Server(GMainContext *context, int port);
   // Stops listening and disconnects all clients.
   ~Loopback_Server();
@@ -25,16 +25,16 @@ public:
 
   GstRTSPServer *get() const noexcept { return server_.get(); }
 
-  // The address of what is mounted at a path such as "/camera".
+  // Returns the address of a mount path such as "/camera".
   std::string uri(const std::string &path) const;
 
-  // Serves the media of a factory at a path, in place of what was mounted there.
+  // Serves the media of a factory at a path, in place of any factory that was mounted there.
   void mount(const std::string &path, const boost::intrusive_ptr<GstRTSPMediaFactory> &factory);
   void unmount(const std::string &path);
 
   void disconnect_clients() noexcept;
 
-  // Connections are refused until the server listens again, on the same port.
+  // Refuses connections until the server listens again, on the same port.
   void stop_listening() noexcept;
   void listen();
 

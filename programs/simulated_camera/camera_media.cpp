@@ -26,14 +26,15 @@ const std::string &row_of(const std::map<std::string, std::string> &table,
   return row->second;
 }
 
-// Encoder and payloader of each stream. What the library knows, the library names; the kinds that
-// it does not know are there to show what happens to them.
+// The encoder and the payloader of each stream. For media that the library supports, the elements
+// are taken from the library. The other kinds exist to show how the programs handle unsupported
+// media.
 std::string branch(const std::string &encoder, const std::string &payloader) {
   return encoder + " ! " + payloader;
 }
 
 // The parser repeats the parameter sets once before each key frame. The payloader would repeat them
-// before each slice of it.
+// before each of its slices.
 std::string h264_branch(int slices) {
   return branch("x264enc tune=zerolatency speed-preset=ultrafast bitrate=500 key-int-max=12 "
                 "threads=1 option-string=slices=" +
@@ -74,7 +75,7 @@ std::string metadata_branch() {
                 "onvifmetadatapay pt=107");
 }
 
-// Sends one metadata document; stops when the element that takes them is gone.
+// Sends one metadata document. Stops when the receiving element has been destroyed.
 gboolean send_metadata(gpointer data) {
   GstAppSrc *const source = static_cast<GstAppSrc *>(g_weak_ref_get(static_cast<GWeakRef *>(data)));
   if (source == nullptr) return G_SOURCE_REMOVE;
@@ -103,8 +104,7 @@ void start_metadata(GstElement *source, GMainContext *context) {
   g_source_attach(timer.get(), context);
 }
 
-// Gives an encoder's frames the times that they should have: from the segment's start, frame by
-// frame.
+// Gives an encoder's frames the correct times, frame by frame from the start of the segment.
 GstPadProbeReturn stamp(GstPad *, GstPadProbeInfo *info, gpointer data) {
   GstClockTime &next = *static_cast<GstClockTime *>(data);
   if ((info->type & GST_PAD_PROBE_TYPE_BUFFER) != 0) {
@@ -120,7 +120,8 @@ GstPadProbeReturn stamp(GstPad *, GstPadProbeInfo *info, gpointer data) {
   return GST_PAD_PROBE_OK;
 }
 
-// The framework's MPEG-4 encoder loses its frames' times with some versions of its codec library.
+// With some versions of its codec library, the framework's MPEG-4 encoder loses the timestamps of
+// its frames.
 void restamp(GstElement *encoder) {
   const boost::intrusive_ptr<GstPad> pad(gst_element_get_static_pad(encoder, "src"), false);
   const auto mask =
@@ -128,8 +129,8 @@ void restamp(GstElement *encoder) {
   gst_pad_add_probe(pad.get(), mask, stamp, g_new0(GstClockTime, 1), g_free);
 }
 
-// Adds a branch to a launch line. Returns the name of its payloader: the server serves those named
-// pay0, pay1 and so on.
+// Adds a branch to a launch line. Returns the name of its payloader: the server serves payloaders
+// named pay0, pay1 and so on.
 std::string add_branch(std::string &line, const std::string &branch, int &count) {
   std::string name = "pay" + std::to_string(count++);
   line += branch + " name=" + name + " ";

@@ -1,4 +1,4 @@
-// What a simulated camera sends.
+// The streams that a simulated camera sends.
 
 #ifndef TAVREN_PROGRAMS_CAMERA_MEDIA_H
 #define TAVREN_PROGRAMS_CAMERA_MEDIA_H
@@ -13,26 +13,25 @@ namespace kel::tavren::programs {
 struct Camera_Streams {
   std::string video = "h264";  // h264, jpeg, mpeg4, vp8 or none
   std::string audio = "aac";   // aac, mulaw, opus or none
-  bool metadata = false;       // an ONVIF metadata stream beside them
+  bool metadata = false;       // adds an ONVIF metadata stream
   int slices = 1;              // of each h264 picture
-  bool noise = false;          // noise instead of a moving ball: as jpeg 1 MB/s and more
+  bool noise = false;          // noise instead of a moving ball: 1 MB/s or more with jpeg
 };
 
 struct Camera_Elements {
   boost::intrusive_ptr<GstElement> bin;
-  // The names of the payloaders in it; empty: there is none.
+  // The names of the payloaders in the bin; empty if there is none.
   std::string video;
   std::string audio;
   std::string metadata;
 };
 
-// Makes the elements that produce the streams and pack them into RTP. The main context makes the
-// metadata documents. Throws std::invalid_argument for a stream that is not known, and what the
-// library throws if an element is missing.
+// Creates the elements that produce the streams and payload them into RTP. The main context
+// produces the metadata documents. Throws std::invalid_argument for an unknown stream. Propagates
+// the library's exception if an element is missing.
 Camera_Elements make_camera_elements(const Camera_Streams &streams, GMainContext *context);
 
-// Makes the next picture a key frame, as a camera does for a viewer that begins to play. Any
-// thread.
+// Makes the next picture a key frame, as a camera does for a new viewer. Thread-safe.
 void request_key_frame(const Camera_Elements &elements) noexcept;
 
 }  // namespace kel::tavren::programs

@@ -75,7 +75,7 @@ void Misbehaving_Server::begin(const Misbehaviour &misbehaviour) {
   }
 }
 
-// Another process may have taken the port meanwhile. Then the camera stays away.
+// Another process may have taken the port in the meantime. The camera then remains unavailable.
 void Misbehaving_Server::listen_again() noexcept {
   try {
     server_.listen();

@@ -1,4 +1,4 @@
-// Does what a simulated camera is asked to do wrong.
+// Performs the requested misbehaviour of a simulated camera.
 
 #ifndef TAVREN_PROGRAMS_MISBEHAVING_SERVER_H
 #define TAVREN_PROGRAMS_MISBEHAVING_SERVER_H
@@ -25,13 +25,14 @@ public:
   Misbehaving_Server(const Misbehaving_Server &) = delete;
   Misbehaving_Server &operator=(const Misbehaving_Server &) = delete;
 
-  // Puts the gates behind the payloaders. Throws what the library throws if one is missing.
+  // Adds gates after the payloaders. Propagates the library's exception if a payloader is missing.
   void guard(const Camera_Elements &elements);
 
-  // The first viewer plays; further calls have no effect. Only in a thread that runs the context.
+  // Call this when the first viewer plays; further calls have no effect. Only for the thread that
+  // runs the context.
   void start();
 
-  // Lets everything through. Any thread.
+  // Opens all gates. Thread-safe.
   void stop() noexcept;
 
 private:

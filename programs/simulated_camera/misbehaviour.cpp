@@ -29,7 +29,7 @@ constexpr Word words[] = {
     {"gone", Misbehaviour::Kind::gone, true},
 };
 
-// A number of seconds, written with a point in every locale.
+// Parses a number of seconds with a decimal point, in every locale.
 std::optional<double> parse_seconds(const std::string &text) {
   if (text.empty() || text.find_first_not_of("0123456789.") != std::string::npos)
     return std::nullopt;

@@ -11,7 +11,7 @@ gboolean set_caps(GstRTPBasePayload *payloader, GstCaps *) {
   return gst_rtp_base_payload_set_outcaps(payloader, nullptr);
 }
 
-// Splits a document into packets; the marker bit tells its last one.
+// Splits a document into packets. The marker bit is set on the last one.
 GstFlowReturn handle_buffer(GstRTPBasePayload *payloader, GstBuffer *document) {
   const gsize size = gst_buffer_get_size(document);
   const gsize payload_size =

@@ -1,13 +1,12 @@
-// The framework has no payloader for the metadata streams of ONVIF cameras; the simulated camera
-// brings its own.
+// A payloader for the metadata streams of ONVIF cameras, which the framework does not provide.
 
 #ifndef TAVREN_PROGRAMS_ONVIF_METADATA_PAYLOADER_H
 #define TAVREN_PROGRAMS_ONVIF_METADATA_PAYLOADER_H
 
 namespace kel::tavren::programs {
 
-// Makes the element factory "onvifmetadatapay" known to this process: it takes XML documents and
-// sends each as RTP of encoding name VND.ONVIF.METADATA.
+// Registers the element factory "onvifmetadatapay" for this process. The element accepts XML
+// documents and sends each one as RTP with the encoding name VND.ONVIF.METADATA.
 void register_onvif_metadata_payloader();
 
 }  // namespace kel::tavren::programs

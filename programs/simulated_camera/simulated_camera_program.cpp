@@ -1,5 +1,5 @@
-// Serves a simulated camera until its lifetime is over or it is asked to end; the first line on
-// stdout is where to reach it.
+// Serves a simulated camera until its lifetime is over or a signal arrives. The first line on
+// stdout is the camera's address.
 
 #include <iostream>
 
@@ -63,7 +63,7 @@ int main(int argc, char **argv) {
       {"slices", 0, 0, G_OPTION_ARG_INT, &options.streams.slices,
        "slices of each h264 picture (default 1)", "N"},
       {"noise", 0, 0, G_OPTION_ARG_NONE, &noise,
-       "send noise instead of a moving ball, which takes many more bytes", nullptr},
+       "send noise instead of a moving ball, at a much higher bit rate", nullptr},
       {"port", 0, 0, G_OPTION_ARG_INT, &options.service.port,
        "listen on this port (default 0: the system chooses)", "N"},
       {"transport", 0, 0, G_OPTION_ARG_STRING, transport.target(),
@@ -71,8 +71,8 @@ int main(int argc, char **argv) {
       {"lifetime", 0, 0, G_OPTION_ARG_INT, &options.lifetime, "serve this long (default 3600)",
        "SECONDS"},
       {"misbehave", 0, 0, G_OPTION_ARG_STRING, misbehaviour.target(),
-       "at second T of the first play: pause:S@T, drop:S@T, stop-video@T, stop-audio@T, silent@T, "
-       "close@T, gone:S@T; S seconds long, separated by commas",
+       "T seconds after the first viewer starts to play: pause:S@T, drop:S@T, stop-video@T, "
+       "stop-audio@T, silent@T, close@T, gone:S@T; S: duration in seconds; separated by commas",
        "LIST"}};
   return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", entries, [&] {
     options.streams.video = video.value_or("h264");

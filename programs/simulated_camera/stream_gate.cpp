@@ -48,7 +48,7 @@ GstPadProbeReturn Stream_Gate::on_packet(GstPad *, GstPadProbeInfo *, gpointer g
   return static_cast<Stream_Gate *>(gate)->lets_through() ? GST_PAD_PROBE_OK : GST_PAD_PROBE_DROP;
 }
 
-// Waits while the gate holds back.
+// Waits while the gate holds data back. Returns whether to let it pass.
 bool Stream_Gate::lets_through() noexcept {
   std::unique_lock lock(mutex_);
   for (gint64 left = hold_until_ - g_get_monotonic_time(); left > 0;

@@ -1,4 +1,4 @@
-// Lets a stream of the simulated camera through, or not.
+// A gate that delays or drops the data of a simulated camera's stream.
 
 #ifndef TAVREN_PROGRAMS_STREAM_GATE_H
 #define TAVREN_PROGRAMS_STREAM_GATE_H
@@ -10,20 +10,20 @@
 
 namespace kel::tavren::programs {
 
-// All functions may be called from any thread. Times are in us.
+// Thread-safe. Times are in us.
 class Stream_Gate {
 public:
   static constexpr gint64 for_ever = G_MAXINT64;
 
-  // Holds what arrives back for a time.
+  // Holds data back for the given time.
   void hold(gint64 duration) noexcept;
-  // Drops what arrives for a time, or for_ever.
+  // Drops data for the given time, or permanently with for_ever.
   void drop(gint64 duration) noexcept;
-  // Ends whatever goes on, so that no thread waits here any more.
+  // Ends any delay or drop, so that no thread waits here any more.
   void open() noexcept;
 
-  // Puts the gate behind a payloader. The gate must outlive it. Throws what the library throws if
-  // the payloader has no "src" pad.
+  // Adds the gate after a payloader. The gate must outlive the payloader. Propagates the library's
+  // exception if the payloader has no "src" pad.
   void guard(GstElement *payloader);
 
 private:
@@ -33,7 +33,7 @@ private:
   std::mutex mutex_;
   std::condition_variable opened_;
   gint64 hold_until_ = 0;  // on the monotonic clock
-  gint64 drop_until_ = 0;  // likewise
+  gint64 drop_until_ = 0;  // on the monotonic clock
 };
 
 }  // namespace kel::tavren::programs

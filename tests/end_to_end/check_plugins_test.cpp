@@ -1,4 +1,4 @@
-// The program check_plugins, as its users run it: here, and where plug-ins are missing.
+// Runs the program check_plugins as users do, with all plugins and with missing ones.
 
 #include <algorithm>
 #include <filesystem>
@@ -15,7 +15,7 @@ namespace kel::tavren::tests {
 
 namespace {
 
-// A system with chosen plug-ins only.
+// A system with selected plugins only.
 class Plugin_Folder {
 public:
   Plugin_Folder() {
@@ -48,7 +48,7 @@ private:
   Media_Folder folder_;
 };
 
-// The table by element, each row as its words.
+// Returns the rows of the table by element, each as a list of words.
 std::map<std::string, std::vector<std::string>> rows_of(const std::string &table) {
   std::map<std::string, std::vector<std::string>> rows;
   std::istringstream lines(table);
@@ -92,7 +92,7 @@ TEST(Check_Plugins, Tells_What_Brings_An_Element_And_What_It_Is_For) {
   const auto rows = rows_of(run({CHECK_PLUGINS}).out);
   std::vector<std::string> row = rows.at("rtph264pay");
   ASSERT_EQ(row.size(), 8U);
-  row.erase(row.begin() + 3);  // the version, which is the system's business
+  row.erase(row.begin() + 3);  // the version, which depends on the system
   EXPECT_EQ(row, (std::vector<std::string>{"present", "GstRtpH264Pay", "rtp",
                                            "gstreamer1.0-plugins-good", "pay", "H264,", "relay"}));
   EXPECT_EQ(rows.at("tee")[1], "GstTee");
@@ -121,7 +121,7 @@ TEST(Check_Plugins, Names_The_Missing_Elements_And_Their_Package) {
   EXPECT_EQ(last_line(outcome.out), "30 elements, 2 required missing\n");
 }
 
-// Then no depayloader is registered whose caps could be asked about; one is still named.
+// No depayloader is registered, so there are no caps to compare, but the element is still listed.
 TEST(Check_Plugins, Names_The_Missing_Depayloader) {
   Plugin_Folder plugins;
   plugins.remove("rtp");

@@ -76,7 +76,7 @@ Outcome Child_Process::wait() {
   const gint64 deadline = g_get_monotonic_time() + longest_wait;
   while (read_some(deadline)) {
   }
-  // It has closed its output by now, or its time is over.
+  // The process has closed its output, or its time is over.
   while (!reap(WNOHANG)) {
     if (g_get_monotonic_time() >= deadline) kill(pid_, SIGKILL);
     g_usleep(1000);
@@ -84,7 +84,7 @@ Outcome Child_Process::wait() {
   return {WIFEXITED(wait_status_) ? WEXITSTATUS(wait_status_) : -1, out_.text, err_.text};
 }
 
-// Reads what has come. Returns false when nothing more can come, or not in time.
+// Reads the available output. Returns false at the end of the output or after the deadline.
 bool Child_Process::read_some(gint64 deadline) {
   pollfd descriptors[] = {{out_.descriptor, POLLIN, 0}, {err_.descriptor, POLLIN, 0}};
   if (out_.descriptor == -1 && err_.descriptor == -1) return false;

@@ -1,4 +1,4 @@
-// A program run as its users run it, never waited for without an end.
+// Runs a program as users do, with bounded waits.
 
 #ifndef TAVREN_TESTS_CHILD_PROCESS_H
 #define TAVREN_TESTS_CHILD_PROCESS_H
@@ -13,10 +13,10 @@
 
 namespace kel::tavren::tests {
 
-// How a program ended.
+// The result of a program.
 struct Outcome {
-  int status = -1;  // its exit status; -1 when a signal ended it, or the waiting
-  std::string out;  // all that it wrote
+  int status = -1;  // exit status; -1 if the program was killed by a signal or after a timeout
+  std::string out;  // its whole output
   std::string err;
 };
 
@@ -24,22 +24,22 @@ class Child_Process {
 public:
   using Environment = std::map<std::string, std::string>;
 
-  // Starts it, with these variables besides the test's own. Throws std::runtime_error.
+  // Starts the program with additional environment variables. Throws std::runtime_error.
   explicit Child_Process(const std::vector<std::string> &command,
                          const Environment &environment = {});
-  // Kills it when it still runs.
+  // Kills the program if it is still running.
   ~Child_Process();
 
   Child_Process(const Child_Process &) = delete;
   Child_Process &operator=(const Child_Process &) = delete;
 
-  // Waits for a whole line on its stdout, without the line's end; empty when none comes.
+  // Waits for a line on its stdout, and returns it without the newline; empty if there is none.
   std::string first_line();
-  // Waits until its stdout contains a text. Returns whether it does.
+  // Waits until its stdout contains a text. Returns false after a timeout.
   bool writes(const std::string &text);
   void send_signal(int number) const;
   pid_t id() const noexcept { return pid_; }
-  // Waits for its end, and kills it when that takes too long.
+  // Waits until the program ends, and kills it after a timeout.
   Outcome wait();
 
 private:
@@ -58,7 +58,7 @@ private:
   int wait_status_ = 0;
 };
 
-// Runs a program to its end.
+// Runs a program to completion.
 Outcome run(const std::vector<std::string> &command,
             const Child_Process::Environment &environment = {});
 

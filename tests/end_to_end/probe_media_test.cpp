@@ -1,4 +1,4 @@
-// The program probe_media, as its users run it.
+// Runs the program probe_media as users do.
 
 #include <csignal>
 #include <ostream>
@@ -93,7 +93,7 @@ TEST(Probe_Media, Shows_What_A_Camera_Sends) {
                                "audio 1  MULAW  audio/x-mulaw  -           -\n\n");
 }
 
-// A camera that takes the connection and then says nothing.
+// A camera that accepts the connection and then sends nothing.
 TEST(Probe_Media, Waits_No_Longer_Than_Told) {
   Child_Process camera({SIMULATED_CAMERA});
   const std::string uri = camera.first_line();

@@ -1,4 +1,4 @@
-// Real recordings of the simulated camera, read back by an independent reader.
+// Records the simulated camera, and reads the files with an independent program.
 
 #include <csignal>
 
@@ -22,7 +22,7 @@ namespace {
 constexpr int duration = 2;  // s, of most recordings
 constexpr int frame_rate = 25;
 
-// A folder for one test's files, gone with the test.
+// A folder for the files of one test, removed at its end.
 class Scratch_Folder {
 public:
   Scratch_Folder() {
@@ -40,7 +40,7 @@ public:
 
   std::string file(const std::string &name) const { return path_ + "/" + name; }
 
-  // The files that are there now.
+  // Returns the current files.
   std::vector<std::string> list() const {
     std::vector<std::string> files;
     const std::unique_ptr<GDir, decltype(&g_dir_close)> listing(
@@ -58,9 +58,9 @@ bool exists(const std::string &file) {
   return g_file_test(file.c_str(), G_FILE_TEST_EXISTS);
 }
 
-// What the independent reader finds in a file.
+// The contents of a file, according to the independent reader.
 struct Contents {
-  std::map<std::string, gint64> frames;  // decoded, of each codec
+  std::map<std::string, gint64> frames;  // decoded frames of each codec
   double duration = 0;                   // s
 
   std::vector<std::string> codecs() const {
@@ -95,8 +95,8 @@ Outcome record(std::vector<std::string> arguments) {
   return run(arguments);
 }
 
-// The framework's RTSP source draws criticals of its own when it is stopped while it still
-// connects: on some runs, some hundred of them, about a closed stream or events without a number.
+// If the framework's RTSP source is stopped while it is connecting, it may log up to hundreds of
+// criticals about a closed stream or events without a sequence number.
 std::string without_criticals_of_the_source(const std::string &err) {
   std::string told;
   std::istringstream lines(err);
@@ -107,7 +107,7 @@ std::string without_criticals_of_the_source(const std::string &err) {
   return told;
 }
 
-// One line on stderr, as every failure is told.
+// Every failure is reported as one line on stderr.
 void expect_one_line(const Outcome &outcome, const std::string &text) {
   const std::string told = without_criticals_of_the_source(outcome.err);
   EXPECT_EQ(outcome.status, 1);
@@ -115,7 +115,7 @@ void expect_one_line(const Outcome &outcome, const std::string &text) {
   EXPECT_NE(told.find(text), std::string::npos) << told;
 }
 
-// Waits until a recording has brought a file to a size, so that it is well under way.
+// Waits until a file has the given size, so that the recording is in progress.
 void wait_for_bytes(const std::string &file, goffset size) {
   for (int i = 0; i < 600; ++i) {
     GStatBuf status;
@@ -129,14 +129,14 @@ struct Recording {
   const char *container;
   const char *video;
   const char *audio;
-  std::vector<std::string> codecs;  // as the reader names them, in alphabetic order
+  std::vector<std::string> codecs;  // names used by the reader, in alphabetical order
 };
 
 void PrintTo(const Recording &recording, std::ostream *out) {
   *out << recording.video << " and " << recording.audio << " in ." << recording.container;
 }
 
-// Nine frames in ten of the video; the reader cuts mu-law into pieces as it likes.
+// Nine tenths of the video frames. The reader may split mu-law into packets of any size.
 gint64 least_frames(const std::string &codec) {
   if (codec == "pcm_mulaw") return 5;
   return gint64{duration} * frame_rate * 9 / 10;
@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(EachContainerAndCodec, Recordings,
                                          Recording{"mp4", "h264", "opus", {"h264", "opus"}},
                                          Recording{"mov", "none", "mulaw", {"pcm_mulaw"}}));
 
-// What a container or a table does not take: one line, and no file is left behind.
+// Unsupported by the container or the tables: the program prints one line and leaves no file.
 struct Refusal {
   const char *container;
   const char *video;
@@ -218,7 +218,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "record_camera: error 0x15000: Unknown file extension : could not create muxer "
                 "for \""}));
 
-// A stream that the container does not hold is passed over; the others are recorded.
+// A stream that the container does not support is skipped. The others are recorded.
 struct Passing_Over {
   const char *container;
   const char *video;
@@ -280,7 +280,7 @@ TEST(RecordCamera, TellsThatItsFileCannotBeWritten) {
                     "record_camera: error gst-resource-error-quark 6: ");
 }
 
-// No file system has that much space: each file is removed once it is complete.
+// No file system has this much space, so each file is removed once it is complete.
 TEST(RecordCamera, RemovesItsOldestFilesToKeepSpaceFree) {
   Scratch_Folder folder;
   const std::string foreign = folder.file("camera-of-someone-else.mkv");
@@ -324,7 +324,7 @@ TEST(RecordCamera, KeepsTheFileWhenThePipelineCannotBeDrawn) {
 TEST(RecordCamera, TellsThatACameraCannotBeReached) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
-  // Port 9 of the loopback address: nobody listens there.
+  // Nothing listens on port 9 of the loopback address.
   expect_one_line(record({"--uri", "rtsp://127.0.0.1:9/camera", "--output", file}),
                   "record_camera: error gst-resource-error-quark ");
   EXPECT_FALSE(exists(file));
@@ -350,7 +350,7 @@ TEST(RecordCamera, PassesOverMetadata) {
   EXPECT_EQ(read_back(file).codecs(), (std::vector<std::string>{"aac", "h264"}));
 }
 
-// The whole way: a camera that sends metadata beside its video, relayed, recorded, read back.
+// The complete chain: a camera with video and metadata is relayed, recorded and read.
 TEST(RecordCamera, RecordsARelayedCamera) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mp4");
@@ -392,7 +392,7 @@ TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
     EXPECT_NE(picture.find(element), std::string::npos) << element;
 }
 
-// However a recording ends before its time, what was recorded is finished and plays.
+// However a recording ends early, its file is finished and can be played.
 class Interrupted : public testing::TestWithParam<const char *> {
 protected:
   Interrupted()

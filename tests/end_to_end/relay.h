@@ -1,4 +1,4 @@
-// The relay as a program.
+// Runs the relay program.
 
 #ifndef TAVREN_TESTS_RELAY_H
 #define TAVREN_TESTS_RELAY_H
@@ -8,7 +8,7 @@
 namespace kel::tavren::tests {
 
 struct Relay : Child_Process {
-  // The URI is empty if the relay does not begin to serve.
+  // The URI is empty if the relay does not start to serve.
   explicit Relay(const std::string &camera, const std::vector<std::string> &options = {},
                  const Environment &environment = {})
       : Child_Process(command(camera, options), environment), uri(first_line()) {}

@@ -1,4 +1,4 @@
-// A camera of relay_stream that goes away and comes back.
+// Tests relay_stream with a camera that disconnects and returns.
 
 #include <csignal>
 
@@ -15,7 +15,7 @@ namespace kel::tavren::tests {
 
 namespace {
 
-// A port that nothing listens on for now.
+// Returns a port that nothing is listening on.
 std::string free_port() {
   return port_of(Camera().uri);
 }
@@ -48,7 +48,7 @@ TEST(Relay_Retry, Goes_On_For_The_Same_Viewer_When_The_Camera_Is_Back) {
       << outcome.out;
 }
 
-// The time of the gap passes for the viewer, too: its RTP clock never goes back.
+// The duration of the gap passes for the viewer, too: its RTP clock never goes back.
 TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
   const Camera camera({"--misbehave", "gone:1@2"});
   const Relay relay(camera.uri, {"--retry", "20"});
@@ -94,8 +94,8 @@ TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
   EXPECT_EQ(relay.wait().status, 0);
 }
 
-// Viewers cannot go on with other streams. They are disconnected, and served the new ones when they
-// come back.
+// Viewers cannot continue with different streams. They are disconnected, and get the new streams
+// when they reconnect.
 TEST(Relay_Retry, Serves_Other_Streams_If_The_Camera_Comes_Back_With_Them) {
   auto camera = std::make_unique<Camera>();
   const std::string port = port_of(camera->uri);

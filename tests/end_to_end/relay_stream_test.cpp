@@ -1,4 +1,4 @@
-// The program relay_stream, as its users run it: between a camera and those who watch.
+// Runs the program relay_stream as users do, between a camera and viewers.
 
 #include <csignal>
 #include <ostream>
@@ -113,7 +113,7 @@ TEST(Relay_Stream, Leaves_Out_What_No_Elements_Can_Relay) {
                                      "RTP audio PCMU: rtppcmudepay -> rtppcmupay\n");
 }
 
-// A stream that the first viewer did not want must still be there for the next.
+// A stream that the first viewer did not select must still be available to the next one.
 TEST(Relay_Stream, Serves_Viewers_Beside_And_After_Each_Other) {
   const Camera camera;
   Relay relay(camera.uri);

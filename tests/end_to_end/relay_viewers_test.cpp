@@ -1,4 +1,4 @@
-// Many viewers of relay_stream, and some that leave without a word or stop reading.
+// Tests relay_stream with many viewers, including some that are killed or stop reading.
 
 #include <csignal>
 
@@ -17,14 +17,14 @@ namespace kel::tavren::tests {
 
 namespace {
 
-// AddressSanitizer keeps what is freed, so that resident memory says little.
+// AddressSanitizer keeps freed memory, so resident memory is not meaningful.
 #ifdef __SANITIZE_ADDRESS__
 constexpr long memory_tolerance = long{256} * 1024;  // KiB, the size of its quarantine
 #else
 constexpr long memory_tolerance = long{8} * 1024;  // KiB
 #endif
 
-// What a process takes of the system.
+// Resources that a process uses.
 struct Resources {
   long memory = 0;  // resident, in KiB
   long threads = 0;
@@ -46,14 +46,14 @@ Resources resources_of(const Child_Process &process) {
   return resources;
 }
 
-// Another process that plays a relay.
+// Starts another process that plays a relay.
 std::unique_ptr<Child_Process> make_player(const std::string &uri, const std::string &transport) {
   return std::make_unique<Child_Process>(
       std::vector<std::string>{"ffmpeg", "-v", "quiet", "-nostdin", "-rtsp_transport", transport,
                                "-i", uri, "-c", "copy", "-f", "null", "-"});
 }
 
-// Waits until what the relay takes for its viewers is released.
+// Waits until the relay has released its resources for viewers.
 Resources settled(const Child_Process &relay, const Resources &expected) {
   Resources resources = resources_of(relay);
   for (int i = 0; i < 100; ++i) {
@@ -76,7 +76,7 @@ void watch_for_a_moment(const std::string &uri, const char *media, const char *t
   ASSERT_TRUE(viewer.sees(5));
 }
 
-// What the relay takes once it has served each stream over each transport.
+// Returns the resources of the relay after it has served each stream over each transport.
 Resources resources_after_first_viewers(const Relay &relay) {
   for (const char *const media : {"video", "audio"})
     for (const char *const transport : {"tcp", "udp"})
@@ -97,7 +97,8 @@ TEST(Relay_Viewers, Take_Nothing_With_Them_One_After_The_Other) {
   EXPECT_EQ(relay.wait().status, 0);
 }
 
-// The camera sends so much that a viewer which does not read is full within seconds.
+// The camera's bit rate is so high that the buffer of a viewer that does not read is full within
+// seconds.
 TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
   const Camera camera({"--video", "jpeg", "--noise"});
   Relay relay(camera.uri);
@@ -123,18 +124,18 @@ TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
   for (const Viewer &viewer : viewers)
     EXPECT_TRUE(viewer.sees(50));
 
-  // All that was left behind is released, and the stream still runs for a newcomer.
+  // The resources of the former viewers are released, and a new viewer can play the stream.
   players.clear();
   viewers.clear();
   const Viewer newcomer(relay.uri, "video", "udp");
   EXPECT_TRUE(newcomer.sees(500));
   const Resources after = settled(relay, before);
-  // The viewers that remain have a connection each, which takes up to two descriptors.
+  // Each of the remaining viewers has a connection, which uses up to two descriptors.
   EXPECT_LE(after.descriptors, before.descriptors + 4);
   EXPECT_LE(after.threads, before.threads);
 }
 
-// Without another viewer over TCP, a stopped one must not hold back those over UDP.
+// If the only viewer over TCP is stopped, it must not block viewers over UDP.
 TEST(Relay_Viewers, Over_Udp_Do_Not_Wait_For_One_Over_Tcp_That_Is_Stopped) {
   const Camera camera({"--video", "jpeg", "--noise"});
   const Relay relay(camera.uri);

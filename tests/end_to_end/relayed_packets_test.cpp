@@ -1,4 +1,4 @@
-// What a viewer of relay_stream gets: the camera's frames at the camera's times.
+// Tests that viewers of relay_stream receive the camera's frames with the camera's times.
 
 #include <algorithm>
 #include <cstdlib>
@@ -15,7 +15,7 @@ namespace kel::tavren::tests {
 namespace {
 
 constexpr gint32 frame_step = 90000 / 25;     // of the video, in units of its clock
-constexpr gint32 millisecond = 90000 / 1000;  // likewise
+constexpr gint32 millisecond = 90000 / 1000;  // in the same units
 constexpr gint32 audio_step = 1024;           // samples of an AAC frame
 
 void expect_steps(const std::vector<gint32> &steps, gint32 expected, gint32 tolerance) {
@@ -43,7 +43,7 @@ TEST(Relayed_Packets, Keep_The_Cameras_Times_Through_A_Pause_And_The_Burst_After
   expect_steps(viewer.timestamp_steps(), frame_step, millisecond);
 }
 
-// A sequence parameter set begins each key frame, after an access unit delimiter.
+// A key frame begins with a sequence parameter set, after an access unit delimiter.
 TEST(Relayed_Packets, Begin_With_A_Key_Frame_For_Each_Viewer) {
   constexpr int delimiter = 9;
   constexpr int sequence_parameter_set = 7;
@@ -54,12 +54,12 @@ TEST(Relayed_Packets, Begin_With_A_Key_Frame_For_Each_Viewer) {
     ASSERT_TRUE(viewer.sees(5));
     EXPECT_EQ(viewer.packets()[0].h264_unit_type(), delimiter);
     EXPECT_EQ(viewer.packets()[1].h264_unit_type(), sequence_parameter_set);
-    // The next viewer comes at another place between two key frames.
+    // Connects the next viewer at another position between two key frames.
     g_usleep(G_TIME_SPAN_SECOND / 7);
   }
 }
 
-// What an independent decoder complains about, of two seconds of a stream.
+// Returns the errors of an independent decoder for two seconds of a stream.
 std::string complaints(const std::string &uri, const std::string &transport) {
   const Outcome outcome = run({"ffmpeg", "-v", "warning", "-nostdin", "-rtsp_transport", transport,
                                "-i", uri, "-map", "0:v", "-t", "2", "-f", "null", "-"});
@@ -74,7 +74,7 @@ TEST(Relayed_Packets, Of_Several_Slices_Decode_Without_A_Complaint) {
   EXPECT_EQ(complaints(relay.uri, "udp"), "");
 }
 
-// The camera sends each of a picture's slices as one packet, after an access unit delimiter.
+// The camera sends each slice of a picture as one packet, after an access unit delimiter.
 TEST(Relayed_Packets, Hold_As_Many_Slices_As_The_Camera_Sends) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const Relay relay(camera.uri);

@@ -1,4 +1,4 @@
-// The simulated camera as a program.
+// Runs the simulated camera program.
 
 #ifndef TAVREN_TESTS_SIMULATED_CAMERA_H
 #define TAVREN_TESTS_SIMULATED_CAMERA_H

@@ -1,4 +1,4 @@
-// The program simulated_camera, as its users run it.
+// Runs the program simulated_camera as users do.
 
 #include <unistd.h>
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr gint32 frame_step = 90000 / 25;
 
-// How many packets are missing between two that arrived one after the other.
+// Returns the number of packets lost between consecutive packets.
 int lost(const std::vector<Packet> &packets) {
   int lost = 0;
   for (std::size_t i = 1; i < packets.size(); ++i)
@@ -41,7 +41,7 @@ TEST(Simulated_Camera, Keeps_The_Clock_Of_A_Viewer_While_Others_Come_And_Go) {
     const Viewer other(camera.uri, "video", transport);
     ASSERT_TRUE(other.sees(20));
   }
-  // It asks to play from the start.
+  // ffmpeg asks to play from the start.
   run({"ffmpeg", "-v", "quiet", "-nostdin", "-i", camera.uri, "-t", "1", "-f", "null", "-"});
   ASSERT_TRUE(viewer.sees(20));
   for (const gint32 step : viewer.timestamp_steps())
@@ -71,7 +71,7 @@ TEST(Simulated_Camera, Listens_On_The_Port_Asked_For) {
   EXPECT_EQ(camera.uri, "rtsp://127.0.0.1:" + port + "/camera");
 }
 
-// A viewer may join in the middle of a key frame, so decoding starts at a later one.
+// A viewer may join in the middle of a key frame, so skip to a later one before decoding.
 TEST(Simulated_Camera, Sends_Slices_That_Decode_Without_A_Complaint) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const std::string file = testing::TempDir() + "slices-" + std::to_string(getpid()) + ".mkv";

@@ -19,7 +19,7 @@ Viewer::Viewer(const std::string &uri, std::string media, const std::string &tra
     : media_(std::move(media)),
       pipeline_(GST_ELEMENT_CAST(gst_object_ref_sink(Media_Helper::gst_parse_launch_or_throw(
                     "rtspsrc name=source latency=0 protocols=" + transport +
-                    // GStreamer 1.18 adds pads for streams that were not selected, too.
+                    // GStreamer 1.18 also adds pads for streams that were not selected.
                     " ! application/x-rtp, media=" + media_ +
                     " ! fakesink name=sink sync=false async=false signal-handoffs=true"))),
                 false) {
@@ -74,7 +74,7 @@ gboolean Viewer::select(GstElement *, guint, GstCaps *caps, gpointer viewer) noe
 }
 
 void Viewer::note_packet(GstElement *, GstBuffer *packet, GstPad *, gpointer viewer) noexcept {
-  std::array<guint8, 13> start = {};  // of a packet: its header, and one byte more
+  std::array<guint8, 13> start = {};  // the header of a packet and one more byte
   gst_buffer_extract(packet, 0, start.data(), start.size());
   auto &self = *static_cast<Viewer *>(viewer);
   const std::lock_guard lock(self.mutex_);

@@ -1,4 +1,4 @@
-// A viewer that looks at the RTP packets of one stream.
+// A viewer that inspects the RTP packets of one stream.
 
 #ifndef TAVREN_TESTS_VIEWER_H
 #define TAVREN_TESTS_VIEWER_H
@@ -14,7 +14,7 @@
 namespace kel::tavren::tests {
 
 struct Packet {
-  guint16 number = 0;     // its sequence number
+  guint16 number = 0;     // sequence number
   guint32 timestamp = 0;  // in units of the stream's clock
   guint8 first_byte = 0;  // of the payload
   gint64 arrival = 0;     // on the monotonic clock in us
@@ -24,21 +24,21 @@ struct Packet {
 
 class Viewer {
 public:
-  // Plays the streams of one kind, such as "video", and asks for no other.
+  // Plays only the streams of one kind, such as "video".
   Viewer(const std::string &uri, std::string media, const std::string &transport = "tcp");
   ~Viewer();
   Viewer(const Viewer &) = delete;
   Viewer &operator=(const Viewer &) = delete;
 
-  // Whether so many packets more arrive in time.
+  // Waits for the given number of further packets. Returns false after a timeout.
   bool sees(std::size_t packets) const;
 
-  // Whether the stream ends in time, in whatever way.
+  // Waits until the stream ends in any way. Returns false after a timeout.
   bool sees_end() const;
 
   std::vector<Packet> packets() const;
 
-  // The steps between the RTP timestamps of the frames that have arrived.
+  // Returns the steps between the RTP timestamps of the received frames.
   std::vector<gint32> timestamp_steps() const;
 
 private:

@@ -1,4 +1,4 @@
-// Argument checks, lookups, what makes elements and what controls them.
+// Argument checks, lookups, construction and control of elements.
 
 #include <map>
 
@@ -12,7 +12,7 @@ using capture::MediaType;
 
 namespace {
 
-// Sets a state, and puts the element to rest again.
+// Sets a state, then resets the element to NULL.
 std::string set_state(const Element &element, GstState state, const std::string &context) {
   const struct Rest {
     GstElement *element;

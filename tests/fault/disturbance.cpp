@@ -56,7 +56,7 @@ Disturbed::~Disturbed() {
   disturbing = false;
 }
 
-// Within the room that was reserved: nothing is allocated here.
+// Uses reserved memory: nothing is allocated here.
 bool fails_now(const char *function, const void *caller) {
   if (!disturbing || !is_in_library(caller)) return false;
   auto counted = std::find_if(seen.calls.begin(), seen.calls.end(),

@@ -1,4 +1,4 @@
-// How fault tests make one thing go wrong in a call: an allocation, a function of the framework.
+// Makes an allocation or a function of the framework fail during a call.
 
 #ifndef TAVREN_TESTS_DISTURBANCE_H
 #define TAVREN_TESTS_DISTURBANCE_H
@@ -13,32 +13,32 @@ namespace kel::tavren::tests {
 
 constexpr int EVERY_CALL = -1;
 
-// What goes wrong. Both count from 1, within one disturbed call.
+// The failures to simulate. Both numbers count from 1 within one disturbed call.
 struct Disturbance {
-  // The function of the framework that answers with its failure instead of doing its work, and
-  // which of the library's calls of it does, or EVERY_CALL.
+  // The function of the framework that returns its failure value without doing its work, and the
+  // number of the library's call to it, or EVERY_CALL.
   std::string_view function;
   int call = 0;
-  // The allocation that fails, and whether all that follow it fail too.
+  // The allocation that fails. If persistent, all later ones fail, too.
   int allocation = 0;
   bool persistent = false;
 };
 
-// What the library did in a disturbed call.
+// The library's activity in a disturbed call.
 struct Observed {
   int allocations = 0;
-  // How often it called each function of the framework that can fail.
+  // The number of calls of each function of the framework that can fail.
   std::vector<std::pair<std::string_view, int>> calls;
 };
 
-// From now on the disturbed calls of this thread go wrong in this way.
+// Sets the failures for this thread's next disturbed calls.
 void disturb_with(const Disturbance &disturbance);
 
-// Of the disturbed calls since then.
+// Returns the activity of the disturbed calls since then.
 const Observed &observed();
 
-// What is called in its scope, on this thread, goes wrong as planned. The memory that it allocates
-// is noted.
+// While an instance exists, calls on this thread fail as configured, and the allocated memory is
+// recorded.
 class Disturbed {
 public:
   Disturbed();
@@ -56,8 +56,8 @@ auto disturbed(Call call) {
   return call();
 }
 
-// For what stands in for a function of the framework: whether this call of it is the one to fail.
-// Only the library's own calls count, not those that the framework makes itself.
+// For stand-ins: returns whether this call of the function must fail. Only calls by the library
+// count, not those by the framework.
 bool fails_now(const char *function, const void *caller);
 
 }  // namespace kel::tavren::tests

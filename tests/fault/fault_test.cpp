@@ -1,9 +1,10 @@
-// Everything that can fail in a call of the library is made to fail, one thing at a time, and every
-// time nothing may be lost: no crash, no reference, no block of memory, and the next call works.
+// Makes everything fail that can fail in a call of the library, one thing at a time. Each time,
+// checks that the call does not crash, leak a reference or leak memory, and that the next call
+// works.
 //
-// What fails in the framework, and what then comes of the call, stands line by line in
-// outcomes.txt. On top of each of its lines every allocation fails, alone and with all that follow
-// it.
+// outcomes.txt lists the failures in the framework and the result of the call, one per line. For
+// each of its lines, this test also makes every allocation fail, both individually and together
+// with all later ones.
 
 #include <charconv>
 #include <csignal>
@@ -32,7 +33,7 @@ std::string text_of(const Scenario &scenario) {
   return testing::PrintToString(scenario);
 }
 
-// Empty for none.
+// Returns an empty text if there is no disturbance.
 std::string text_of(const Disturbance &disturbance) {
   std::ostringstream text;
   if (disturbance.call == EVERY_CALL)
@@ -57,7 +58,7 @@ std::vector<Scenario> all_scenarios() {
   return all;
 }
 
-// Puts what came of a call into a text that has room for it: nothing is allocated that outlives the
+// Writes the result of a call to a text with reserved capacity, so that no allocation outlives the
 // call.
 void tell_outcome(const Call &call, std::string &outcome) {
   const auto tell = [&outcome](const char *class_name, const auto &error) {
@@ -81,10 +82,10 @@ void tell_outcome(const Call &call, std::string &outcome) {
   }
 }
 
-// What came of one call.
+// The result of one call.
 struct Round {
   std::string outcome;
-  // The objects whose count has changed, and by how much.
+  // The objects whose reference count has changed, and the differences.
   std::string changes;
   int allocations = 0;
   std::vector<std::pair<std::string, int>> framework_calls;
@@ -97,7 +98,7 @@ std::vector<int> counts_of(const std::vector<Involved> &involved) {
   return counts;
 }
 
-// Tells what has changed, and makes up for it where nobody else does.
+// Describes the changes, and reverts those that nothing else reverts.
 std::string note_changes(const std::vector<Involved> &involved, const std::vector<int> &before) {
   std::ostringstream changes;
   for (std::size_t i = 0; i < involved.size(); ++i)
@@ -126,7 +127,7 @@ Round call_once(const Call &call, const Disturbance &disturbance) {
   return round;
 }
 
-// Threads of the framework may need a moment to drop what they hold.
+// Threads of the framework may need some time to release their references.
 void expect_nothing_left(Object_Balance &objects) {
   constexpr gint64 PATIENCE = 5 * G_TIME_SPAN_SECOND;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
@@ -135,7 +136,8 @@ void expect_nothing_left(Object_Balance &objects) {
   EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
 }
 
-// Returns whether all noted memory is freed, which threads of the framework may do a moment later.
+// Returns whether all recorded memory is freed, which threads of the framework may do slightly
+// later.
 bool memory_is_freed() {
   constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
@@ -144,7 +146,7 @@ bool memory_is_freed() {
   return noted_blocks() == 0;
 }
 
-// Until they seem to have dropped what they held.
+// Waits until the framework's threads have presumably released their references.
 void wait_for_threads() {
   constexpr int CALM = 5;
   Object_Balance objects;
@@ -157,8 +159,8 @@ void wait_for_threads() {
   }
 }
 
-// A disturbed call on new objects, and after one that failed an undisturbed one: on the same
-// objects where they are as they were.
+// Makes a disturbed call on new objects and, if it failed, an undisturbed call on the same objects,
+// provided that they are unchanged.
 Round call_and_recover(const Scenario &scenario, const Disturbance &disturbance,
                        const std::string &undisturbed) {
   Call call = scenario.prepare();
@@ -171,7 +173,7 @@ Round call_and_recover(const Scenario &scenario, const Disturbance &disturbance,
   return round;
 }
 
-// Everything that the framework can fail in a scenario: nothing first.
+// Returns all failures of the framework in a scenario. The first entry is the undisturbed call.
 std::vector<Disturbance> framework_failures(const Scenario &scenario, const Round &undisturbed) {
   std::vector<Disturbance> failures{{}};
   for (const auto &[function, calls] : undisturbed.framework_calls) {
@@ -190,7 +192,7 @@ std::string read_file(const char *path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The section of outcomes.txt that is a scenario's: all up to the next empty line.
+// Returns the scenario's section of outcomes.txt, up to the next empty line.
 std::string expected_outcomes(const Scenario &scenario) {
   const std::string text = read_file(OUTCOMES_FILE);
   const std::string title = "\n" + text_of(scenario) + "\n";
@@ -200,12 +202,12 @@ std::string expected_outcomes(const Scenario &scenario) {
   return text.substr(begin + 1, end == std::string::npos ? end : end + 1 - (begin + 1));
 }
 
-// What is being played: the one thing that is still known when the process dies of it.
+// The current round, which is printed if the process crashes.
 char replay[500];
 struct sigaction abort_before;
 struct sigaction fault_before;
 
-// Tells it, and leaves the rest to who would have been asked else.
+// Prints the current round, and restores the previous signal handler.
 void tell_replay(int signal) {
   const bool told = write(STDERR_FILENO, replay, std::strlen(replay)) >= 0;
   const bool restored =
@@ -239,7 +241,7 @@ protected:
       GTEST_SKIP() << "GStreamer 1.18 does not cause it";
     undisturbed_ = call_once(GetParam().prepare(), {});
     failures_ = framework_failures(GetParam(), undisturbed_);
-    // Once for what only a first call makes, and keeps.
+    // Run each round once, for memory that only the first call allocates, and keeps.
     for (const Disturbance &failure : failures_)
       call_and_recover(GetParam(), failure, undisturbed_.outcome);
     wait_for_threads();
@@ -250,7 +252,7 @@ protected:
         << "there is no round " << wanted_;
   }
 
-  // All rounds are played, but when one is asked for to be replayed.
+  // Returns whether to run the round. All rounds run unless a particular one is requested.
   bool is_wanted(const Disturbance &disturbance) const {
     return wanted_ == nullptr || wanted_ == text_of(disturbance);
   }
@@ -263,7 +265,7 @@ protected:
     g_strlcpy(replay, text.c_str(), sizeof replay);
     SCOPED_TRACE(replay);
     ++played_;
-    // The framework may keep memory for later, such as a table that has grown, but not each time.
+    // The framework may keep memory, such as a table that has grown, but not each time.
     constexpr int ATTEMPTS = 3;
     for (int attempt = 1;; ++attempt) {
       forget_noted_blocks();
@@ -312,7 +314,8 @@ TEST_P(Faults, OfAllocationLoseNothing) {
         const Round round = play(disturbance);
         EXPECT_EQ(round.outcome, OUT_OF_MEMORY) << replay;
         EXPECT_EQ(round.allocations, allocation) << "more was allocated when one had failed";
-        // What the call does to counts is done by now, as it is without the failure, or not yet.
+        // At this point, the call has made either all or none of the changes that it makes without
+        // the failure.
         if (!round.changes.empty()) changed = true;
         EXPECT_EQ(round.changes, changed ? failed.changes : "") << replay;
         allocations += persistent ? 0 : 1;
@@ -325,7 +328,7 @@ TEST_P(Faults, OfAllocationLoseNothing) {
 
 class Varying_Calls : public Faults {};
 
-// Either the call that fails does not matter, or it comes to the same as if all of them failed.
+// A single failed call has either no effect or the same effect as if all of them failed.
 TEST_P(Varying_Calls, OfTheFrameworkAreReportedOneByOne) {
   for (const auto &[function, calls] : undisturbed_.framework_calls) {
     const std::string all_fail = play({function, EVERY_CALL}).outcome;
@@ -356,13 +359,13 @@ INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), test_n
 INSTANTIATE_TEST_SUITE_P(All, Varying_Calls, testing::ValuesIn(scenarios_with_varying_calls()),
                          test_name);
 
-// Before 2.76, GLib takes list nodes from pools unless G_SLICE says otherwise.
+// Before 2.76, GLib allocates list nodes from pools unless G_SLICE disables this.
 bool list_nodes_are_allocated_alone() {
   return glib_check_version(2, 76, 0) == nullptr ||
          g_strcmp0(g_getenv("G_SLICE"), "always-malloc") == 0;
 }
 
-// Rounds in which nothing is counted would always pass.
+// A watch that records nothing would make all rounds pass.
 TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
     GTEST_SKIP() << "another allocator is in place";
@@ -383,7 +386,7 @@ TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
   EXPECT_EQ(noted_blocks(), 0);
 }
 
-// A section is a scenario's, and none is left over.
+// Each section belongs to a scenario, and each scenario has a section.
 TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
   std::set<std::string> titles;
   for (const Scenario &scenario : all_scenarios())
@@ -403,7 +406,7 @@ TEST(Fault_Scenarios, AreOfAllOperations) {
   for (const Scenario &scenario : all_scenarios())
     operations.insert(scenario.operation);
 
-  // An operation stands in the list by its name alone.
+  // Lines that consist of a name only are operations.
   std::set<std::string> exported;
   std::istringstream lines(read_file(EXPORTS_FILE));
   for (std::string line; std::getline(lines, line);)
@@ -412,7 +415,7 @@ TEST(Fault_Scenarios, AreOfAllOperations) {
   EXPECT_EQ(operations, exported);
 }
 
-// The numbers in the enumeration, in the form that outcomes have.
+// Returns the numbers of the enumeration, in the format of the outcomes.
 std::set<std::string> defined_codes() {
   std::set<std::string> codes;
   std::istringstream lines(read_file(CODES_FILE));
@@ -426,7 +429,8 @@ std::set<std::string> defined_codes() {
   return codes;
 }
 
-// Every place that throws, by its code, and where two share one, by its text.
+// Every code that is thrown occurs in the outcomes. If two places throw the same code, so does each
+// text.
 TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
   std::set<std::string> codes;
   std::set<std::string> texts;

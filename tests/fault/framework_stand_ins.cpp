@@ -1,5 +1,5 @@
-// Stand-ins for all functions of the framework that the library calls and that can fail. They come
-// before the framework's own for the whole program, and hand on every call that is not to fail.
+// Stand-ins for all functions of the framework that the library calls and that can fail. They
+// replace the framework's functions in the whole program, and forward all calls that must not fail.
 
 #include <dlfcn.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// The function's own type is taken from its declaration, which its name alone cannot give.
+// Deduces the type of the function from its declaration.
 template <typename Result, typename... Parameters>
 class Stand_In {
 public:
@@ -30,7 +30,7 @@ private:
 
 }  // namespace
 
-// The address that the call came from can be asked for only where it came to.
+// A macro, because the return address is only available in the stand-in itself.
 #define STAND_IN(function) Stand_In(function, __func__, __builtin_return_address(0))
 
 extern "C" {

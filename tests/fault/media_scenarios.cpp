@@ -34,7 +34,7 @@ std::string discover(const std::string &uri, GstClockTime timeout) {
          std::to_string(info->audio_caps.size()) + " audio";
 }
 
-// Two streams, recorded when they are first asked for.
+// Returns the URI of a file with two streams, which is recorded on first use.
 std::string media_uri() {
   static const Media_Folder folder;
   static const std::string uri = [] {
@@ -44,8 +44,8 @@ std::string media_uri() {
   return uri;
 }
 
-// A bin with an appsink that has caps, behind one that has none, and with an appsink in a bin of
-// its own; a tee beside them, which gets its caps from the filter before it.
+// A bin with an appsink without caps, a nested bin that contains an appsink with caps, and a tee
+// that gets its caps from a filter.
 struct Searched_Bin {
   Element bin = make_bin("bin");
   Element plain = make_element("appsink", "plain_appsink");
@@ -90,21 +90,21 @@ Searched_Bin with_sent_caps() {
   return searched;
 }
 
-// A call on such a bin that hands out an element.
+// A call on such a bin that returns an element.
 template <typename Find>
 Call search(const Searched_Bin &searched, Find find) {
   return {searched.involved(),
           [searched, find] { return element_from([&] { return find(searched); }); }};
 }
 
-// A call on such a bin that answers with a number.
+// A call on such a bin that returns a number.
 template <typename Ask>
 Call ask(const Searched_Bin &searched, Ask question) {
   return {searched.involved(),
           [searched, question] { return number_from([&] { return question(searched); }); }};
 }
 
-// Caps, when there are any.
+// Involves the caps, if there are any.
 std::vector<Involved> involve(const Caps &caps) {
   if (!caps) return {};
   return {{"caps", caps}};
@@ -144,7 +144,7 @@ Involved factory_of_identity() {
   return {"factory", find_factory("identity").get()};
 }
 
-// A value of an enumeration, also one outside its list.
+// A value of an enumeration, possibly one that is not an enumerator.
 template <typename Enumeration>
 Enumeration value(int number) {
   return static_cast<Enumeration>(number);
@@ -156,7 +156,7 @@ std::string equal(const Caps_List &first, const Caps_List &second) {
   return number_from([&] { return Media_Helper::caps_equal(first, second); });
 }
 
-// A value that holds an element, as searches show it.
+// A value that contains an element, as passed by searches.
 class Element_Value {
 public:
   explicit Element_Value(const Element &element) {
@@ -173,7 +173,7 @@ private:
   GValue value_ = G_VALUE_INIT;
 };
 
-// Compares an element with the caps of the bin and the type of another.
+// Compares an element with the caps of the bin and the type of another element.
 std::string compare_caps(const Searched_Bin &searched, const Element &element,
                          const Element &wanted_type) {
   const Element_Value value(element);

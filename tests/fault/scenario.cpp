@@ -18,7 +18,7 @@ std::vector<Involved> kept_factories() {
   for (const char *const name : depayloaders) {
     const Factory found = find_factory(name);
     Involved &involved = all.emplace_back(name, found.get());
-    // The registry holds it.
+    // The registry owns it.
     involved.make_up = [factory = found.get()](int change) {
       for (; change > 0; --change)
         gst_object_unref(factory);

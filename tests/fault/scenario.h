@@ -1,4 +1,4 @@
-// The calls of public operations that fault tests disturb.
+// The calls of public operations that the fault tests disturb.
 
 #ifndef TAVREN_TESTS_SCENARIO_H
 #define TAVREN_TESTS_SCENARIO_H
@@ -15,32 +15,32 @@
 
 namespace kel::tavren::tests {
 
-// An object whose references are counted before a call and after it.
+// An object whose references are counted before and after a call.
 struct Involved {
   template <typename T>
   Involved(const char *object_name, const boost::intrusive_ptr<T> &object)
       : name(object_name),
         count([object] { return static_cast<int>(reference_count(object.get())); }) {}
-  // The registry holds it.
+  // The registry owns it.
   Involved(const char *object_name, GstElementFactory *factory)
       : name(object_name), count([factory] { return static_cast<int>(reference_count(factory)); }) {
   }
 
   std::string name;
   std::function<int()> count;
-  // What a call may take or keep, though it is others': makes up for the change when it has been
-  // noted.
+  // Restores references that a call legitimately takes or releases, after the change has been
+  // recorded.
   std::function<void(int change)> make_up = [](int) {};
 };
 
-// An element that has an owner, one of whose references goes when a bin refuses it.
+// An element with an owner. If a bin rejects it, the bin releases one of its references.
 Involved owned(const char *name, const Element &element);
 
-// The factories of which the choice of an RTP proxy keeps references.
+// The factories to which the choice of an RTP proxy keeps references.
 std::vector<Involved> kept_factories();
 
-// A call on objects made for it. It gives back what it is handed, by itself, and tells what came of
-// it: nothing of a call is left but the objects.
+// A call on objects that are created for it. It releases everything that it receives, and returns a
+// description of the result, so that only the objects are left.
 struct Call {
   std::vector<Involved> involved;
   std::function<std::string()> run;
@@ -48,10 +48,10 @@ struct Call {
 
 enum class Trait {
   NONE,
-  // A failed call may leave a part of its work done, as the operation says: it is not then called
-  // again on the same objects.
+  // A failed call may have done part of its work, as documented. It is then not repeated on the
+  // same objects.
   KEEPS_PARTIAL_WORK,
-  // How often the framework is asked depends on where objects lie in memory.
+  // The number of calls of the framework depends on the addresses of objects.
   CALLS_VARY,
 };
 
@@ -62,12 +62,13 @@ struct Scenario {
   Trait trait = Trait::NONE;
 };
 
-// GoogleTest would print the bytes of one, which are different every time, and not all set.
+// Otherwise, GoogleTest would print the bytes of a scenario, which differ between runs and are
+// partly uninitialised.
 inline std::ostream &operator<<(std::ostream &stream, const Scenario &scenario) {
   return stream << scenario.operation << ", " << scenario.path;
 }
 
-// Shorthands of scenarios.
+// Helper functions for scenarios.
 
 using Bus = boost::intrusive_ptr<GstBus>;
 
@@ -75,13 +76,13 @@ inline GstBin *as_bin(const Element &element) {
   return GST_BIN_CAST(element.get());
 }
 
-// What is of another type than a call takes.
+// Returns a pointer of the wrong type for a call.
 template <typename T>
 T *disguise(const boost::intrusive_ptr<GstPad> &pad) {
   return reinterpret_cast<T *>(pad.get());
 }
 
-// Takes over a reference, the floating one too.
+// Takes ownership of a reference, including a floating one.
 inline Element own(GstElement *element) {
   return Element(element != nullptr && g_object_is_floating(element)
                      ? GST_ELEMENT_CAST(gst_object_ref_sink(element))
@@ -89,14 +90,14 @@ inline Element own(GstElement *element) {
                  false);
 }
 
-// A disturbed call that hands nothing out.
+// A disturbed call without a result.
 template <typename Call>
 std::string done(Call call) {
   disturbed(call);
   return "done";
 }
 
-// A call that involves no object and makes a text.
+// A call that involves no objects and returns a text.
 template <typename Make>
 Call alone(Make make) {
   return {{}, [make] { return disturbed(make); }};
@@ -106,7 +107,7 @@ inline std::string name_of(gpointer object) {
   return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
 
-// Disturbed calls that hand out an element or a pad, which is given back, or a number.
+// Disturbed calls that return an element or a pad, which is released, or a number.
 
 template <typename Call>
 std::string element_from(Call call) {

@@ -13,7 +13,7 @@ std::string count_of(const Media_Helper::Pad_List &pads) {
   return std::to_string(pads.size()) + " pads";
 }
 
-// A pad asked of an element, given back to it in the end.
+// A request pad that is released at the end.
 class Request_Pad {
 public:
   Request_Pad(Element element, GstPad *pad) : element_(std::move(element)), pad_(pad, false) {}
@@ -43,8 +43,8 @@ std::pair<Element, Element> make_linked() {
   return {source, sink};
 }
 
-// Gives back the streams that a request left, which holds their pads: that is the caller's
-// business.
+// Releases the streams that a request left behind, which keep their pads. That is the caller's
+// responsibility.
 void drop_requested_streams(const Element &multiqueue) {
   for (const Pad &pad : Media_Helper::get_element_sink_pads(multiqueue.get())) {
     gst_element_release_request_pad(multiqueue.get(), pad.get());
@@ -52,7 +52,7 @@ void drop_requested_streams(const Element &multiqueue) {
   }
 }
 
-// Asks for a stream, says what its pads are called, and gives it back.
+// Requests a stream, returns the names of its pads, and releases it.
 std::string request_stream(const Element &multiqueue, const std::string &name, GstCaps *caps) {
   std::pair<GstPad *, GstPad *> pads;
   try {
@@ -67,12 +67,12 @@ std::string request_stream(const Element &multiqueue, const std::string &name, G
   return sink.name() + ", " + name_of(src.get());
 }
 
-// The partner of a multiqueue's pad, by name.
+// Returns the name of the pad that corresponds to a multiqueue's pad.
 std::string partner_of(const Pad &pad) {
   return pad_from([&] { return Media_Helper::get_corresponding_multiqueue_pad(pad.get()); });
 }
 
-// An element with one pad, of any name.
+// An element with one pad of the given name.
 std::pair<Element, Pad> make_with_pad(const char *name, GstPadDirection direction) {
   const Element bin = make_bin("bin");
   const Pad pad = make_pad(name, direction);
@@ -80,8 +80,8 @@ std::pair<Element, Pad> make_with_pad(const char *name, GstPadDirection directio
   return {bin, pad};
 }
 
-// Adds a probe that goes at once, and throws what the call throws, with how often its data was
-// freed.
+// Adds a probe that removes itself immediately. Rethrows the exception of the call, and appends how
+// often the data was freed.
 std::string probe_with_data(const Element &element, GstPadProbeType mask) {
   const Allowed_Log no_mask("mask != 0");
   int freed = 0;
@@ -569,7 +569,7 @@ std::vector<Scenario> branch_scenarios() {
          return Call{{{"element", bin}, {"pad", pad}},
                      [bin = bin, pad = pad] { return partner_of(pad); }};
        }},
-      // The partner's name has to be allocated, and its number does not.
+      // The partner's name must be allocated, but not its number.
       {"get_corresponding_multiqueue_pad", "no partner of a sink pad, a long name",
        [] {
          const auto [bin, pad] = make_with_pad("sink_123456789012", GST_PAD_SINK);

@@ -1,4 +1,4 @@
-// Caps that nobody would write, one text a line, through everything that takes caps.
+// Passes unusual caps, one text per line, to everything that accepts caps.
 
 #include <algorithm>
 #include <map>
@@ -23,9 +23,10 @@ using kel::tavren::fuzz::Tolerated_Criticals;
 
 namespace {
 
-// Each line is parsed twice when it begins with '=': equal caps in two objects. A few are enough.
+// Parses each line, or twice if it begins with '=', to get equal caps in two objects. A few lines
+// suffice.
 std::vector<Caps> parse(const std::string &text) {
-  // The framework's parser is not what is tried here: it loses what it has read of a broken list.
+  // The framework's parser is not under test. It leaks the parsed part of an invalid list.
   const Tolerated_Criticals parser;
   const __lsan::ScopedDisabler parsed;
   std::vector<Caps> all;
@@ -49,7 +50,7 @@ void mark_contents(GstCaps *caps) {
   }
 }
 
-// A field of the first structure when it is of a type, or null.
+// Returns a field of the first structure if it has the given type, otherwise null.
 const GValue *first_field(GstCaps *caps, const char *name, GType type) {
   if (gst_caps_get_size(caps) == 0) return nullptr;
   const GValue *const value = gst_structure_get_value(gst_caps_get_structure(caps, 0), name);
@@ -94,7 +95,7 @@ void check_encoding_name(GstCaps *caps) {
 }
 
 void check_readers(GstCaps *caps) {
-  // The readers ask the framework for the first structure of caps that have none.
+  // For empty caps, the readers request a first structure that does not exist.
   if (gst_caps_get_size(caps) == 0) {
     const Tolerated_Criticals no_structure;
     check_framerate(caps);
@@ -129,7 +130,7 @@ void check_media_type(GstCaps *caps) {
 }
 
 void check_proxy(GstCaps *caps) {
-  // Gives back in the end what the choice keeps.
+  // Releases the references that the choice keeps.
   const Depayloader_References references;
   std::pair<std::string, std::string> chosen;
   const int code = run({0, TEC::NO_PROXY_ELEMENTS_FOR_CAPS}, [&] {
@@ -147,7 +148,7 @@ void check_proxy(GstCaps *caps) {
   require(codec(chosen.second) + "depay" == chosen.first, "the two are of one codec");
 }
 
-// A bin with a tee whose peer offers caps and an appsink on which they are set.
+// A bin with a tee whose peer offers the caps, and with an appsink on which they are set.
 class Searched_Bin {
 public:
   explicit Searched_Bin(GstCaps *caps)
@@ -163,7 +164,7 @@ public:
   void search(GstCaps *wanted, GType any_type) const {
     GstBin *const bin = GST_BIN(bin_.get());
     const std::vector<guint> before = counts();
-    // The caps of the tee are what its peer can send, as the search sees them.
+    // The search uses the caps that the tee's peer can send.
     const Pad tee_sink = static_pad(tee_, "sink");
     const Caps offered(gst_pad_peer_query_caps(tee_sink.get(), nullptr), false);
     const Caps set(gst_app_sink_get_caps(GST_APP_SINK(appsink_.get())), false);
@@ -235,7 +236,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   const std::vector<Caps> all = parse(text);
   if (all.empty()) return 0;
   const Searched_Bin bin(all.front().get());
-  // Most of these numbers are no type.
+  // Most of these numbers are not types.
   const GType any_type = size % 8;
   std::vector<gint> counts;
   for (const Caps &caps : all)

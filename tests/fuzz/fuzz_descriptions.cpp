@@ -1,4 +1,4 @@
-// Descriptions of pipelines that no parser was made for. What they make is never started.
+// Passes random pipeline descriptions to the library. The resulting pipelines are never started.
 
 #include <array>
 #include <csignal>
@@ -25,7 +25,7 @@ using kel::tavren::fuzz::Tolerated_Criticals;
 
 namespace {
 
-// Elements by their kinds, and by the kinds that their pads are linked to.
+// Marks elements by their types and by the types that their pads are linked to.
 void mark_links(GstElement *element) {
   const std::string kind = G_OBJECT_TYPE_NAME(element);
   mark(kind);
@@ -48,14 +48,14 @@ void mark_children(GstBin *bin) {
   mark("children " + std::to_string(bin->numchildren));
 }
 
-// The framework's parser of some versions does not survive every text: "t.!queue!" ends
-// gst-launch-1.0 as well. So another process tries each first, alone; a new one after each end.
+// In some versions, the framework's parser crashes on certain texts: "t.!queue!" also crashes
+// gst-launch-1.0. Another process therefore tries each text first. It is restarted after a crash.
 class Framework_Trial {
 public:
-  // Whether the framework makes something; nothing when it does not survive.
+  // Returns whether the framework creates something, or nothing if it crashes.
   std::optional<bool> makes_something(const std::string &description) {
     if (process_ == 0) start();
-    // An empty text would look like the end of the connection.
+    // An empty message would look like the end of the connection.
     const std::string text = " " + description;
     char answer = '\0';
     if (send(socket_, text.data(), text.size(), MSG_NOSIGNAL) >= 0 &&
@@ -82,7 +82,7 @@ private:
   }
 
   [[noreturn]] static void serve(int socket) {
-    // Ends without what libFuzzer and the sanitizers would say and keep.
+    // Exit without output or artifacts from libFuzzer and the sanitizers.
     for (const int signal_number : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGALRM})
       require(std::signal(signal_number, SIG_DFL) != SIG_ERR, "a signal can be left alone");
     close(STDERR_FILENO);
@@ -110,8 +110,8 @@ int LLVMFuzzerInitialize(int *, char ***) {
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-  // What the framework thinks of properties, and what its parser of values loses, is its own
-  // affair.
+  // The framework's criticals about properties, and the leaks of its value parser, are not under
+  // test.
   const Tolerated_Criticals properties;
   const __lsan::ScopedDisabler values;
   const std::string description(reinterpret_cast<const char *>(data), size);

@@ -1,5 +1,5 @@
-// One name of any bytes for everything that has a name: factories, elements, pads, signals, files,
-// keys, and the descriptions in messages.
+// Passes arbitrary bytes as a name to everything that has a name: factories, elements, pads,
+// signals, files, keys, and the descriptions in messages.
 
 #include <cstring>
 #include <memory>
@@ -67,7 +67,7 @@ void check_elements(const std::string &name) {
   const std::string element_name = given.get();
   require(name.empty() || element_name == shown(name), "the element has the name wanted");
 
-  // Taken once: an element must not get it again.
+  // The name is taken: another element must not get it.
   const std::vector<guint> before = reference_counts({bin.get(), other.get(), added});
   const Outcome again = run({TEC::BIN_ADD_FAILED}, [&] {
     Media_Helper::create_and_add_element_to_pipeline("queue", bin.get(),
@@ -92,7 +92,7 @@ void check_elements(const std::string &name) {
   require(reference_counts({bin.get(), other.get(), added}) == before, "no element is kept");
 }
 
-// Every message that shows an element's name, which may look like a format.
+// Checks all messages that contain an element's name, which may look like a format string.
 void check_messages(const std::string &name) {
   const std::string read = shown(name);
   const Element element = make_element("filesrc", name.c_str());
@@ -129,7 +129,7 @@ void check_messages(const std::string &name) {
   require(reference_counts({element.get(), sink.get()}) == before, "no element is kept");
 }
 
-// The partner's name, when a pad of this name and direction has one.
+// The name of the partner, if a pad with this name and direction has one.
 enum class Partner { NONE, TOO_SHORT, NAMED };
 std::pair<Partner, std::string> partner_of(const std::string &name, GstPadDirection direction) {
   const std::string own = direction == GST_PAD_SRC ? "src" : "sink";
@@ -183,7 +183,7 @@ void check_pad(const std::string &name, GstPadDirection direction) {
 void check_multiqueue(const std::string &name) {
   const Element multiqueue = make_element("multiqueue", "multiqueue");
   const guint before = reference_count(static_cast<gpointer>(multiqueue.get()));
-  // The framework refuses what does not fit its template.
+  // The framework rejects names that do not match the template.
   const Tolerated_Criticals refusal;
   std::pair<GstPad *, GstPad *> pads;
   const Outcome outcome = run({0, TEC::MULTIQUEUE_SINK_PAD_REQUEST_FAILED}, [&] {
@@ -202,7 +202,7 @@ void check_multiqueue(const std::string &name) {
           "the multiqueue is not kept");
 }
 
-// Whether elements of a type have a signal, with its detail if the name has one.
+// Returns whether elements of a type have a signal, with its detail if the name contains one.
 bool has_signal(GType type, const char *name) {
   guint signal = 0;
   GQuark detail = 0;
@@ -216,7 +216,7 @@ void check_signal(const std::string &name) {
   const Element element = make_element("identity", "identity");
   const guint before = reference_count(static_cast<gpointer>(element.get()));
   const bool exists = has_signal(G_OBJECT_TYPE(element.get()), name.c_str());
-  // GLib complains about names that are no signal's.
+  // GLib logs criticals about names that are not signals.
   const Tolerated_Criticals refusal;
   gulong handler = 0;
   const Outcome outcome = run({exists ? 0 : TEC::SIGNAL_CONNECTION_FAILED}, [&] {
@@ -257,7 +257,7 @@ void check_checks(const std::string &name) {
     require(outcome.text == shown(name + " is not a " + type + "."),
             "the error shows the description");
   };
-  // A description that is nothing but a zero byte would leave the error without a text.
+  // A description that consists of a single zero byte would result in an error without a text.
   if (!name.empty() && name[0] == '\0') return;
   expect(TEC::NOT_AN_ELEMENT, "GstElement *", Media_Helper::is_element_or_throw);
   expect(TEC::NOT_A_PAD, "GstPad *", Media_Helper::is_pad_or_throw);

@@ -1,5 +1,5 @@
-// URIs that lead nowhere, or to files that hold no media. A text that begins with '/' is the rest
-// of the URI of a file in a folder of the program's own; no other file is looked at.
+// Passes URIs that refer to nothing, or to files without media. If a text begins with '/', it is
+// the rest of the URI of a file in the program's own folder. No other file is accessed.
 
 #include <fstream>
 #include <memory>
@@ -41,7 +41,7 @@ const std::string &folder() {
   return path;
 }
 
-// The file that the framework would open, as the framework itself finds its path.
+// Returns the file that the framework would open, with the path as the framework determines it.
 std::string path_of(const std::string &uri) {
   const std::unique_ptr<char, decltype(&g_free)> path(
       g_filename_from_uri(uri.c_str(), nullptr, nullptr), g_free);
@@ -56,7 +56,7 @@ bool is_in_folder(const std::string &path) {
 
 int LLVMFuzzerInitialize(int *, char ***) {
   kel::tavren::fuzz::start_framework({"coreelements", "typefindfunctions", "playback", "wavparse"});
-  // The one other source here, which would read from whatever is open.
+  // The only other source here. It would read from any open file descriptor.
   GstPluginFeature *const descriptors = gst_registry_lookup_feature(gst_registry_get(), "fdsrc");
   gst_registry_remove_feature(gst_registry_get(), descriptors);
   gst_object_unref(descriptors);
@@ -73,7 +73,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   const std::string path = path_of(uri);
   if (!path.empty() && !is_in_folder(path)) return 0;
 
-  // The framework's own thoughts about the URI.
+  // The framework may log criticals about the URI.
   const Tolerated_Criticals framework;
   std::unique_ptr<Media_Info> info;
   const auto outcome = run({0, TEC::DISCOVERY_FAILED, TEC::DISCOVERER_RETURNED_ERROR},

@@ -1,4 +1,5 @@
-// Values that no header names: enumerations, times, segments and picture sizes of any bits.
+// Passes arbitrary values without a name to the library: enumerations, times, segments and picture
+// sizes.
 
 #include <array>
 #include <cmath>
@@ -17,8 +18,8 @@ using kel::tavren::fuzz::run;
 
 namespace {
 
-// The framework's own name of a value; null when it has none. Of flags, the value must be one as a
-// whole.
+// Returns the framework's name of a value, or null if it has none. For flags, the value must be a
+// single flag.
 const char *name_of(GType type, unsigned value) {
   if (G_TYPE_IS_ENUM(type)) {
     const auto *const values = static_cast<GEnumClass *>(g_type_class_peek_static(type));
@@ -33,7 +34,8 @@ const char *name_of(GType type, unsigned value) {
   return nullptr;
 }
 
-// A text is the framework's name of the value, alone or with an explanation, or the fallback.
+// Checks that a text is the framework's name of the value, optionally with an explanation, or the
+// fallback.
 void check_name(GType type, unsigned value, const std::string &text, const std::string &fallback) {
   if (text == fallback) return;
   const char *const name = name_of(type, value);
@@ -146,7 +148,7 @@ void check_segment(FuzzedDataProvider &input) {
           "only a segment in time is shown");
 }
 
-// Above 2^52 a double is coarser than a pixel: the computed side may be the next double.
+// Above 2^52, a double is less precise than a pixel: the computed side may be the next double.
 bool fits(unsigned long long side, unsigned long long bound) {
   return side <= bound ||
          static_cast<double>(side) <= std::nextafter(static_cast<double>(bound), HUGE_VAL);
@@ -154,7 +156,7 @@ bool fits(unsigned long long side, unsigned long long bound) {
 
 void check_resolution(FuzzedDataProvider &input) {
   using Side = unsigned long long;
-  // Sides of all lengths, small ones as often as large ones.
+  // Sides of all magnitudes, with small ones as frequent as large ones.
   const auto side = [&input] {
     const Side bits = input.ConsumeBool() ? input.ConsumeIntegral<Side>() : G_MAXUINT64;
     return bits >> input.ConsumeIntegralInRange<unsigned>(0, 63);

@@ -1,5 +1,5 @@
-// Counted through the hooks of the framework's tracers and not by its tracer of leaks: in GStreamer
-// 1.22 that one hands out the objects alive without a reference, and takes one back.
+// Counts objects with the framework's tracing hooks. The leaks tracer is not suitable: in GStreamer
+// 1.22, it returns live objects without a reference, but releases one.
 
 #define GST_USE_UNSTABLE_API
 #include "live_objects.h"
@@ -44,7 +44,7 @@ void note_mini_destroyed(GObject *, GstClockTime, GstMiniObject *object) {
 namespace kel::tavren::tests {
 
 void count_objects() {
-  // The hooks need an object to belong to, and keep it; the class of tracers is abstract.
+  // The hooks require a tracer and keep it alive. The class GstTracer is abstract.
   const GType type = g_type_register_static_simple(
       GST_TYPE_TRACER, "TavrenLiveObjects", sizeof(GstTracerClass), nullptr, sizeof(GstTracer),
       nullptr, static_cast<GTypeFlags>(0));

@@ -1,4 +1,4 @@
-// The objects and mini-objects of the framework that are alive, counted as they come and go.
+// Counts the objects and mini-objects of the framework that are alive.
 
 #ifndef TAVREN_TESTS_LIVE_OBJECTS_H
 #define TAVREN_TESTS_LIVE_OBJECTS_H
@@ -8,10 +8,10 @@
 
 namespace kel::tavren::tests {
 
-// Begins to count; to be called when the framework has just been initialised.
+// Starts counting. Call this immediately after the framework has been initialised.
 void count_objects();
 
-// How many there are of each type.
+// Returns the number of objects of each type.
 std::map<std::string, long> live_objects();
 
 }  // namespace kel::tavren::tests

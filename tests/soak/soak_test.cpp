@@ -1,4 +1,4 @@
-// Runs the library's operations over and over, drawn at random, and looks for what grows.
+// Runs randomly selected operations of the library repeatedly, and checks for growth.
 
 #include <algorithm>
 #include <array>
@@ -30,24 +30,24 @@ namespace {
 constexpr const char *usage =
     R"(Usage: soak_test [--operations N] [--seed SEED] [--report FILE]
 
-Runs N operations of the library (20000 unless told otherwise), drawn at random, two of five from
-those that fail. The same seed draws the same operations; without one a new seed is drawn, and
-printed. Fifty operations at a time share a pipeline with its elements, made before and taken down
-after them; every 10000th operation is the discovery of a media file.
+Runs N randomly selected operations of the library (default: 20000). Two out of five are expected to
+fail. The same seed selects the same operations. The default seed is random and is printed. Groups
+of fifty operations share a pipeline and its elements, which are created before and destroyed after
+the group. Every 10000th operation is the discovery of a media file.
 
-After a warm-up of all operations and a tenth of the run, and then ten times at equal distances,
-with no pipeline standing, it looks at what is there. The run fails when
+After a warm-up, which consists of all operations and a tenth of the run, and then ten times at
+equal intervals, the test measures the resources while no pipeline exists. The run fails if
 
-  an operation does anything but what it should: result, error, reference counts,
-  the framework warns of anything that is not expected,
-  there are more live objects of the framework than after the warm-up, of any type,
-  there are more blocks of C++ memory than after the warm-up, as operator new and delete count, or
-  resident memory is more than 384 KiB above that after the warm-up. The allocator's own ups and
-  downs stay below that. C memory is found lost in no other way: in a million operations, when every
-  70th loses the smallest block, one of 32 bytes. Not looked at under sanitizers, which keep memory
-  back.
+  an operation has an unexpected result, error or effect on reference counts,
+  the framework logs an unexpected warning,
+  there are more live objects of the framework, of any type, than after the warm-up,
+  there are more blocks of C++ memory than after the warm-up, counted by operator new and delete, or
+  the resident memory is more than 384 KiB above that after the warm-up. The allocator's own
+  variations are smaller. This is the only check that detects leaked C memory: in a million
+  operations, it detects a leak of one of the smallest blocks, of 32 bytes, in every 70th operation.
+  It is disabled under sanitizers, which retain memory.
 
---report FILE writes the measures as a fragment of Markdown.
+--report FILE writes the measurements as a fragment of Markdown.
 )";
 
 constexpr long memory_bound = 384;  // KiB
@@ -67,7 +67,7 @@ struct Options {
   std::string report;
 };
 
-// Null when it was help that was wanted.
+// Returns null if help was requested.
 std::optional<Options> read_options(const std::vector<std::string> &arguments) {
   Options options;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -86,7 +86,7 @@ std::optional<Options> read_options(const std::vector<std::string> &arguments) {
   return options;
 }
 
-// What the framework warns of unexpectedly. Nothing is allocated for what is expected.
+// Unexpected warnings of the framework. No memory is allocated for expected ones.
 std::vector<std::string> unexpected_warnings;
 
 GLogWriterOutput note_warning(GLogLevelFlags level, const GLogField *fields, gsize size, gpointer) {
@@ -134,7 +134,7 @@ public:
           &operation);
   }
 
-  // Returns whether every operation did what it should and nothing grew.
+  // Returns whether all operations behaved as expected and nothing grew.
   bool run() {
     const std::uint64_t warm_up = operations_ / 10;
     for (const Operation &operation : operations)

@@ -1,4 +1,4 @@
-// The references to factories that the choice of an RTP proxy keeps taken.
+// The references to factories that the choice of an RTP proxy keeps.
 
 #ifndef TAVREN_TESTS_DEPAYLOADER_REFERENCES_H
 #define TAVREN_TESTS_DEPAYLOADER_REFERENCES_H
@@ -17,12 +17,12 @@ inline Factory find_factory(const std::string &name) {
   return Factory(gst_element_factory_find(name.c_str()), gst_object_unref);
 }
 
-// In the order in which they are tried.
+// In the order in which the library tries them.
 inline constexpr const char *depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
                                                "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
 
-// Counts the references to the depayloaders' factories, and gives back in the end those that stayed
-// taken: a look for leaks would find them.
+// Counts the references to the depayloaders' factories, and finally releases those that were kept,
+// so that leak checks do not report them.
 class Depayloader_References {
 public:
   Depayloader_References() {

@@ -1,4 +1,4 @@
-// How tests look at what the library throws: class, number, whole text.
+// Checks for exceptions of the library: class, code and whole text.
 
 #ifndef TAVREN_TESTS_ERRORS_H
 #define TAVREN_TESTS_ERRORS_H
@@ -10,7 +10,8 @@
 
 namespace kel::tavren::tests {
 
-// Runs what must throw a Backend_Error<std::runtime_error> and compares its number and whole text.
+// Runs a call that must throw Backend_Error<std::runtime_error>, and compares the error's code and
+// whole text.
 template <typename Call>
 void expect_error(int code, const std::string &text, Call &&call) {
   try {

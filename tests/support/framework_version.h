@@ -1,4 +1,4 @@
-// What GStreamer 1.18 does differently from later versions, as far as tests see it.
+// Differences of GStreamer 1.18 from later versions that affect tests.
 
 #ifndef TAVREN_TESTS_FRAMEWORK_VERSION_H
 #define TAVREN_TESTS_FRAMEWORK_VERSION_H
@@ -16,7 +16,7 @@ inline bool framework_is_1_18() {
   return minor < 20;
 }
 
-// GStreamer 1.18 adds a second watch to a bus, and makes a discoverer for a timeout that is none.
+// GStreamer 1.18 accepts a second watch on a bus, and creates a discoverer for an invalid timeout.
 inline bool framework_can_cause(int code) {
   return !framework_is_1_18() || (code != 0x151B0 && code != 0x152A0);
 }

@@ -1,4 +1,4 @@
-// A global C++ locale under which numbers look unlike everywhere else.
+// A global C++ locale with an unusual number format.
 
 #ifndef TAVREN_TESTS_GROUPING_LOCALE_H
 #define TAVREN_TESTS_GROUPING_LOCALE_H
@@ -8,7 +8,7 @@
 
 namespace kel::tavren::tests {
 
-// Groups digits by three and writes a decimal comma, until the end of its scope.
+// Groups digits by three and uses a decimal comma, until the end of its scope.
 class Grouping_Locale {
 public:
   Grouping_Locale()

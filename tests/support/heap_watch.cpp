@@ -12,7 +12,7 @@
 namespace kel::tavren::tests {
 namespace {
 
-// The addresses of blocks. It is asked in the middle of an allocation, and allocates nothing.
+// The addresses of blocks. Used during allocations, so it allocates nothing.
 class Block_Set {
 public:
   void add(const void *block) noexcept {
@@ -25,7 +25,7 @@ public:
     ++count_;
   }
 
-  // Answers whether the block was there.
+  // Returns whether the block was in the set.
   bool remove(const void *block) noexcept {
     if (block == nullptr || count_ == 0) return false;
     const std::lock_guard lock(mutex_);
@@ -57,7 +57,7 @@ private:
   }
   static std::size_t next(std::size_t slot) noexcept { return (slot + 1) % SLOTS; }
 
-  // Moves up those behind the slot that could not be in their homes.
+  // Moves up the blocks behind the slot that are not in their home slots.
   void close_gap(std::size_t gap) noexcept {
     for (std::size_t slot = next(gap); slots_[slot] != nullptr; slot = next(slot)) {
       const std::size_t from_home = (slot - home_of(slots_[slot])) % SLOTS;
@@ -128,7 +128,7 @@ void *note(void *block) noexcept {
 
 extern "C" {
 
-// The C library's own functions, by the names that stay when the ones below take their place.
+// The C library's functions, by the names that remain available when they are replaced below.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void *__libc_malloc(std::size_t size);
 void *__libc_calloc(std::size_t nmemb, std::size_t size);
@@ -144,7 +144,7 @@ void *calloc(std::size_t nmemb, std::size_t size) noexcept {
   return note(__libc_calloc(nmemb, size));
 }
 
-// A block that was there before is not new because it grows.
+// Growing an existing block does not make it a new one.
 void *realloc(void *ptr, std::size_t size) noexcept {
   if (ptr == nullptr) return note(__libc_realloc(ptr, size));
   const bool was_noted = kel::tavren::tests::noted.remove(ptr);

@@ -1,12 +1,12 @@
-// The blocks of memory that are allocated and not freed, by C code too: GLib's texts and list nodes
-// among them. malloc and its kin are replaced where this is linked.
+// Records blocks of memory that are allocated and not freed, including those of C code such as
+// GLib's texts and list nodes. Programs that link this replace malloc() and related functions.
 
 #ifndef TAVREN_TESTS_HEAP_WATCH_H
 #define TAVREN_TESTS_HEAP_WATCH_H
 
 namespace kel::tavren::tests {
 
-// Notes each block that its thread allocates while it is in scope. Two do not nest.
+// Records each block that its thread allocates while it is in scope. Instances must not be nested.
 class Heap_Watch {
 public:
   Heap_Watch() noexcept;
@@ -15,12 +15,12 @@ public:
   Heap_Watch &operator=(const Heap_Watch &) = delete;
 };
 
-// How many of the blocks that were noted have not been freed, on whatever thread.
+// Returns the number of recorded blocks that no thread has freed.
 int noted_blocks() noexcept;
 
 void forget_noted_blocks() noexcept;
 
-// False under the sanitizers and under valgrind: they replace the allocator, and look for leaks
+// Returns false under the sanitizers and valgrind, which replace the allocator and check for leaks
 // themselves.
 bool heap_is_watched();
 

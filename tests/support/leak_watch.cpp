@@ -16,7 +16,7 @@ void note_leak(GstDebugCategory *category, GstDebugLevel, const gchar *, const g
     ++leaked;
 }
 
-// With a reference.
+// Transfer full.
 GObject *leaks_tracer() {
   GList *const tracers = gst_tracing_get_active_tracers();
   if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
@@ -57,7 +57,8 @@ int Object_Balance::now() {
 bool deinit_without_leaks() {
   gst_debug_set_active(TRUE);
   gst_debug_set_threshold_for_name("GST_TRACER", GST_LEVEL_TRACE);
-  // The function: the macro of that name compares pointers to data with pointers to functions.
+  // Call the function: the macro of the same name compares pointers to data with pointers to
+  // functions.
   (gst_debug_add_log_function)(note_leak, nullptr, nullptr);
   gst_deinit();
   return leaked == 0;

@@ -1,4 +1,4 @@
-// How tests see the framework's objects that nobody gave back.
+// Detects leaked objects of the framework.
 
 #ifndef TAVREN_TESTS_LEAK_WATCH_H
 #define TAVREN_TESTS_LEAK_WATCH_H
@@ -7,12 +7,11 @@
 
 namespace kel::tavren::tests {
 
-// Initialises the framework, and has it watch over its objects. Programs that this one runs are not
-// watched.
+// Initialises the framework and enables its leak tracing, but not for child processes.
 void init_and_watch_leaks(int *argc, char ***argv);
 
-// How many elements, pads, caps and other objects of the framework have been made since it began,
-// less those that are gone.
+// The number of elements, pads, caps and other objects of the framework created since construction,
+// minus those destroyed.
 class Object_Balance {
 public:
   Object_Balance();
@@ -27,8 +26,8 @@ private:
   int balance_ = 0;
 };
 
-// Takes the framework down. Returns whether none of its objects was left; those that were are named
-// on standard error.
+// Deinitialises the framework. Returns whether all its objects were destroyed; prints the remaining
+// ones to stderr.
 bool deinit_without_leaks();
 
 }  // namespace kel::tavren::tests

@@ -1,4 +1,4 @@
-// Leaks an element, and passes: the program has to fail nevertheless.
+// Leaks an element in a test that passes: the program must fail nevertheless.
 
 #include <gst/gst.h>
 #include <gtest/gtest.h>

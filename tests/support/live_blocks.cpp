@@ -29,7 +29,7 @@ void release(void *memory) noexcept {
 
 }  // namespace
 
-// All but the aligned ones, which nothing here uses: each delete meets the new that it belongs to.
+// All forms except the aligned ones, which are not used here, so that each delete matches its new.
 void *operator new(std::size_t size) {
   return allocate_or_throw(size);
 }

@@ -16,7 +16,8 @@ namespace kel::tavren::tests {
 
 using Message = std::unique_ptr<char, decltype(&g_free)>;
 
-// Logs come from C code, and from calls whose allocations fail: noting one allocates as GLib does.
+// C code writes logs, also in calls whose allocations fail, so messages are recorded with GLib's
+// allocator.
 struct Log_Watch {
   std::mutex mutex;
   std::vector<Allowed_Log *> allowed;
@@ -71,7 +72,7 @@ struct Log_Watch {
 
 namespace {
 
-// The text of a field, empty when there is none.
+// Returns the text of a field, empty if there is none.
 Message field(const GLogField *fields, gsize size, const char *key) {
   for (gsize i = 0; i < size; ++i) {
     const auto *const text = static_cast<const char *>(fields[i].value);
@@ -90,7 +91,7 @@ GLogWriterOutput write_log(GLogLevelFlags level, const GLogField *fields, gsize 
   return G_LOG_WRITER_HANDLED;
 }
 
-// GStreamer 1.18 also warns when it refuses to add an element to a bin. Newer versions do not.
+// Unlike newer versions, GStreamer 1.18 also warns when it refuses to add an element to a bin.
 void allow_refusals() {
   if (!framework_is_1_18()) return;
   static Allowed_Log of_a_taken_name("is not unique in bin");
@@ -107,10 +108,10 @@ class Unexpected_Log_Listener : public testing::EmptyTestEventListener {
 }  // namespace
 
 void watch_logs() {
-  Log_Watch::instance();  // made now, and not in a call whose memory is counted
+  Log_Watch::instance();  // create it now, not in a call whose memory is counted
   g_log_set_writer_func(write_log, nullptr, nullptr);
   allow_refusals();
-  // Behind the printer, and so before it when a test ends.
+  // Add it after the printer: listeners are called in reverse order at the end of a test.
   testing::UnitTest::GetInstance()->listeners().Append(new Unexpected_Log_Listener);
 }
 

@@ -1,4 +1,5 @@
-// What GLib and the framework warn about while a test runs: expected by the test, or its failure.
+// Records warnings of GLib and the framework while a test runs. A test fails if it does not expect
+// them.
 
 #ifndef TAVREN_TESTS_LOG_WATCH_H
 #define TAVREN_TESTS_LOG_WATCH_H
@@ -7,14 +8,14 @@
 
 namespace kel::tavren::tests {
 
-// Puts the watch in place for the rest of the process: a warning or a critical that no log below
-// stands for fails the test that drew it.
+// Installs the watch for the rest of the process. A warning or a critical that does not match any
+// log below fails the current test.
 void watch_logs();
 
-// Whether such logs came when no test ran any more; they are told on standard error.
+// Returns whether such logs were written after the last test; prints them to stderr.
 bool logs_after_tests();
 
-// Lets warnings and criticals that contain a text pass, until the end of its scope.
+// Allows warnings and criticals that contain a text, until the end of its scope.
 class Allowed_Log {
 public:
   explicit Allowed_Log(std::string text);
@@ -24,7 +25,7 @@ public:
   Allowed_Log &operator=(const Allowed_Log &) = delete;
 
   const std::string &text() const { return text_; }
-  // How many have come so far.
+  // Returns the number of matching logs so far.
   int count() const;
 
 private:
@@ -33,7 +34,7 @@ private:
   int count_ = 0;
 };
 
-// Expects at least one of them; fails the test when none came.
+// Expects at least one matching log; otherwise, the test fails.
 class Expected_Log : public Allowed_Log {
 public:
   using Allowed_Log::Allowed_Log;

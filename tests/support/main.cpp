@@ -1,5 +1,5 @@
-// The main of all test programs. Initializes the framework once, and fails if objects of the
-// framework are left when it deinitializes it, or if the framework warned.
+// The main() of all test programs. Initialises the framework once. Fails if objects of the
+// framework are left when it deinitialises it, or if the framework logged warnings.
 
 #include <iostream>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Older versions of GoogleTest do not print why a test is skipped.
+// Older versions of GoogleTest do not print the reason why a test is skipped.
 class Skip_Reasons : public testing::EmptyTestEventListener {
   void OnTestPartResult(const testing::TestPartResult &result) override {
     if (result.skipped()) std::cout << "skipped: " << result.message() << '\n';
@@ -21,7 +21,7 @@ class Skip_Reasons : public testing::EmptyTestEventListener {
 
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
-  testing::UnitTest::GetInstance()->listeners().Append(new Skip_Reasons);  // which takes ownership
+  testing::UnitTest::GetInstance()->listeners().Append(new Skip_Reasons);  // transfer full
   kel::tavren::tests::init_and_watch_leaks(&argc, &argv);
   kel::tavren::tests::watch_logs();
   const int result = RUN_ALL_TESTS();

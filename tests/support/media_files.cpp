@@ -16,7 +16,7 @@ namespace {
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
 
-// Waits for the end of what a pipeline plays; anything else than its end fails the test.
+// Waits until a pipeline has reached EOS; any other end fails the test.
 void play_to_end(GstElement *pipeline) {
   const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline), false);
   ASSERT_NE(gst_element_set_state(pipeline, GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);

@@ -1,4 +1,4 @@
-// Real media for tests: the framework itself makes the files, in a folder of the test's own.
+// Real media for tests: the framework creates the files in a separate folder for each test.
 
 #ifndef TAVREN_TESTS_MEDIA_FILES_H
 #define TAVREN_TESTS_MEDIA_FILES_H
@@ -7,7 +7,7 @@
 
 namespace kel::tavren::tests {
 
-// A new folder that goes with everything in it.
+// A new folder that is removed with its contents.
 class Media_Folder {
 public:
   Media_Folder();
@@ -19,12 +19,12 @@ public:
   std::string path(const std::string &file) const;
   std::string uri(const std::string &file) const;
 
-  // Runs a pipeline to its end; its element "file" is the sink that writes the file.
+  // Runs a pipeline to EOS. Its element "file" is the sink that writes the file.
   void record(const std::string &file, const std::string &pipeline) const;
   void write(const std::string &file, const std::string &contents) const;
   std::string read(const std::string &file) const;
 
-  // 2 s of a 64x48 picture as JPEG and of one channel of mu-law, in Matroska.
+  // 2 s of a 64x48 picture as JPEG and one channel of mu-law, in Matroska.
   void record_video_and_audio(const std::string &file) const;
   // 2 s of two pictures of different sizes as JPEG, in Matroska.
   void record_two_videos(const std::string &file) const;

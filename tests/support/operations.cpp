@@ -16,14 +16,14 @@ namespace {
 
 using capture::Media_Helper;
 
-// What the running operation has been found to do wrong; on each thread its own.
+// The first error of the running operation, for each thread.
 thread_local std::string wrong;
 
 void require(bool held, const char *what) {
   if (!held && wrong.empty()) wrong = what;
 }
 
-// What an operation makes for itself: in the end nobody else holds it.
+// An object that an operation creates. At the end, it must have no other owner.
 template <typename T>
 class Own {
 public:
@@ -38,7 +38,7 @@ private:
   boost::intrusive_ptr<T> object_;
 };
 
-// What an operation hands over and must not keep, watched until the end of the scope.
+// Watches an object that an operation passes on and must not keep.
 class Gone_In_The_End {
 public:
   explicit Gone_In_The_End(gpointer object) : watch_(object) {}
@@ -50,7 +50,7 @@ private:
   Weak_Watch watch_;
 };
 
-// An element that goes back to its initial state before it goes.
+// Sets an element to the NULL state before it is destroyed.
 class Stopped_In_The_End {
 public:
   explicit Stopped_In_The_End(GstElement *element) : element_(element) {}
@@ -62,7 +62,7 @@ private:
   GstElement *element_;
 };
 
-// Takes over a reference that an operation returned.
+// Takes ownership of a reference that an operation returned.
 template <typename T>
 boost::intrusive_ptr<T> taken(T *object) {
   return boost::intrusive_ptr<T>(object, false);
@@ -72,7 +72,7 @@ unsigned long long type_of(const Element &element) {
   return G_OBJECT_TYPE(element.get());
 }
 
-// Runs a search's comparison with an element in a value.
+// Runs the comparison function of a search with an element in a value.
 template <typename Compare>
 void with_value(const Element &element, Compare compare) {
   GValue value = G_VALUE_INIT;
@@ -246,7 +246,8 @@ void add_probe(const Scene &) {
   require(freed == 1, "the data of the probe is not freed once");
 }
 
-// An idle probe runs at once on a pad that does nothing, and leaves no identifier when it is done.
+// An idle probe runs immediately on an idle pad. If it removes itself, it has no identifier
+// afterwards.
 void add_probe_that_removes_itself(const Scene &) {
   const Own<GstElement> sink(make_element("fakesink"));
   Media_Helper::add_probe_to_sink_pad_or_throw(
@@ -261,7 +262,7 @@ void request_tee_pad(const Scene &scene) {
   gst_element_release_request_pad(scene.split.get(), pad.get());
 }
 
-// Has "src_%u" pads, but makes them by itself only.
+// Has "src_%u" pads, but does not create them on request.
 void request_src_pad_of_decodebin(const Scene &) {
   const Own<GstElement> decodebin(make_element("decodebin"));
   Media_Helper::get_tee_src_pad(decodebin.get());
@@ -539,14 +540,14 @@ Scene::Scene()
   streams_sink = request_pad(streams.get(), "sink_0");
   streams_src = static_pad(streams, "src_0");
   bus = boost::intrusive_ptr<GstBus>(gst_element_get_bus(pipeline.get()), false);
-  // Nobody reads the bus, and its messages would keep the elements that they come from.
+  // Nothing reads the bus, and its messages would keep their source elements alive.
   gst_bus_set_flushing(bus.get(), TRUE);
   counts_ = reference_counts(objects());
   caps_counts_ = {reference_count(jpeg.get()), reference_count(raw.get()),
                   reference_count(rtp.get())};
 }
 
-// A pipeline goes in its initial state, and so does what is in it.
+// A pipeline and its elements must be in the NULL state when they are destroyed.
 Scene::~Scene() {
   gst_element_set_state(pipeline.get(), GST_STATE_NULL);
 }
@@ -575,7 +576,7 @@ std::string Scene::changed_counts() const {
 
 namespace {
 
-// Without those whose failure the framework does not cause.
+// Omits operations whose failure this version of the framework does not cause.
 std::vector<Operation> possible(std::vector<Operation> all) {
   all.erase(std::remove_if(
                 all.begin(), all.end(),
@@ -731,7 +732,7 @@ const std::vector<std::string> expected_warnings = make_expected_warnings();
 
 namespace {
 
-// What an operation threw, with the class told by the kind of its code.
+// The error of an operation, with its class determined from its code.
 struct Outcome {
   int code = 0;
   std::string text;

@@ -1,5 +1,5 @@
-// Every operation of the library as one table, succeeding and failing: what many threads and long
-// runs draw from. Whoever runs it decides what becomes of a complaint.
+// All operations of the library in one table, both succeeding and failing, for tests with many
+// threads and for long runs. The caller decides how to report an unexpected result.
 
 #ifndef TAVREN_TESTS_OPERATIONS_H
 #define TAVREN_TESTS_OPERATIONS_H
@@ -11,7 +11,7 @@
 
 namespace kel::tavren::tests {
 
-// What operations work on: a camera's stream, split by a tee, and a recording bin beside it.
+// The objects that operations use: a camera's stream, split by a tee, and a separate recording bin.
 //
 //   camera ! format ! split ! parser ! file    buffer    streams    recording: { deep, snapshots }
 struct Scene {
@@ -23,9 +23,9 @@ struct Scene {
   GstBin *bin() const { return GST_BIN_CAST(pipeline.get()); }
   GstBin *recording_bin() const { return GST_BIN_CAST(recording.get()); }
 
-  // Empty while everything in the scene has the count that it had in the beginning.
+  // Returns an empty text while all objects in the scene have their initial reference counts.
   std::string changed_counts() const;
-  // All its elements and pads, and the bus.
+  // All elements and pads of the scene, and the bus.
   std::vector<gpointer> objects() const;
 
   Element pipeline, recording, camera, format, split, parser, file, buffer, streams;
@@ -42,24 +42,24 @@ private:
 
 struct Operation {
   enum Use {
-    SHARED,  // leaves the scene as it is: any number of threads may do it on one
-    OWN,     // changes the scene for a while
-    RARE     // takes tens of milliseconds, and no part of the scene
+    SHARED,  // does not change the scene, so any number of threads may run it on one scene
+    OWN,     // changes the scene temporarily
+    RARE     // takes tens of milliseconds and does not use the scene
   };
 
   const char *name;
   Use use;
-  int code;          // of the error that it throws; 0 when it throws none
+  int code;          // code of the error that it throws; 0: none
   const char *text;  // the whole text of that error
   void (*run)(const Scene &);
 };
 
 extern const std::vector<Operation> operations;
 
-// Texts of the warnings that some of them draw.
+// Texts of the warnings that some of them cause.
 extern const std::vector<std::string> expected_warnings;
 
-// Runs an operation. Returns what it did that it should not have done; empty when there is nothing.
+// Runs an operation. Returns a description of any unexpected behaviour, otherwise an empty text.
 std::string complaint(const Operation &operation, const Scene &scene);
 
 }  // namespace kel::tavren::tests

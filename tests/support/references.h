@@ -1,4 +1,4 @@
-// How tests look at reference counts and at the end of an object's life.
+// Checks for reference counts and for the destruction of objects.
 
 #ifndef TAVREN_TESTS_REFERENCES_H
 #define TAVREN_TESTS_REFERENCES_H
@@ -22,7 +22,7 @@ inline gint reference_count(GstCaps *caps) {
   return GST_MINI_OBJECT_REFCOUNT_VALUE(caps);
 }
 
-// The counts of several objects, to be compared before and after.
+// Returns the reference counts of several objects, for comparisons before and after a call.
 inline std::vector<guint> reference_counts(const std::vector<gpointer> &objects) {
   std::vector<guint> counts;
   for (const gpointer object : objects)
@@ -30,7 +30,7 @@ inline std::vector<guint> reference_counts(const std::vector<gpointer> &objects)
   return counts;
 }
 
-// An element of its own: the floating reference is made the handle's.
+// Creates an element. The handle owns the former floating reference.
 inline Element make_element(const char *factory, const char *name = nullptr) {
   GstElement *const element = gst_element_factory_make(factory, name);
   return Element(element != nullptr ? GST_ELEMENT_CAST(gst_object_ref_sink(element)) : nullptr,
@@ -45,8 +45,8 @@ inline Pad static_pad(const Element &element, const char *name) {
   return Pad(gst_element_get_static_pad(element.get(), name), false);
 }
 
-// Requests a pad from the element's only template for such pads: "sink_%u" leaves the number to the
-// element. GStreamer renamed its own short form of this in 1.20.
+// Requests a pad from the element's only request pad template. With "sink_%u", the element chooses
+// the number. GStreamer 1.20 renamed its own function for this.
 inline Pad request_pad(GstElement *element, const char *name) {
   for (GList *entry = gst_element_get_pad_template_list(element); entry != nullptr;
        entry = entry->next) {
@@ -60,7 +60,7 @@ inline Pad request_pad(GstElement *element, const char *name) {
   return Pad();
 }
 
-// A pad that belongs to no element.
+// Creates a pad without a parent.
 inline Pad make_pad(const char *name, GstPadDirection direction) {
   return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new(name, direction))), false);
 }
@@ -69,8 +69,8 @@ inline Caps make_caps(const char *text) {
   return Caps(gst_caps_from_string(text), false);
 }
 
-// Plays a pipeline until its end or its first error, ten seconds at most. Returns which of the two
-// came, or GST_MESSAGE_UNKNOWN for neither.
+// Plays a pipeline until EOS or its first error, for at most ten seconds. Returns the type of the
+// message, or GST_MESSAGE_UNKNOWN if there is none.
 inline GstMessageType play_to_the_end(const Element &pipeline) {
   gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
   const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline.get()), false);
@@ -82,7 +82,7 @@ inline GstMessageType play_to_the_end(const Element &pipeline) {
   return message ? GST_MESSAGE_TYPE(message.get()) : GST_MESSAGE_UNKNOWN;
 }
 
-// Tells whether an object is gone, without keeping it alive.
+// Detects the destruction of an object without keeping it alive.
 class Weak_Watch {
 public:
   explicit Weak_Watch(gpointer object) : object_(G_OBJECT(object)) {

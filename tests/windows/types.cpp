@@ -1,4 +1,4 @@
-// The sizes and types that GLib's configuration has on 64-bit Windows.
+// The sizes and types of GLib's configuration on 64-bit Windows.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,1 +1,1 @@
-"""A camera for tests: RTP packets made by ffmpeg, served over RTSP, with misbehaviour on demand."""
+"""A camera for tests: serves RTP packets made by ffmpeg over RTSP, with optional misbehaviour."""

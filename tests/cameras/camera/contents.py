@@ -1,4 +1,4 @@
-"""The streams that the camera can send, each encoded once and kept in a cache folder."""
+"""The streams that the camera can send. Each is encoded once and kept in a cache folder."""
 
 import hashlib
 import os
@@ -7,19 +7,19 @@ import tempfile
 from dataclasses import dataclass
 from pathlib import Path
 
-LENGTH = 30  # s of media in a file; the sender loops it
+LENGTH = 30  # s of media in a file, which the sender loops
 
 
 @dataclass(frozen=True)
 class Content:
-    """A stream: the source that ffmpeg encodes, how it encodes, and how it packetizes."""
+    """A stream: the source that ffmpeg encodes, and the options for encoding and packetizing."""
 
     source: str
     encoder: str
     packetizer: str = ""
 
     def is_slow(self):
-        """True if seconds pass between two frames."""
+        """Returns True if the time between two frames is several seconds."""
         return self.source.endswith("rate=1/6")
 
 
@@ -56,7 +56,7 @@ CONTENTS = {
     "h264-slow": Content(_pictures(rate="1/6"), f"{_x264('-profile:v baseline', gop=1)} {_IN_BAND}"),
     "h265": Content(_pictures(), f"{_x265(0)} {_IN_BAND}"),
     "h265-b-frames": Content(_pictures(), f"{_x265(3)} {_IN_BAND}"),
-    # RTP packets carry both matrices. Some versions of ffmpeg write one if they are alike.
+    # RTP packets contain both matrices. Some versions of ffmpeg write only one if they are equal.
     "mjpeg": Content(_pictures(), "-c:v mjpeg -huffman default -force_duplicated_matrix 1 "
                                   "-pix_fmt yuvj420p -b:v 1500k"),
     "mpeg4": Content(_pictures(), f"-c:v mpeg4 -b:v 400k -g 25 -bf 0 {_IN_BAND}"),
@@ -91,7 +91,8 @@ def _encode(content, file):
 
 
 def prepare(name, cache):
-    """The file with a content, encoded unless the cache holds it. Safe to call from many processes."""
+    """Returns the file with the content. Encodes it unless it is in the cache. Safe to call from
+    several processes."""
     content = CONTENTS[name]
     digest = hashlib.sha256(f"{content.source} {content.encoder} {LENGTH}".encode()).hexdigest()[:12]
     file = Path(cache) / f"{digest}.nut"

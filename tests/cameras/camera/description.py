@@ -1,14 +1,14 @@
-"""Turns the session descriptions that ffmpeg writes into the one that the camera serves."""
+"""Converts the session descriptions that ffmpeg writes to the one that the camera serves."""
 
 import re
 from dataclasses import dataclass
 
-# How the addresses of streams are given, and which are known. A client that asks for another address
-# is answered with 404, or dropped if they are appended.
+# The forms of the stream addresses, and the addresses that the camera accepts. If a client requests
+# another address, the response is 404, or with appended addresses, the connection is closed.
 ADDRESSES = {
-    "based": "relative to a base address that the camera names",
-    "appended": "relative, without a base address; only appended to the camera's address they are known",
-    "resolved": "relative, without a base address; only resolved as references they are known",
+    "based": "relative to a base address that the camera specifies",
+    "appended": "relative, without a base address; valid only if appended to the camera's address",
+    "resolved": "relative, without a base address; valid only if resolved as references",
     "absolute": "absolute, without a base address",
 }
 METADATA = ["m=application 0 RTP/AVP 107", "a=rtpmap:107 vnd.onvif.metadata/90000", "a=control:metadata"]
@@ -19,7 +19,7 @@ STATIC_RTPMAPS = {0: "PCMU/8000", 8: "PCMA/8000", 9: "G722/8000", 14: "MPA/90000
 
 @dataclass(frozen=True)
 class Stream:
-    """What the camera must know of a stream to time it and to name it."""
+    """The properties of a stream that determine its times and its name."""
 
     media: str
     payload_type: int
@@ -27,7 +27,7 @@ class Stream:
 
 
 def _sections(texts):
-    """The session's lines, and those of each stream."""
+    """Returns the lines of the session, and those of each stream."""
     parts = [re.split(r"^(?=m=)", text.replace("\r", ""), flags=re.M) for text in texts]
     return parts[0][0].splitlines(), [section.splitlines() for _, *streams in parts for section in streams]
 
@@ -54,11 +54,11 @@ def _without_parameter_sets(lines):
 
 
 def served(texts, count, connection="IN IP4 0.0.0.0", prefix="", rtpmaps=False, parameter_sets=True, metadata=False):
-    """The description of the first `count` streams of the texts, as a client gets it.
+    """Returns the description of the first `count` streams of the texts.
 
-    `connection` is the value of each stream's line c; `prefix` comes before the names of streams;
-    `rtpmaps` names the static payload types too; without `parameter_sets` they are in-band only;
-    `metadata` adds a stream of metadata."""
+    `connection` is the value of each stream's c line. `prefix` is prepended to the names of
+    streams. `rtpmaps` adds rtpmap lines for static payload types. Without `parameter_sets`, they
+    are sent in-band only. `metadata` adds a metadata stream."""
     head, sections = _sections(texts)
     lines = [line for line in head if not line.startswith("a=tool")] + ["a=control:*"]
     for index, section in enumerate(sections[:count]):

@@ -1,4 +1,4 @@
-"""RTSP requests as they arrive, and answers."""
+"""RTSP requests and responses."""
 
 from dataclasses import dataclass
 
@@ -12,14 +12,15 @@ _INTERLEAVED = b"$"
 class Request:
     method: str
     uri: str
-    headers: dict  # the names in lower case
+    headers: dict  # names in lower case
 
     def header(self, name):
         return self.headers.get(name.lower(), "")
 
 
 async def read_request(reader):
-    """The next request. Passes over interleaved packets and answers. EOFError at the end."""
+    """Returns the next request. Skips interleaved data and responses from the client. Raises
+    EOFError at the end."""
     while (request := await _read_message(reader)) and request.method.startswith("RTSP/"):
         pass
     return request

@@ -1,18 +1,18 @@
-"""Parses what the camera is asked to do wrong, and when."""
+"""Parses the misbehaviour of the camera and its times."""
 
 import re
 from dataclasses import dataclass, field
 
 KINDS = {
-    "pause": "hold back all packets for VALUE seconds, then send them at once",
+    "pause": "hold all packets back for VALUE seconds, then send them at once",
     "drop": "send nothing for VALUE seconds; those packets are lost",
-    "jump": "move the RTP clock by VALUE seconds",
-    "drift": "let the RTP clock run VALUE per cent fast",
-    "wall-clock": "move the wall clock of sender reports by VALUE seconds",
-    "wrap": "number packets and times so that both wrap around, the times at TIME",
-    "ssrc": "go on with a new SSRC, sequence number and timestamp",
-    "first-ssrc": "go on with the SSRC of the first packet, and a new sequence number and timestamp",
-    "switch": "go on with the content named by --switch-to",
+    "jump": "shift the RTP clock by VALUE seconds",
+    "drift": "make the RTP clock VALUE per cent fast",
+    "wall-clock": "shift the wall clock of sender reports by VALUE seconds",
+    "wrap": "make sequence numbers and timestamps wrap around, the timestamps at TIME",
+    "ssrc": "continue with a new SSRC, sequence number and timestamp",
+    "first-ssrc": "continue with the SSRC of the first packet, and a new sequence number and timestamp",
+    "switch": "continue with the content of --switch-to",
     "stop": "send no more packets",
     "bye": "send an RTCP BYE and no more packets",
     "late": "send no packets before TIME",
@@ -24,9 +24,9 @@ KINDS = {
     "padding": "pad RTP packets",
     "close": "close the connection",
     "reset": "reset the connection",
-    "silent": "send neither packets nor answers, and keep the connection",
+    "silent": "send neither packets nor responses, but keep the connection",
     "garbage": "send VALUE random bytes on the connection",
-    "gone": "drop all connections and refuse new ones for VALUE seconds",
+    "gone": "close all connections and refuse new ones for VALUE seconds",
 }
 NEED_VALUE = {"pause", "drop", "jump", "drift", "wall-clock", "loss", "reorder", "duplicate", "garbage", "gone"}
 CONTINUOUS = {"drift", "wall-clock", "wrap", "late", "loss", "reorder", "duplicate", "no-marker",
@@ -38,8 +38,8 @@ _FORM = re.compile(r"(?P<kind>[a-z-]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))
 
 @dataclass
 class Misbehaviour:
-    """One thing to do wrong, timed from PLAY. It is done once in the camera's life, by the first
-    session that lasts until then; the continuous kinds are done in every session."""
+    """A misbehaviour, with a time relative to PLAY. It occurs once in the camera's lifetime, in
+    the first session that lasts long enough. The continuous kinds occur in every session."""
 
     kind: str
     value: float
@@ -51,7 +51,7 @@ class Misbehaviour:
         return self.stream in (None, stream)
 
     def claim(self, session):
-        """True if the session is the one to do it."""
+        """Returns True if this session performs the misbehaviour."""
         if self.kind in CONTINUOUS:
             return True
         if self._owner is None:
@@ -60,7 +60,7 @@ class Misbehaviour:
 
 
 def parse_misbehaviour(text):
-    """KIND[:VALUE][@TIME][/STREAM]; without STREAM it concerns all streams."""
+    """Parses KIND[:VALUE][@TIME][/STREAM]. Without STREAM, it applies to all streams."""
     match = _FORM.fullmatch(text)
     if not match or match["kind"] not in KINDS:
         raise ValueError(f"not a misbehaviour: {text}")

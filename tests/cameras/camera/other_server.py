@@ -1,4 +1,4 @@
-"""Runs a camera whose RTSP server is another project's program."""
+"""Runs a camera that uses the RTSP server of another project."""
 
 import argparse
 import shutil
@@ -19,8 +19,8 @@ STARTING_TIME = 30  # s
 def serve(description, start):
     """Serves the contents named on the command line.
 
-    `start` is called with the arguments, a folder for files, a port, and a list that it adds the
-    processes to; it returns the camera's address."""
+    `start` is called with the arguments, a folder for files, a port, and a list to which it adds
+    its processes. It returns the camera's address."""
     arguments = _parsed_arguments(description)
     for number in (signal.SIGINT, signal.SIGTERM):
         signal.signal(number, lambda *_: sys.exit(0))
@@ -46,13 +46,13 @@ def _parsed_arguments(description):
     parser.add_argument("contents", nargs="*", default=["h264", "aac"], metavar="CONTENT",
                         help="default: h264 aac")
     parser.add_argument("--cache", type=Path, default=default_cache(), metavar="FOLDER",
-                        help="keeps the encoded contents")
+                        help="folder for encoded contents")
     parser.add_argument("--lifetime", type=int, default=60, metavar="SECONDS", help="default: 60")
     return parser.parse_args()
 
 
 def started(command):
-    """A process that is killed with this one."""
+    """Starts a process that is killed when this process ends."""
     return subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *command], stdin=subprocess.DEVNULL,
                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
@@ -74,7 +74,7 @@ def accepts_connections(port):
 
 
 def _describes(uri):
-    """True once the server answers DESCRIBE with a session."""
+    """Returns True once the server answers DESCRIBE with a session."""
     port = int(uri.split(":")[2].split("/")[0])
     try:
         with socket.create_connection(("127.0.0.1", port), 2) as connection:

@@ -1,4 +1,4 @@
-"""RTP packets and RTCP sender reports: the fields that the camera reads and rewrites."""
+"""RTP packets and RTCP sender reports, with the fields that the camera reads and modifies."""
 
 import struct
 from dataclasses import dataclass, replace
@@ -10,7 +10,7 @@ _H264_AGGREGATE = 24
 
 @dataclass(frozen=True)
 class Packet:
-    """A packet on its way to a client, and its age in seconds since PLAY."""
+    """A packet to be sent to a client, with its time in seconds since PLAY."""
 
     stream: int
     is_rtcp: bool
@@ -46,7 +46,8 @@ class Packet:
         return self.is_rtcp and self.data[1] == _SENDER_REPORT and len(self.data) >= 28
 
     def rewritten(self, sequence=None, ssrc=None, timestamp=None, stream=None, payload_type=None):
-        """The packet with other values; RTCP has no sequence number and no payload type."""
+        """Returns the packet with modified values. RTCP has no sequence number and no payload
+        type."""
         data = bytearray(self.data)
         if sequence is not None and not self.is_rtcp:
             struct.pack_into("!H", data, 2, sequence & 0xFFFF)
@@ -77,7 +78,7 @@ class Packet:
         return replace(self, data=bytes([self.data[0] | 0x20]) + self.data[1:] + bytes(count - 1) + bytes([count]))
 
     def with_wall_clock_moved(self, seconds):
-        """The packet, a sender report with another time."""
+        """Returns the sender report with a modified time."""
         if not self.is_sender_report:
             return self
         data = bytearray(self.data)
@@ -86,7 +87,8 @@ class Packet:
         return replace(self, data=bytes(data))
 
     def begins_h264_key_frame(self):
-        """True for a packet with a sequence parameter set, which the encoder puts before each key frame."""
+        """Returns True if the packet contains a sequence parameter set, which the encoder sends
+        before each key frame."""
         unit, payload = self.data[12] & 0x1F, self.data[12:]
         if unit == _H264_SEQUENCE_SET:
             return True
@@ -94,5 +96,5 @@ class Packet:
 
 
 def goodbye(ssrc):
-    """An RTCP packet that announces the end of a source."""
+    """Returns an RTCP BYE packet."""
     return struct.pack("!BBHI", 0x81, 203, 1, ssrc)

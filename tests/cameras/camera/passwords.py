@@ -1,4 +1,4 @@
-"""Basic and digest authentication, the server's side."""
+"""The server side of Basic and Digest authentication."""
 
 import base64
 import hashlib
@@ -14,7 +14,7 @@ def _md5(text):
 
 
 class PasswordCheck:
-    """Checks requests against one user and password by one of SCHEMES."""
+    """Checks requests against one user name and password. `scheme` is one of SCHEMES."""
 
     def __init__(self, user, password, scheme):
         self._user = user
@@ -23,7 +23,7 @@ class PasswordCheck:
         self._nonce = secrets.token_hex(16)
 
     def challenges(self, authorization):
-        """The values of WWW-Authenticate in the answer to a request with this authorization."""
+        """Returns the values of WWW-Authenticate for a request with this authorization."""
         basic = f'Basic realm="{REALM}"'
         digest = f'Digest realm="{REALM}", nonce="{self._nonce}"'
         if self._scheme == "stale" and authorization:

@@ -1,4 +1,4 @@
-"""Ports of the loopback addresses that the system picks."""
+"""Ports on the loopback addresses, chosen by the system."""
 
 import socket
 
@@ -8,8 +8,8 @@ def _family(host):
 
 
 def reserved_port(host):
-    """A socket that keeps a port for this process. It refuses connections until another socket with
-    SO_REUSEADDR listens on the port."""
+    """Returns a socket that reserves a port for this process. The port refuses connections until
+    another socket with SO_REUSEADDR listens on it."""
     reservation = socket.socket(_family(host))
     reservation.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
     reservation.bind((host, 0))
@@ -17,7 +17,7 @@ def reserved_port(host):
 
 
 def udp_port_pair(host):
-    """Two sockets, on an even port and the next one."""
+    """Returns two sockets, on an even port and the next one."""
     while True:
         pair = tuple(socket.socket(_family(host), socket.SOCK_DGRAM) for _ in range(2))
         try:

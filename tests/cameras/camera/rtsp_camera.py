@@ -1,4 +1,4 @@
-"""The camera: a sender behind an RTSP server on 127.0.0.1."""
+"""A camera that consists of a sender and an RTSP server on 127.0.0.1."""
 
 import asyncio
 import re
@@ -14,12 +14,12 @@ from .session import Session
 
 @dataclass
 class Options:
-    """How the camera serves what it sends."""
+    """The server options of the camera."""
 
     transports: set = field(default_factory=lambda: {"tcp", "udp"})
     udp_blocked: bool = False
-    statuses: dict = field(default_factory=dict)  # what methods are answered with, if not 200
-    deaf: bool = False  # takes connections, answers nothing
+    statuses: dict = field(default_factory=dict)  # status codes of the responses to methods, if not 200
+    deaf: bool = False  # accepts connections but sends no response
     credentials: tuple = None  # user, password, scheme
     certificate: object = None  # an ssl.SSLContext for rtsps
     host: str = "127.0.0.1"
@@ -29,7 +29,7 @@ class Options:
     session_timeout: int = 60  # s
     get_parameter: bool = True
     sender_reports: bool = True
-    channel: int = None  # the first one on the connection, if not the client's choice
+    channel: int = None  # first channel on the connection; None: the client chooses
     metadata: bool = False
     rtp_info: bool = True
     rtpmaps: bool = False
@@ -40,7 +40,7 @@ class Options:
 
 
 def _without_scheme(uri):
-    """Clients ask for rtsp: addresses over TLS too."""
+    """Clients may request rtsp: addresses over TLS, too."""
     return re.sub(r"^rtsps?:", "", uri)
 
 
@@ -48,7 +48,7 @@ class RtspCamera:
     def __init__(self, contents, cache, options, misbehaviours, switch_to=None):
         self.options = options
         self.misbehaviours = misbehaviours
-        self.substitute = len(contents)  # the stream that `switch` takes the place of another with
+        self.substitute = len(contents)  # index of the stream that replaces another one after `switch`
         self.password_check = PasswordCheck(*options.credentials) if options.credentials else None
         self.streams = []
         self.description = ""
@@ -63,7 +63,7 @@ class RtspCamera:
         self._port = self._reservation.getsockname()[1]
 
     async def prepare(self):
-        """Starts the sender; the camera's address is known from here on."""
+        """Starts the sender. Afterwards, the camera's address is known."""
         texts = await self._sender.start()
         self.streams = descriptions.streams_of(texts)
         options = self.options
@@ -82,7 +82,7 @@ class RtspCamera:
         return f"{scheme}://{host}:{self._port}{self.options.path}"
 
     def moved_uri(self):
-        """Where a redirected client finds the camera."""
+        """Returns the address to which clients are redirected."""
         return self.uri() + "-moved"
 
     def serves(self, uri):
@@ -91,20 +91,21 @@ class RtspCamera:
     def stream_named(self, uri):
         base, name = _without_scheme(self.stream_base()), _without_scheme(uri)
         if name == f"{base}metadata":
-            return self._count  # which never sends
+            return self._count  # never sends anything
         match = re.fullmatch(re.escape(base) + r"stream=(\d+)", name)
         if match and int(match[1]) < self._count:
             return int(match[1])
         return None
 
     def stream_base(self):
-        """What the addresses of all streams begin with."""
+        """Returns the common prefix of the stream addresses."""
         if self.options.stream_addresses == "resolved":
             return self.uri().rpartition("/")[0] + "/"
         return self.uri() + "/"
 
     def rtp_info(self, streams):
-        """Each stream's next sequence number and its timestamp now, once it has sent something."""
+        """Returns the next sequence number and the current timestamp of each stream that has
+        sent something."""
         known = all(stream in self._last and stream in self._reports for stream in streams)
         if not self.options.rtp_info or not known:
             return ""
@@ -118,7 +119,7 @@ class RtspCamera:
         return f"url={self.stream_base()}stream={stream};seq={sequence};rtptime={timestamp}"
 
     def leave(self, seconds):
-        """Drops all connections and refuses new ones for a while."""
+        """Closes all connections and refuses new ones for a while."""
         self._drop_all()
         asyncio.get_running_loop().call_later(seconds, self._come_back)
 

@@ -1,4 +1,4 @@
-"""Runs ffmpeg as the packetizer: its RTP and RTCP packets arrive on local sockets."""
+"""Runs ffmpeg as the packetizer. Its RTP and RTCP packets are received on local sockets."""
 
 import asyncio
 import socket
@@ -10,8 +10,8 @@ from .contents import CONTENTS, prepare
 
 FIRST_DYNAMIC_PAYLOAD_TYPE = 96
 LARGEST_PACKET = 1400
-STARTING_TIME = 50  # s that ffmpeg may take, on a busy machine
-# These have a payload type that needs no rtpmap; ffmpeg announces them that way.
+STARTING_TIME = 50  # s, within which ffmpeg must start on a busy machine
+# Their payload types need no rtpmap, and ffmpeg describes them without one.
 STATIC_PAYLOAD_TYPES = {"mulaw", "alaw", "g722", "mp2", "mp3", "mpeg2", "mjpeg"}
 
 
@@ -24,9 +24,9 @@ def _bound_socket():
 
 
 class Sender:
-    """Sends contents for a number of seconds, or until it is stopped; it loops over them.
+    """Sends contents in a loop for a number of seconds, or until it is stopped.
 
-    `receive` is called with (stream, is_rtcp, packet) for each packet that ffmpeg makes."""
+    `receive` is called with (stream, is_rtcp, packet) for each packet from ffmpeg."""
 
     def __init__(self, names, cache, lifetime, receive):
         self._names = names
@@ -48,7 +48,7 @@ class Sender:
             return await asyncio.wait_for(asyncio.gather(*written), STARTING_TIME)
 
     def _streams_of_processes(self):
-        """One process keeps its streams in step, and would hold the others back for a slow one."""
+        """A process sends its streams synchronously, so a slow stream would delay the others."""
         streams = range(len(self._names))
         if any(CONTENTS[name].is_slow() for name in self._names):
             return [[stream] for stream in streams]
@@ -75,7 +75,7 @@ class Sender:
             self._receive(stream, is_rtcp, packet)
 
     def _command(self, streams, description):
-        # Killed with the camera, however that ends; the output's length is the second guard.
+        # ffmpeg is killed when the camera ends. The limited output duration is a second safeguard.
         command = ["setpriv", "--pdeathsig", "KILL", "ffmpeg", "-nostdin", "-hide_banner", "-loglevel", "fatal"]
         for stream in streams:
             command += ["-re", "-stream_loop", "-1", "-i", str(prepare(self._names[stream], self._cache))]

@@ -1,4 +1,4 @@
-"""One client's connection: answers its requests and sends it the packets that it set up."""
+"""The connection of one client: answers its requests and sends it the packets of its streams."""
 
 import asyncio
 import os
@@ -33,7 +33,8 @@ class Session:
         self._first_stage = None
 
     async def serve(self):
-        """Answers requests until the client, its silence or a misbehaviour ends the connection."""
+        """Answers requests until the client disconnects, times out or a misbehaviour closes the
+        connection."""
         options = self._camera.options
         try:
             while True:
@@ -62,7 +63,8 @@ class Session:
         self._writer.close()
 
     def receive(self, stream, is_rtcp, data):
-        """Takes a packet of the sender; clients that play get it after the stages."""
+        """Receives a packet from the sender. Passes it through the stages to a client that is
+        playing."""
         if self._playing:
             age = asyncio.get_running_loop().time() - self._play_time
             self._first_stage(Packet(stream, is_rtcp, data, age))
@@ -150,11 +152,11 @@ class Session:
         self.send(packet.stream, packet.is_rtcp, packet.data)
 
     def _ask(self, number):
-        """Sends a request of the camera, and the next one later. The answers are passed over."""
+        """Sends a request to the client, and schedules the next one."""
         self._writer.write(request("OPTIONS", self._camera.uri(), number))
         self._timers.append(asyncio.get_running_loop().call_later(ASKING_INTERVAL, self._ask, number + 1))
 
-    # Misbehaviours of the connection
+    # Misbehaviour of the connection
 
     def _plan_connection_events(self):
         loop = asyncio.get_running_loop()
@@ -170,7 +172,7 @@ class Session:
         self.close()
 
     def _do_reset(self, _):
-        # No lingering: the kernel answers with RST instead of FIN.
+        # Without lingering, the kernel sends RST instead of FIN.
         self._writer.get_extra_info("socket").setsockopt(
             socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         self._writer.transport.abort()

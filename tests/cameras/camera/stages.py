@@ -1,4 +1,4 @@
-"""The stages that a session's packets pass, one for each misbehaviour of the stream."""
+"""The stages that process a session's packets: one for each misbehaviour of a stream."""
 
 import asyncio
 import random
@@ -12,7 +12,7 @@ PACKETS_BEFORE_WRAP = 40
 
 
 class Stage:
-    """Passes packets on to the next stage; subclasses change, hold or drop them."""
+    """Passes packets to the next stage. Subclasses modify, delay or drop them."""
 
     def __init__(self, misbehaviour, camera, session):
         self.misbehaviour = misbehaviour
@@ -89,7 +89,7 @@ class Jump(Stage):
 
 
 class Drift(Stage):
-    """Lets a stream's clock run VALUE per cent fast."""
+    """Makes a stream's clock VALUE per cent fast."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
@@ -103,15 +103,15 @@ class Drift(Stage):
 
 
 class WallClock(Stage):
-    """Moves the wall clock times in sender reports by VALUE seconds."""
+    """Shifts the wall clock times in sender reports by VALUE seconds."""
 
     def change(self, packet):
         self.forward(packet.with_wall_clock_moved(round(self.misbehaviour.value)))
 
 
 class Wrap(Stage):
-    """Renumbers each stream so that its timestamps wrap around at the time, and its sequence numbers
-    some packets after the first."""
+    """Renumbers each stream so that its timestamps wrap around at the given time, and its
+    sequence numbers some packets after the first one."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
@@ -153,14 +153,15 @@ class FirstSsrc(NewSsrc):
 
 
 class Switch(Stage):
-    """Replaces a stream from its substitute's next key frame on, in the original's numbering."""
+    """Replaces a stream with its substitute from the substitute's next key frame, but continues
+    the numbering of the original."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
         self._stream = self.misbehaviour.stream or 0
         self._last = None  # packet of the original
         self._waiting = []  # packets of the substitute, until the original's frame is complete
-        self._offsets = None  # of the substitute's sequence numbers and timestamps, once it is on
+        self._offsets = None  # of the substitute's sequence numbers and timestamps, after the switch
 
     def accept(self, packet):
         if packet.stream == self.camera.substitute:
@@ -204,7 +205,7 @@ class Switch(Stage):
 
 
 class RandomStage(Stage):
-    """Acts on a share of the RTP packets, which is the same on each run."""
+    """Applies to a share of the RTP packets, the same ones on each run."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
@@ -272,7 +273,8 @@ _STAGES = {
 
 
 def chain(camera, session, deliver):
-    """The function that a session's packets enter; what passes all stages is delivered."""
+    """Returns the function that processes a session's packets. `deliver` is called for packets
+    that pass all stages."""
     accept = deliver
     for misbehaviour in reversed(camera.misbehaviours):
         if misbehaviour.kind in OF_CONNECTION:

@@ -1,4 +1,4 @@
-"""Carries the packets of one stream to the client."""
+"""Transports for the packets of one stream."""
 
 import re
 import struct
@@ -7,7 +7,7 @@ from .ports import udp_port_pair
 
 
 class InterleavedTransport:
-    """Sends on two channels of the RTSP connection."""
+    """Sends on two interleaved channels of the RTSP connection."""
 
     def __init__(self, header, writer, channel):
         match = re.search(r"interleaved=(\d+)(-\d+)?", header)
@@ -25,7 +25,7 @@ class InterleavedTransport:
 
 
 class UdpTransport:
-    """Sends from a pair of ports that the system picks to the client's pair."""
+    """Sends from a pair of ports that the system chooses to the client's pair."""
 
     def __init__(self, header, writer, blocked):
         rtp, rtcp = re.search(r"client_port=(\d+)-(\d+)", header).groups()
@@ -45,7 +45,7 @@ class UdpTransport:
         try:
             self._sockets[is_rtcp].sendto(packet, (self._address, self._client_ports[is_rtcp]))
         except OSError:
-            pass  # A client that has gone refuses packets; the connection reports its end.
+            pass  # A client that has disconnected refuses packets. The RTSP connection reports this.
 
     def close(self):
         for sender in self._sockets:
@@ -53,7 +53,7 @@ class UdpTransport:
 
 
 def make_transport(header, writer, offered, channel, udp_blocked):
-    """The first transport of the client's list that the camera offers, or None."""
+    """Returns the first transport in the client's list that the camera supports, or None."""
     for choice in header.split(","):
         if "multicast" in choice:
             continue

@@ -1,1 +1,1 @@
-"""Runs record_camera against cameras, and judges what it says and writes."""
+"""Runs record_camera against cameras, and checks its output and its files."""

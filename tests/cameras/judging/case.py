@@ -1,54 +1,54 @@
-"""A case: what a camera does, what the recorder is asked for, and what must result."""
+"""A test case: a camera, the options of the recorder, and the expected result."""
 
 import re
 from dataclasses import dataclass
 
 from .framework import Need
 
-OUTPUT = "camera"  # the recording's name, without its extension
+OUTPUT = "camera"  # name of the recording, without its extension
 EXISTING_CONTENTS = b"written before the recording"
 
 
 @dataclass(frozen=True)
 class StreamExpectation:
-    codec: str  # as ffprobe names it
-    start: float  # s after the file's beginning
+    codec: str  # name in ffprobe
+    start: float  # s after the beginning of the file
     seconds: float
 
 
 @dataclass(frozen=True)
 class Case:
-    """One row of the table.
+    """A row of the table.
 
-    camera        the arguments of test_camera, "simulated", "vlc" or "published" with theirs, or
-                  "" for none;
-                  after "relayed", the recorder records what relay_stream makes of the camera
-    to            the extension of the file recorded into
-    files         what each file must hold: codecs, and how long it is if not `seconds`, as in
-                  "h264 aac 2.5". CODEC=SECONDS is a stream that stops before the others,
+    camera        the arguments of test_camera; or "simulated", "vlc" or "published" with their
+                  arguments; or "" for none. With the prefix "relayed", the recorder records the output
+                  of relay_stream
+    to            the extension of the recorded file
+    files         the expected streams of each file: codecs, and the duration if it is not `seconds`, as
+                  in "h264 aac 2.5". CODEC=SECONDS is a stream that stops before the others,
                   CODEC@SECONDS one that starts after them. If the recorder is killed or the disk is
-                  full, the files must hold at least that
-    seconds       what the recorder is asked for by --duration
-    options       its other options; {folder}, {ca}, {password} and so on are filled in
+                  full, these are the minimum
+    seconds       the --duration of the recorder
+    options       other options of the recorder; {folder}, {ca}, {password} and so on are replaced
     lines         regular expressions, each of which must match in the output; those that begin
-                  with "not " must not
-    address       what the recorder is given as the camera's address, if not {uri};
-                  "{uri_with_login}USER:PASSWORD" puts these into it
-    status        the recorder's exit status
+                  with "not " must not match
+    address       the camera's address for the recorder, if not {uri};
+                  "{uri_with_login}USER:PASSWORD" inserts these into the address
+    status        the exit status of the recorder
     tolerance     s, of the durations
     largest_step  s, between two pictures
-    rate          pictures in a second
-    whole         False: pictures were lost on the way, so decoding may complain
-    apart         s, by which the start of a stream may be early or late
-    total         s, of all files together, where nothing may be lost between them
-    signal        "NAME@SECONDS": sent to the recorder so long after PLAY
-    password      written to a file for --password-file; must not show in what the recorder leaves
-    environment   variables of the recorder, NAME=VALUE
+    rate          pictures per second
+    whole         False: pictures were lost, so decoding may report errors
+    apart         s, tolerance of the start of a stream
+    total         s, of all files together, if nothing may be lost between them
+    signal        "NAME@SECONDS": signal to the recorder, at a time after PLAY
+    password      written to a file for --password-file; the recorder must not reveal it
+    environment   environment variables of the recorder, NAME=VALUE
     largest_file  bytes after which writing fails, as on a full disk
-    existing      the file is there before
-    second        a second recorder is started into the same file, and must be refused
-    leaves        another file that the recorder must leave in {folder}
-    needs         what the framework must have; without it the case is skipped
+    existing      the file exists before the recorder starts
+    second        a second recorder for the same file is started, and must be refused
+    leaves        another file in {folder} that the recorder must not remove
+    needs         features of the framework; without them, the case is skipped
     """
 
     name: str
@@ -76,14 +76,14 @@ class Case:
     needs: Need = None
 
     def expected_streams(self, index):
-        """What file number `index` must hold."""
+        """Returns the expected streams of file number `index`."""
         *streams, last = self.files[index].split()
         if not re.fullmatch(r"[\d.]+", last):
             streams, last = [*streams, last], self.seconds
         return [_expected_stream(stream, float(last)) for stream in streams]
 
     def file_names(self):
-        """One pattern for each file, in their order."""
+        """Returns a pattern for each file, in order."""
         if "--segment" in self.options:
             return [rf"{OUTPUT}-\d{{8}}T\d{{6}}Z(-\d{{4}})?\.{self.to}"] * len(self.files)
         numbers = ["", *(f"-{number:04}" for number in range(1, len(self.files)))]
@@ -93,7 +93,7 @@ class Case:
         return self.signal.startswith("KILL") or self.largest_file is not None
 
     def longest(self):
-        """s, after which the case has failed."""
+        """Returns the time in s after which the case fails."""
         return self.seconds + 45
 
 

@@ -1,4 +1,5 @@
-"""Makes the certificates of a camera over TLS: an authority, and a server's that it signs."""
+"""Creates the certificates of a camera over TLS: an authority, and a server certificate signed
+by it."""
 
 import subprocess
 from dataclasses import dataclass

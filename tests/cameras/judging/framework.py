@@ -1,4 +1,4 @@
-"""What some cases need of GStreamer that its older releases lack."""
+"""Features of GStreamer that some cases need and older releases lack."""
 
 import subprocess
 from dataclasses import dataclass
@@ -6,7 +6,7 @@ from dataclasses import dataclass
 
 @dataclass(frozen=True)
 class Need:
-    release: tuple  # the first that has it
+    release: tuple  # the first release with the feature
     what: str
 
     def __str__(self):

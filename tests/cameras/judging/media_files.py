@@ -1,4 +1,4 @@
-"""Reads recorded files back with ffprobe and ffmpeg."""
+"""Reads recorded files with ffprobe and ffmpeg."""
 
 import json
 import re
@@ -13,7 +13,7 @@ TIMEOUT = 60  # s
 class Stream:
     codec: str
     is_video: bool
-    times: list  # s, of each packet, in the file's order; None where it has none
+    times: list  # s, of each packet in file order; None if a packet has no time
     decode_times: list
     first_is_key: bool
 
@@ -25,7 +25,7 @@ class Stream:
         return [later - earlier for earlier, later in zip(times, times[1:])]
 
     def seconds(self):
-        """From the first packet to the end of the last one."""
+        """Returns the time from the first packet to the end of the last one."""
         times = self.known_times()
         return times[-1] - times[0] + statistics.median(self.steps()) if len(times) > 1 else 0
 
@@ -33,7 +33,7 @@ class Stream:
 @dataclass(frozen=True)
 class MediaFile:
     streams: list
-    duration: float  # s, None if the file does not state it
+    duration: float  # s; None if the file does not contain it
 
 
 def _time(text):
@@ -49,7 +49,7 @@ def _stream(entry, packets, uses_decode_times):
 
 
 def read_media_file(path):
-    """What ffprobe finds, or a text that says why it finds nothing."""
+    """Returns the result of ffprobe, or the error text if it fails."""
     command = ["ffprobe", "-v", "error", "-of", "json", "-show_entries",
                "format=duration:stream=index,codec_type,codec_name:packet=stream_index,pts_time,dts_time,flags",
                str(path)]
@@ -57,7 +57,7 @@ def read_media_file(path):
     if result.returncode != 0:
         return f"ffprobe: {_one_line(result.stderr)}"
     contents = json.loads(result.stdout)
-    uses_decode_times = path.suffix == ".avi"  # which has no others
+    uses_decode_times = path.suffix == ".avi"  # AVI has no presentation times
     streams = [_stream(entry, [packet for packet in contents["packets"]
                                if packet.get("stream_index") == entry["index"]], uses_decode_times)
                for entry in contents["streams"]]
@@ -65,7 +65,7 @@ def read_media_file(path):
 
 
 def decoding_complaints(path):
-    """What ffmpeg says while it decodes the file; nothing if all is well."""
+    """Returns the errors that ffmpeg prints while it decodes the file; empty if there are none."""
     command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-map", "0",
                "-f", "null", "-"]
     result = subprocess.run(command, capture_output=True, text=True, errors="replace", timeout=TIMEOUT)
@@ -73,5 +73,5 @@ def decoding_complaints(path):
 
 
 def _one_line(text):
-    """The beginning of what was said, without addresses in memory."""
+    """Returns the beginning of the text, without memory addresses."""
     return re.sub(r"\[([^]@]+) @ 0x[0-9a-f]+\]", r"\1:", " | ".join(text.split("\n"))).strip(" |")[:200]

@@ -1,4 +1,4 @@
-"""Starts the processes of a case, each in a group that is killed at its end."""
+"""Starts the processes of a case. Each runs in a group that is killed at the end of the case."""
 
 import contextlib
 import os
@@ -24,7 +24,7 @@ def kill_group(process):
 
 
 class CameraProcess:
-    """A camera; its address is the first line it prints, "PLAY" another for each client."""
+    """A camera. Its first line of output is the address; it prints "PLAY" for each client."""
 
     def __init__(self, command):
         self._process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
@@ -58,14 +58,14 @@ class CameraProcess:
 
 
 class RecorderProcess:
-    """A recorder that runs in a folder, where its output is kept too."""
+    """A recorder. It runs in a folder, which also receives its output."""
 
     def __init__(self, command, folder, environment, largest_file=None):
         self._out, self._err = folder / "stdout", folder / "stderr"
         if largest_file is not None:
             command = ["prlimit", f"--fsize={largest_file}", *command]
         with self._out.open("w") as out, self._err.open("w") as err:
-            # Signals stay as Python has them: SIGXFSZ ignored, so that a write past the limit fails.
+            # Keep Python's signal handling: SIGXFSZ is ignored, so a write beyond the limit fails.
             self._process = subprocess.Popen(command, stdout=out, stderr=err, stdin=subprocess.DEVNULL,
                                              env=environment, cwd=folder, start_new_session=True,
                                              restore_signals=largest_file is None)

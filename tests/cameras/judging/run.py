@@ -1,4 +1,4 @@
-"""Runs one case in a folder: starts the camera, then the recorder, and judges what it left."""
+"""Runs a case in a folder: starts the camera and the recorder, and checks the results."""
 
 import contextlib
 import os
@@ -15,8 +15,8 @@ from .processes import CameraProcess, RecorderProcess
 from .verdict import judge
 
 HERE = Path(__file__).resolve().parents[1]
-PYTHON = [sys.executable, "-S"]  # without site packages, it starts in half the time
-STARTING_TIME = 60  # s that a camera may take until it prints its address, on a busy machine
+PYTHON = [sys.executable, "-S"]  # without site packages, Python starts in half the time
+STARTING_TIME = 60  # s, within which a camera must print its address on a busy machine
 
 
 @dataclass(frozen=True)
@@ -30,7 +30,7 @@ class Programs:
 
 
 def run_case(case, programs, folder):
-    """The reasons why the case has failed; none if it passed."""
+    """Returns the reasons why the case failed; empty if it passed."""
     shutil.rmtree(folder, ignore_errors=True)
     recordings = folder / "recordings"
     recordings.mkdir(parents=True)
@@ -40,12 +40,12 @@ def run_case(case, programs, folder):
             outcome = _record(case, programs, folder, camera, address)
             reasons = list(judge(case, outcome, recordings))
             return reasons + _reasons_of_left_file(case, folder)
-    except Exception as failure:  # a row's own fault must not end the others
+    except Exception as failure:  # an error in one row must not stop the others
         return [f"{type(failure).__name__}: {failure}"]
 
 
 def _start_camera(case, programs, processes):
-    """The process that the recorder talks to, and its address."""
+    """Returns the process that the recorder connects to, and its address."""
     words = shlex.split(case.camera.replace("{certificate}", shlex.quote(str(programs.trusted.server))))
     if not words:
         return None, ""
@@ -134,7 +134,7 @@ def _await_play(camera):
 
 
 def _expect_refusal(command, case, folder):
-    """Starts another recorder into the same file, once the first has begun it."""
+    """Starts a second recorder for the same file after the first one has created it."""
     time.sleep(1.5)
     (folder / "second").mkdir()
     outcome = RecorderProcess(command, folder / "second", _environment(case)).wait(case.longest())

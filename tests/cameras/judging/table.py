@@ -1,4 +1,5 @@
-"""The cases. Each is a row: its name, the camera, the container, and what the files must hold."""
+"""The test cases. Each row contains its name, the camera, the container, and the expected
+contents of the files."""
 
 import re
 

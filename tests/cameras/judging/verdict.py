@@ -1,20 +1,20 @@
-"""Compares what a recorder said and wrote with what a case asks for."""
+"""Compares the output and the files of a recorder with the expectations of a case."""
 
 import re
 
 from .case import EXISTING_CONTENTS
 from .media_files import decoding_complaints, read_media_file
 
-AUDIO_STEP = 0.25  # s; packets of audio may be that long
-CUT_SHORT = r"[^|]*File ended prematurely"  # what is said of a file whose recorder was killed
-# The framework's RTSP source draws these of its own when it is stopped at some moments.
+AUDIO_STEP = 0.25  # s; audio packets may be this long
+CUT_SHORT = r"[^|]*File ended prematurely"  # what ffprobe reports for a file whose recorder was killed
+# Critical warnings that the framework's RTSP source prints if it is stopped at certain moments.
 CRITICALS_OF_THE_SOURCE = r"CRITICAL.*(gst_event_set_seqnum|g_pollable_input_stream_)"
-LATEST_START = 0.3  # s; a file's own time begins at 0
+LATEST_START = 0.3  # s; the times in a file begin at 0
 TOTAL_TOLERANCE = 0.2  # s
 
 
 def judge(case, outcome, folder):
-    """The reasons why a case has failed; none if it passed."""
+    """Returns the reasons why a case failed; empty if it passed."""
     return [*_output_reasons(case, outcome), *_file_reasons(case, folder)]
 
 
@@ -35,7 +35,7 @@ def _output_reasons(case, outcome):
 
 
 def _stderr_reasons(outcome):
-    """Silence after success, one line after a failure."""
+    """stderr must be empty after a success, and one line after a failure."""
     lines = [line for line in outcome.err.splitlines() if line and not re.search(CRITICALS_OF_THE_SOURCE, line)]
     if outcome.status == 0 and lines:
         yield f"stderr: {lines[0]!r}"
@@ -94,7 +94,8 @@ def _media_reasons(case, expected, media, name):
 
 
 def _pairs(expected, streams):
-    """Each expectation beside the stream of its codec; two of one codec in the file's order."""
+    """Pairs each expectation with the stream of its codec. Streams of the same codec are paired
+    in file order."""
     left = list(streams)
     pairs = []
     for expectation in expected:
@@ -138,7 +139,7 @@ def _stream_reasons(case, expectation, stream, name):
 
 
 def _time_reasons(stream, name, killed):
-    # In a fragment, mp4mux leaves out the durations of audio frames behind the last two in a row.
+    # In a fragment, mp4mux omits the durations of audio frames after the last two in a row.
     may_repeat = killed and not stream.is_video and name.endswith((".mp4", ".mov"))
     untimed = stream.times.count(None)
     if untimed:

@@ -1,5 +1,5 @@
-// A program as a user of the library writes it: one header of the library, the framework's beside
-// it, handles to the objects of both, and an error that the library throws and the program catches.
+// A typical user's program: it includes one header of the library and one of the framework, uses
+// handles for objects of the framework, and catches an error that the library throws.
 
 #include <iostream>
 #include <string>
@@ -16,7 +16,7 @@ using kel::tavren::capture::Media_Helper;
 template <typename T>
 using Handle = boost::intrusive_ptr<T>;
 
-// Each handle adopts the reference that made the object, and a copy adds another.
+// Each handle adopts the reference from the creation of the object, and a copy adds another one.
 bool handles_count() {
   const Handle<GstElement> pipeline(
       GST_ELEMENT_CAST(
@@ -42,7 +42,7 @@ bool is_caught_as(Call call) {
   return false;
 }
 
-// Errors cross from the library into the program by each of their classes, with code and text.
+// The program catches errors of the library by each of their classes, with code and text.
 bool errors_are_caught() {
   const auto find = [] { Media_Helper::gst_element_factory_find_or_throw("no_such_factory"); };
   const auto fit = [] { Media_Helper::calculate_resolution({0, 0}, {640, 480}); };

@@ -1,4 +1,4 @@
-// How the programs that try hostile input look at what the library makes of it.
+// Support for the programs that pass malformed input to the library.
 
 #ifndef TAVREN_TESTS_FUZZING_H
 #define TAVREN_TESTS_FUZZING_H
@@ -10,20 +10,20 @@
 
 #include <tavren/capture/media_helper.h>
 
-// What libFuzzer calls, with one input at a time.
+// Called by libFuzzer, with one input at a time.
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 
 namespace kel::tavren::fuzz {
 
-// Initialises the framework without its registry, so that a run depends on nothing that was found
-// on the machine before, and loads plug-ins by the names of their files: no element with an effect
-// on the outside can be made unless its plug-in is listed. From then on, a critical of GLib or the
-// framework ends the program unless it is tolerated; warnings are swallowed.
+// Initialises the framework without its registry, so that a run does not depend on the plugins of
+// the machine, and loads plugins by file name. Elements with external effects cannot be created
+// unless their plugin is listed. Afterwards, a critical of GLib or the framework aborts the program
+// unless it is tolerated. Warnings are discarded.
 void start_framework(std::initializer_list<const char *> plugins);
 
-// While one lives, criticals are swallowed too: for hostile input that the framework itself must
-// refuse.
+// While an instance exists, criticals are discarded, too. Use this for malformed input that the
+// framework itself rejects.
 class Tolerated_Criticals {
 public:
   Tolerated_Criticals();
@@ -32,24 +32,24 @@ public:
   Tolerated_Criticals &operator=(const Tolerated_Criticals &) = delete;
 };
 
-// Ends the program, so that libFuzzer keeps the input, unless what must hold does.
+// Aborts the program if the condition is false, so that libFuzzer keeps the input.
 void require(bool holds, const char *what);
 
-// Tells libFuzzer what an input has made of the framework, of which it sees no branches: an input
-// that makes something new is kept and changed further.
+// Reports an effect of an input on the framework to libFuzzer, which does not see the framework's
+// branches. Inputs with a new effect are kept and mutated further.
 void mark(const std::string &effect);
 
-// What the framework and what() see of a text: it ends at its first zero byte.
+// Returns a text as the framework and what() see it: up to its first zero byte.
 std::string shown(const std::string &text);
 
-// How an operation ended: with 0, or with the number and text of its error.
+// The result of an operation: 0, or the code and the text of its error.
 struct Outcome {
   int code = 0;
   std::string text;
 };
 
-// Runs an operation that may end with one of these codes only. Another class of exception is not
-// caught: it ends the program.
+// Runs an operation that may only end with one of the given codes. Does not catch exceptions of
+// other classes, which terminate the program.
 template <typename Call>
 Outcome run(std::initializer_list<int> allowed, Call &&call) {
   Outcome outcome;
