@@ -16,7 +16,7 @@ using Block = void (*)(GIVEN_OBJECTS);
 inline void run_block(Block block) {
   using Element = boost::intrusive_ptr<GstElement>;
   const Element pipeline(GST_ELEMENT(gst_object_ref_sink(Media_Helper::gst_parse_launch_or_throw(
-                             "audiotestsrc ! tee name=tee ! fakesink sync=true "
+                             "audiotestsrc ! tee name=tee ! queue ! fakesink sync=true "
                              "( name=bin identity name=element )"))),
                          false);
   kel::tavren::Scope_Exit_Guard stop;
