@@ -1,6 +1,7 @@
 // The frame in which run_code runs the C++ of the pages.
 
 #include <iostream>
+#include <sstream>
 
 #include <tavren/capture/media_helper.h>
 
