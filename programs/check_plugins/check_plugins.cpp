@@ -8,6 +8,7 @@
 
 #include <tavren/capture/media_helper.h>
 
+#include "check_plugins/error_explanation.h"
 #include "command_line/program.h"
 #include "command_line/text_columns.h"
 
@@ -278,9 +279,16 @@ void check() {
 
 int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
+  Text_Option code;
   const std::vector<GOptionEntry> options = {
-      {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
+      {"explain", 0, 0, G_OPTION_ARG_STRING, code.target(),
+       "explain an error code of the library, such as 0x152E0, and exit", "CODE"}};
   return run_program(argc, argv,
-                     "Lists the elements that the library names: what is here, and what brings it.",
-                     options, check);
+                     "Lists the elements that the library names, and whether they are installed.",
+                     options, [&code] {
+                       if (code.given())
+                         std::cout << explain_error(code.value_or("")) << std::flush;
+                       else
+                         check();
+                     });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -147,6 +148,71 @@ TEST(Check_Plugins, Tells_A_Plugin_That_Does_Not_Load_From_A_Missing_One) {
   const auto rows = rows_of(outcome.out);
   EXPECT_EQ(rows.at("matroskamux")[0] + rows.at("matroskamux")[1] + rows.at("matroskamux")[2],
             "doesnotload");
+}
+
+// The headings of the sections on codes in the page on errors: number and name.
+std::vector<std::string> headings_of_codes() {
+  std::vector<std::string> headings;
+  std::ifstream page(ERROR_PAGE);
+  for (std::string line; std::getline(page, line);)
+    if (line.rfind("### 0x", 0) == 0) headings.push_back(line.substr(4));
+  return headings;
+}
+
+TEST(Check_Plugins, Explains_A_Code_With_Its_Section_As_Plain_Text) {
+  const Outcome outcome = run({CHECK_PLUGINS, "--explain", "0x15080"});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_EQ(outcome.out,
+            "0x15080 NOT_A_MULTIQUEUE_PAD_NAME\n"
+            "\n"
+            "Decimal 86144. Thrown by `get_corresponding_multiqueue_pad` and "
+            "`request_new_multiqueue_pads`.\n"
+            "\n"
+            "    Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.\n"
+            "\n"
+            "The name of a source pad does not begin with \"src\", or the name of a sink pad does "
+            "not begin with\n\"sink\".\n"
+            "\n"
+            "Look at the element that the pad belongs to: it is not a multiqueue.\n"
+            "\n"
+            "If `request_new_multiqueue_pads` threw it, the requested sink pad still exists: see\n"
+            "0x15100.\n");
+}
+
+TEST(Check_Plugins, Explains_Every_Code_Without_Any_Plugin) {
+  const Media_Folder empty;
+  const Child_Process::Environment environment = {{"GST_REGISTRY", empty.path("registry.bin")},
+                                                  {"GST_PLUGIN_SYSTEM_PATH", empty.path(".")},
+                                                  {"GST_PLUGIN_SYSTEM_PATH_1_0", empty.path(".")}};
+  const std::vector<std::string> headings = headings_of_codes();
+  ASSERT_GT(headings.size(), 40U);
+  for (const std::string &heading : headings) {
+    const Outcome outcome =
+        run({CHECK_PLUGINS, "--explain", heading.substr(0, heading.find(' '))}, environment);
+    EXPECT_EQ(outcome.status, 0) << heading;
+    EXPECT_EQ(outcome.out.substr(0, outcome.out.find('\n')), heading);
+    EXPECT_NE(outcome.out.find("\n\nLook "), std::string::npos) << heading;
+    EXPECT_EQ(outcome.out.find("###"), std::string::npos) << heading;
+  }
+}
+
+TEST(Check_Plugins, Accepts_A_Code_As_A_Log_May_Spell_It) {
+  const std::string explanation = run({CHECK_PLUGINS, "--explain", "0x152E0"}).out;
+  EXPECT_EQ(explanation.rfind("0x152E0 STATE_CHANGE_FAILED\n", 0), 0U);
+  for (const std::string code : {"0x152e0", "0X152E0", "152E0", "152e0", "86752",
+                                 "STATE_CHANGE_FAILED", "state_change_failed"})
+    EXPECT_EQ(run({CHECK_PLUGINS, "--explain", code}).out, explanation) << code;
+}
+
+TEST(Check_Plugins, Reports_An_Unknown_Code) {
+  for (const std::string code : {"0x15011", "0x152E", "STATE_CHANGE", ""}) {
+    const Outcome outcome = run({CHECK_PLUGINS, "--explain=" + code});
+    EXPECT_EQ(outcome.status, 1) << code;
+    EXPECT_EQ(outcome.out, "") << code;
+    EXPECT_EQ(outcome.err, "check_plugins: error the library has no error code \"" + code +
+                               "\"; give a number, such as 0x152E0, or a name\n");
+  }
 }
 
 }  // namespace
