@@ -1,4 +1,4 @@
-// The frame in which run_code runs the C++ of the pages.
+// Runs the C++ blocks of the pages; used by run_code.
 
 #include <iostream>
 #include <sstream>

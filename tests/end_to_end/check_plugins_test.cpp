@@ -150,7 +150,7 @@ TEST(Check_Plugins, Tells_A_Plugin_That_Does_Not_Load_From_A_Missing_One) {
             "doesnotload");
 }
 
-// The headings of the sections on codes in the page on errors: number and name.
+// Returns the headings of the sections on codes in the page on errors, with number and name.
 std::vector<std::string> headings_of_codes() {
   std::vector<std::string> headings;
   std::ifstream page(ERROR_PAGE);

@@ -40,7 +40,7 @@ async def _read_message(reader):
 
 
 def request(method, uri, number):
-    """A request of the camera."""
+    """Returns a request from the camera to the client."""
     return f"{method} {uri} RTSP/1.0\r\nCSeq: {number}\r\n\r\n".encode()
 
 

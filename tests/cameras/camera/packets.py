@@ -60,18 +60,18 @@ class Packet:
         return replace(self, data=bytes(data), stream=self.stream if stream is None else stream)
 
     def without_marker(self):
-        """The packet without the sign that it is the last one of a frame."""
+        """Returns the packet without the marker bit, which ends a frame."""
         return self if self.is_rtcp else replace(self, data=bytes([self.data[0], self.data[1] & 0x7F]) + self.data[2:])
 
     def with_extension(self):
-        """The packet with an extension of its header, such as recorders of cameras add."""
+        """Returns the packet with a header extension, as video recorders add it."""
         if self.is_rtcp:
             return self
         extension = struct.pack("!HH", 0xABAC, 3) + bytes(12)
         return replace(self, data=bytes([self.data[0] | 0x10]) + self.data[1:12] + extension + self.data[12:])
 
     def with_padding(self):
-        """The packet padded to a multiple of eight bytes, as for encryption."""
+        """Returns the packet padded to a multiple of eight bytes, as for encryption."""
         if self.is_rtcp:
             return self
         count = 8 - len(self.data) % 8

@@ -34,8 +34,8 @@ class Options:
     rtp_info: bool = True
     rtpmaps: bool = False
     parameter_sets: bool = True
-    early: bool = False  # sends packets before it answers PLAY
-    asks: bool = False  # sends requests, too
+    early: bool = False  # sends packets before the response to PLAY
+    asks: bool = False  # sends requests to the client
     lifetime: int = 60
 
 

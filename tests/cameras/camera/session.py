@@ -15,7 +15,7 @@ from .transports import make_transport
 METHODS = ("OPTIONS", "DESCRIBE", "SETUP", "PLAY", "PAUSE", "GET_PARAMETER", "TEARDOWN")
 
 
-EARLY = 0.3  # s that packets arrive before the answer to PLAY
+EARLY = 0.3  # s from the first packets to the response to PLAY
 ASKING_INTERVAL = 0.5  # s
 
 

@@ -129,7 +129,7 @@ class Wrap(Stage):
 
 
 class NewSsrc(Stage):
-    """Another SSRC for each time at which it changes."""
+    """Continues with a new SSRC, which depends on the time of the change."""
 
     def change(self, packet):
         self.restart(packet, packet.ssrc ^ 0x5A5A5A5A ^ int(self.misbehaviour.time))
