@@ -53,10 +53,10 @@ std::unique_ptr<Child_Process> make_player(const std::string &uri, const std::st
                                "-i", uri, "-c", "copy", "-f", "null", "-"});
 }
 
-// Waits until the relay has released its resources for viewers.
+// Waits until the relay has released its resources for viewers. GLib keeps unused threads for 15 s.
 Resources settled(const Child_Process &relay, const Resources &expected) {
   Resources resources = resources_of(relay);
-  for (int i = 0; i < 100; ++i) {
+  for (int i = 0; i < 400; ++i) {
     if (resources.threads <= expected.threads && resources.descriptors <= expected.descriptors)
       break;
     g_usleep(50 * G_TIME_SPAN_MILLISECOND);

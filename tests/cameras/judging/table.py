@@ -22,8 +22,8 @@ def error(text):
     return rf"^record_camera: error .*(?i:{text})"
 
 
-# GStreamer 1.28 forwards the packets of the first SSRC as if they had the second one.
-FILES_OF_RETURNING_SSRC = ("h264 aac 1.5", "h264 aac 4") if framework_release() >= (1, 28) else (
+# Since GStreamer 1.26 the packets of the first SSRC are forwarded as if they had the second one.
+FILES_OF_RETURNING_SSRC = ("h264 aac 1.5", "h264 aac 4") if framework_release() >= (1, 26) else (
     "h264 aac 1.5", "h264 aac 2", "h264 aac 2")
 
 CODECS = [
