@@ -245,8 +245,8 @@ void write_report(const std::string &file, const Options &options, const Measure
                   const Measures &last) {
   std::ofstream report(file);
   report << std::fixed << std::setprecision(0) << "## Soak\n\n"
-         << "Operations of all kinds, drawn at random with the seed " << options.seed
-         << ", measured with no pipeline standing:\n\n"
+         << "Random operations with the seed " << options.seed
+         << ", measured while no pipeline exists:\n\n"
          << "| | After the warm-up | At the end |\n"
          << "|---|---:|---:|\n"
          << "| Operations done | " << first.operations << " | " << last.operations << " |\n"
