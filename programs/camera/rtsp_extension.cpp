@@ -27,7 +27,7 @@ struct Session {
 // with every request and response. All calls are made in the thread that also receives the packets
 // of the connection.
 struct Extension {
-  GstElement element;
+  GstElement element = {};
   Session session;
 };
 
