@@ -31,11 +31,10 @@ struct Extension {
   Session session;
 };
 
-// The extension that this thread created last, for the source that is being created.
-Extension *&newest_extension() {
-  static thread_local Extension *extension = nullptr;
-  return extension;
-}
+// The extension that this thread created last, for the source that is being created. GObject gives
+// init_instance() no argument for it.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
+thread_local Extension *newest_extension = nullptr;
 
 Session &session_of(gpointer extension) {
   return static_cast<Extension *>(extension)->session;
@@ -95,7 +94,7 @@ void init_interface(gpointer table, gpointer) {
 void init_instance(GTypeInstance *instance, gpointer) noexcept {
   auto *const extension = reinterpret_cast<Extension *>(instance);
   new (&extension->session) Session;
-  newest_extension() = extension;
+  newest_extension = extension;
 }
 
 void finalize(GObject *object) {
@@ -129,10 +128,10 @@ void register_rtsp_extension() {
 
 GstElement *add_rtsp_source(GstElement *bin, const char *name) {
   register_rtsp_extension();
-  newest_extension() = nullptr;
+  newest_extension = nullptr;
   GstElement *const source = Media_Helper::create_and_add_element_to_bin("rtspsrc", bin, name);
-  if (newest_extension() != nullptr)
-    g_object_set_data_full(G_OBJECT(source), extension_key, gst_object_ref(newest_extension()),
+  if (newest_extension != nullptr)
+    g_object_set_data_full(G_OBJECT(source), extension_key, gst_object_ref(newest_extension),
                            gst_object_unref);
   return source;
 }
