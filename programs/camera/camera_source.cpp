@@ -146,16 +146,18 @@ guint stream_number(GstPad *pad) {
 }
 
 std::vector<GOptionEntry> Camera_Arguments::entries() {
-  return {{"uri", 0, 0, G_OPTION_ARG_STRING, uri_.target(), "address of the camera", "rtsp://..."},
-          {"transport", 0, 0, G_OPTION_ARG_STRING, transport_.target(),
-           "auto (TCP, or UDP if the camera refuses TCP; the default), tcp or udp", "NAME"},
-          {"latency", 0, 0, G_OPTION_ARG_INT, &latency_,
-           "how long to wait for late or reordered packets (default 200)", "MS"},
-          {"user", 0, 0, G_OPTION_ARG_STRING, user_.target(), "user name for the camera", "NAME"},
-          {"password-file", 0, 0, G_OPTION_ARG_FILENAME, password_file_.target(),
-           "file with the password in its first line (default: $TAVREN_CAMERA_PASSWORD)", "FILE"},
-          {"ca-file", 0, 0, G_OPTION_ARG_FILENAME, ca_file_.target(),
-           "PEM file of the certificate authorities to trust for rtsps://", "FILE"}};
+  // Not converted from the locale's encoding: services often run without a locale.
+  return {
+      {"uri", 0, 0, G_OPTION_ARG_FILENAME, uri_.target(), "address of the camera", "rtsp://..."},
+      {"transport", 0, 0, G_OPTION_ARG_STRING, transport_.target(),
+       "auto (TCP, or UDP if the camera refuses TCP; the default), tcp or udp", "NAME"},
+      {"latency", 0, 0, G_OPTION_ARG_INT, &latency_,
+       "how long to wait for late or reordered packets (default 200)", "MS"},
+      {"user", 0, 0, G_OPTION_ARG_FILENAME, user_.target(), "user name for the camera", "NAME"},
+      {"password-file", 0, 0, G_OPTION_ARG_FILENAME, password_file_.target(),
+       "file with the password in its first line (default: $TAVREN_CAMERA_PASSWORD)", "FILE"},
+      {"ca-file", 0, 0, G_OPTION_ARG_FILENAME, ca_file_.target(),
+       "PEM file of the certificate authorities to trust for rtsps://", "FILE"}};
 }
 
 Camera_Options Camera_Arguments::options(const std::string &uri) const {

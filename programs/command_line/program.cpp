@@ -1,5 +1,6 @@
 #include "program.h"
 
+#include <clocale>
 #include <iostream>
 #include <memory>
 
@@ -74,6 +75,8 @@ void print_failure(const std::string &subject, const std::exception &error) {
 
 int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,
                 const std::function<void()> &body) {
+  // GLib converts the help to the locale's encoding.
+  std::setlocale(LC_CTYPE, "");
   const Text program(g_path_get_basename(argv[0]));
   try {
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
