@@ -4,7 +4,7 @@ import asyncio
 import random
 
 from .misbehaviour import OF_CONNECTION
-from .packets import goodbye
+from .packets import Packet, goodbye
 
 SEED = 1
 PICTURES_PER_SECOND = 25
@@ -249,26 +249,21 @@ class Reorder(RandomStage):
             self._late[packet.stream] = packet
 
 
-class NoMarker(Stage):
+class Rewrite(Stage):
+    """Changes the form of each packet, not its content."""
+
+    _REWRITES = {"no-marker": Packet.without_marker, "extension": Packet.with_extension,
+                 "padding": Packet.with_padding}
+
     def change(self, packet):
-        self.forward(packet.without_marker())
-
-
-class Extension(Stage):
-    def change(self, packet):
-        self.forward(packet.with_extension())
-
-
-class Padding(Stage):
-    def change(self, packet):
-        self.forward(packet.with_padding())
+        self.forward(self._REWRITES[self.misbehaviour.kind](packet))
 
 
 _STAGES = {
     "pause": Pause, "drop": Drop, "stop": Stop, "bye": Bye, "late": Late, "jump": Jump, "drift": Drift,
     "wall-clock": WallClock, "wrap": Wrap, "ssrc": NewSsrc, "first-ssrc": FirstSsrc, "switch": Switch,
-    "loss": Loss, "duplicate": Duplicate, "reorder": Reorder, "no-marker": NoMarker,
-    "extension": Extension, "padding": Padding,
+    "loss": Loss, "duplicate": Duplicate, "reorder": Reorder, "no-marker": Rewrite,
+    "extension": Rewrite, "padding": Rewrite,
 }
 
 
