@@ -75,8 +75,9 @@ void print_failure(const std::string &subject, const std::exception &error) {
 
 int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,
                 const std::function<void()> &body) {
-  // GLib converts the help to the locale's encoding.
-  std::setlocale(LC_CTYPE, "");
+  // GLib converts the help to the locale's encoding. Without that locale it stays in ASCII.
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet.
+  static_cast<void>(std::setlocale(LC_CTYPE, ""));
   const Text program(g_path_get_basename(argv[0]));
   try {
     const std::unique_ptr<GOptionContext, decltype(&g_option_context_free)> context(
