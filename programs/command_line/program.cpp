@@ -3,6 +3,7 @@
 #include <clocale>
 #include <iostream>
 #include <memory>
+#include <sstream>
 
 #include <tavren/capture/media_helper.h>
 
@@ -12,8 +13,17 @@ namespace {
 
 using Text = std::unique_ptr<char, Emancipator<char>>;
 
-std::string coded(GQuark domain, int code, const std::string &text) {
-  return std::string(g_quark_to_string(domain)) + ' ' + std::to_string(code) + ": " + text;
+std::string code_text(GQuark domain, int code) {
+  return std::string(g_quark_to_string(domain)) + ' ' + std::to_string(code);
+}
+
+// Returns the code of an exception of the library: 0x15010. Empty for other exceptions.
+std::string library_code(const std::exception &error) {
+  const auto *const coded_error = dynamic_cast<const Tavren_Error<std::exception> *>(&error);
+  if (coded_error == nullptr) return "";
+  std::ostringstream text;
+  text << "0x" << std::hex << std::uppercase << coded_error->code();
+  return text.str();
 }
 
 // Returns the reason in an element's debug text: the text after the source location.
@@ -57,21 +67,42 @@ struct Bus_Error::Report {
 Bus_Error::Bus_Error(GstMessage *message) : Bus_Error(Report(message)) {}
 
 Bus_Error::Bus_Error(const Report &report)
-    : std::runtime_error(coded(report.domain, report.code, report.text)), domain_(report.domain),
-      code_(report.code) {}
+    : std::runtime_error(code_text(report.domain, report.code) + ": " + report.text),
+      domain_(report.domain), code_(report.code) {}
 
 Bus_Error::Bus_Error(GstResourceError error, const std::string &text)
-    : std::runtime_error(coded(GST_RESOURCE_ERROR, error, text)), domain_(GST_RESOURCE_ERROR),
-      code_(error) {}
+    : std::runtime_error(code_text(GST_RESOURCE_ERROR, error) + ": " + text),
+      domain_(GST_RESOURCE_ERROR), code_(error) {}
 
-//! [tell a failure]
-void print_failure(const std::string &subject, const std::exception &error) {
-  std::cerr << subject << ": error ";
-  if (const auto *coded_error = dynamic_cast<const Tavren_Error<std::exception> *>(&error))
-    std::cerr << "0x" << std::hex << std::uppercase << coded_error->code() << std::dec << ": ";
-  std::cerr << error.what() << std::endl;
+std::string Bus_Error::code() const {
+  return code_text(domain_, code_);
 }
-//! [tell a failure]
+
+std::string failure_code(const std::exception_ptr &failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const Bus_Error &error) {
+    return error.code();
+  } catch (const std::exception &error) {
+    return library_code(error);
+  }
+}
+
+std::string failure_text(const std::exception_ptr &failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const std::exception &error) {
+    return error.what();
+  }
+}
+
+//! [print a failure]
+void print_failure(const std::string &subject, const std::exception &error) {
+  const std::string code = library_code(error);
+  std::cerr << subject << ": error " << code << (code.empty() ? "" : ": ") << error.what()
+            << std::endl;
+}
+//! [print a failure]
 
 int run_program(int argc, char **argv, const char *summary, std::vector<GOptionEntry> options,
                 const std::function<void()> &body) {

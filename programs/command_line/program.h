@@ -3,6 +3,7 @@
 #ifndef TAVREN_PROGRAMS_PROGRAM_H
 #define TAVREN_PROGRAMS_PROGRAM_H
 
+#include <exception>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -23,6 +24,8 @@ public:
   Bus_Error(GstResourceError error, const std::string &text);
 
   bool is(GQuark domain, int code) const noexcept { return domain == domain_ && code == code_; }
+  // Returns the domain and the code: gst-resource-error-quark 9.
+  std::string code() const;
 
 private:
   struct Report;
@@ -49,6 +52,11 @@ public:
 private:
   char *text_ = nullptr;
 };
+
+// Returns the code of a failure: that of the library, 0x15010, or the domain and code of an
+// element's error. Empty if the failure has no code.
+std::string failure_code(const std::exception_ptr &failure);
+std::string failure_text(const std::exception_ptr &failure);
 
 // Prints a failure as one line on stderr, with the error code if there is one.
 void print_failure(const std::string &subject, const std::exception &error);

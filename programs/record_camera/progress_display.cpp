@@ -17,7 +17,7 @@ Progress_Display::Progress_Display(bool quiet)
     : quiet_(quiet), is_terminal_(isatty(STDOUT_FILENO) != 0),
       last_progress_(g_get_monotonic_time()) {}
 
-void Progress_Display::line(const std::string &text) {
+void Progress_Display::line(const std::string &text, const std::exception_ptr &) {
   if (quiet_) return;
   if (line_is_open_) std::cout << erase_line;
   line_is_open_ = false;

@@ -7,18 +7,19 @@
 
 #include <glib.h>
 
+#include "recorder/recorder_log.h"
+
 namespace kel::tavren::programs {
 
 // Writes lines to stdout. On a terminal, the progress is one line that is rewritten. Otherwise, it
 // is a new line every ten seconds.
-class Progress_Display {
+class Progress_Display : public Recorder_Log {
 public:
   explicit Progress_Display(bool quiet);
 
-  // Prints a permanent line.
-  void line(const std::string &text);
-  // Prints the progress. Call this for every update.
-  void progress(const std::string &text);
+  using Recorder_Log::line;
+  void line(const std::string &text, const std::exception_ptr &cause) override;
+  void progress(const std::string &text) override;
 
 private:
   bool quiet_;

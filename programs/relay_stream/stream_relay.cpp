@@ -91,7 +91,7 @@ Stream_Relay::Stream_Relay(const Relay_Options &options, On_Serving on_serving)
       retries_(options.retry * seconds), transports_(transports_to_try(options.camera.transport)) {}
 
 void Stream_Relay::run() {
-  const Signal_Watch signals([this] { g_main_loop_quit(loop_.get()); });
+  const Signal_Watch signals({SIGINT, SIGTERM, SIGHUP}, [this] { g_main_loop_quit(loop_.get()); });
   const Timer ticks(nullptr, tick_interval, Timer::Kind::repeated, [this] { on_tick(); });
   g_main_loop_run(loop_.get());
   if (failure_) std::rethrow_exception(failure_);

@@ -34,7 +34,7 @@ void check(const Options &options) {
 void serve(const Options &options) {
   const boost::intrusive_ptr<GMainLoop> loop(g_main_loop_new(nullptr, FALSE), false);
   const auto quit = [&loop] { g_main_loop_quit(loop.get()); };
-  const Signal_Watch signals(quit);
+  const Signal_Watch signals({SIGINT, SIGTERM, SIGHUP}, quit);
   const Simulated_Camera camera(options.streams, options.service);
   std::cout << camera.uri() << std::endl;
   const Timer end(nullptr, static_cast<guint>(options.lifetime) * 1000, Timer::Kind::once, quit);

@@ -14,6 +14,7 @@
 #include <tavren/handles/emancipator.h>
 
 #include "command_line/program.h"
+#include "file_names.h"
 
 namespace kel::tavren::programs {
 
@@ -29,17 +30,6 @@ constexpr mode_t default_mode = 0666;
 
 bool exists(const std::string &path) {
   return g_file_test(path.c_str(), G_FILE_TEST_EXISTS) != FALSE;
-}
-
-std::string utc_now() {
-  const std::unique_ptr<GDateTime, decltype(&g_date_time_unref)> now(g_date_time_new_now_utc(),
-                                                                     g_date_time_unref);
-  return Text(g_date_time_format(now.get(), "%Y%m%dT%H%M%SZ")).get();
-}
-
-std::string four_digits(unsigned int number) {
-  const std::string digits = std::to_string(number);
-  return std::string(digits.size() < 4 ? 4 - digits.size() : 0, '0') + digits;
 }
 
 std::string folder_of(const std::string &path) {
@@ -102,7 +92,7 @@ std::string Recording_Files::numbered(const std::string &suffix) const {
 std::unique_ptr<Reserved_File> Recording_Files::next() {
   std::unique_ptr<Reserved_File> file = std::move(first_);
   if (!file) {
-    const std::string prefix = named_by_time_ ? "-" + utc_now() : "";
+    const std::string prefix = named_by_time_ ? "-" + utc_now_in_name() : "";
     std::string path = named_by_time_ ? numbered(prefix) : numbered("-" + four_digits(++count_));
     // Two files may begin within the same second.
     for (unsigned int i = 1; exists(path) && (named_by_time_ || !overwrite_); ++i)
@@ -119,7 +109,7 @@ std::vector<std::string> Recording_Files::oldest_first() const {
   if (!named_by_time_) return written_;
   const std::string folder = folder_of(stem_);
   const Text base(g_path_get_basename(stem_.c_str()));
-  const std::regex ending("-[0-9]{8}T[0-9]{6}Z(-[0-9]{4,})?");
+  const std::regex ending(time_ending_pattern);
   std::vector<std::string> names;
   const std::unique_ptr<GDir, decltype(&g_dir_close)> listing(
       g_dir_open(folder.c_str(), 0, nullptr), g_dir_close);

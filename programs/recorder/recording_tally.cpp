@@ -18,6 +18,7 @@ void Recording_Tally::add(guint stream, const Frame &frame, GstClockTime length)
   last_recorded_ = std::max(last_recorded_, frame.arrival);
   last_written_ = g_get_monotonic_time();
   totals_[stream].duration += length;
+  ++frames_;
   end_ = std::max(end_, frame.pts + static_cast<gint64>(length));
 }
 

@@ -32,12 +32,11 @@ gint64 in_ns(gint64 us) {
 
 }  // namespace
 
-Recording::Recording(GstElement *pipeline, const Recording_Options &options,
-                     Progress_Display &display)
-    : options_(options), container_(choose_container(options.output)), display_(display),
+Recording::Recording(GstElement *pipeline, const Recording_Options &options, Recorder_Log &log)
+    : options_(options), container_(choose_container(options.output)), log_(log),
       files_(pipeline, container_,
              Recording_Files(options.output, options.overwrite, options.segment != 0),
-             options.keep_free, display) {}
+             options.keep_free, log) {}
 
 void Recording::add_stream(guint number, const std::string &name, bool is_video) {
   Stream &stream = streams_[number];
@@ -70,7 +69,7 @@ void Recording::note_arrival(Stream &stream) {
   if (arrival - last_arrival_ > pause) resumed_at_ = arrival;
   last_arrival_ = stream.last_arrival = arrival;
   if (first_arrival_ == 0) first_arrival_ = arrival;
-  if (stream.is_quiet) display_.line(stream.name + " sends again");
+  if (stream.is_quiet) log_.line(stream.name + " sends again");
   stream.is_quiet = false;
 }
 
@@ -82,8 +81,8 @@ bool Recording::accepts(const Stream &stream) const {
 
 void Recording::refuse(Stream &stream) {
   const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
-  display_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
-                caps.get());
+  log_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
+            caps.get());
   stream.close();
 }
 
@@ -154,7 +153,7 @@ void Recording::end_stopped_streams() {
       continue;
     stream.is_quiet = true;
     if (stream.file != nullptr) stream.leave_file();
-    display_.line(stream.name + " has stopped; recording the other streams");
+    log_.line(stream.name + " has stopped; recording the other streams");
   }
 }
 

@@ -20,9 +20,9 @@ constexpr gint64 space_interval = 2 * G_TIME_SPAN_SECOND;
 }  // namespace
 
 File_Set::File_Set(GstElement *pipeline, const Container &container, Recording_Files names,
-                   guint64 keep_free, Progress_Display &display)
+                   guint64 keep_free, Recorder_Log &log)
     : pipeline_(pipeline), container_(container), names_(std::move(names)), keep_free_(keep_free),
-      display_(display) {}
+      log_(log) {}
 
 Media_File &File_Set::open(std::vector<Track> tracks, gint64 start) {
   Open_File file;
@@ -94,7 +94,7 @@ void File_Set::report(const Media_File &file) {
                      std::to_string(file.bytes()) + " bytes";
   for (const Track &track : file.tracks())
     line += ", " + track.name + ' ' + in_seconds(track.duration());
-  display_.line(line);
+  log_.line(line);
 }
 
 void File_Set::free_space() {
@@ -102,7 +102,11 @@ void File_Set::free_space() {
   for (const Open_File &file : files_)
     in_use.push_back(file.media->path());
   for (const std::string &path : names_.keep_free(keep_free_, in_use))
-    display_.line("removed " + path + " to keep space free");
+    log_.line("removed " + path + " to keep space free");
+}
+
+std::string File_Set::current() const {
+  return files_.empty() ? last_finished_ : files_.back().media->path();
 }
 
 guint64 File_Set::bytes() const {
@@ -121,6 +125,14 @@ guint64 File_Set::waiting_bytes() const {
 
 std::vector<std::string> File_Set::queue_reports() const {
   return files_.empty() ? std::vector<std::string>() : files_.back().media->queue_reports();
+}
+
+std::vector<Queue_Level> File_Set::queue_levels() const {
+  std::vector<Queue_Level> levels;
+  for (const Open_File &file : files_)
+    for (Queue_Level &level : file.media->queue_levels())
+      levels.push_back(std::move(level));
+  return levels;
 }
 
 }  // namespace kel::tavren::programs

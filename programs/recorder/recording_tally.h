@@ -42,6 +42,8 @@ public:
   // The running time of the end of the recording.
   gint64 end() const noexcept { return end_; }
   GstClockTime recorded() const noexcept;
+  // The number of recorded frames of all streams.
+  guint64 frames() const noexcept { return frames_; }
   // The recorded duration of each stream: video H264 10.0 s, audio PCMA 10.0 s.
   std::string summary() const;
 
@@ -52,6 +54,7 @@ private:
   };
 
   std::map<guint, Total> totals_;
+  guint64 frames_ = 0;
   std::optional<gint64> begin_;
   gint64 begin_arrival_ = 0;
   gint64 end_ = 0;

@@ -11,8 +11,8 @@
 
 #include "container.h"
 #include "file_set.h"
-#include "progress_display.h"
 #include "recorded_stream.h"
+#include "recorder_log.h"
 #include "recording_tally.h"
 
 namespace kel::tavren::programs {
@@ -33,7 +33,7 @@ class Recording {
 public:
   // Propagates the library's exception if the container is unknown or its muxer is missing. Throws
   // Bus_Error if the file cannot be written.
-  Recording(GstElement *pipeline, const Recording_Options &options, Progress_Display &display);
+  Recording(GstElement *pipeline, const Recording_Options &options, Recorder_Log &log);
 
   const Container &container() const noexcept { return container_; }
 
@@ -97,7 +97,7 @@ private:
 
   Recording_Options options_;
   Container container_;
-  Progress_Display &display_;
+  Recorder_Log &log_;
   File_Set files_;
   Recording_Tally tally_;
   std::map<guint, Stream> streams_;

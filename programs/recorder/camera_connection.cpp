@@ -21,14 +21,6 @@ gint64 now() {
   return g_get_monotonic_time();
 }
 
-std::string text_of(const std::exception_ptr &failure) {
-  try {
-    std::rethrow_exception(failure);
-  } catch (const std::exception &error) {
-    return error.what();
-  }
-}
-
 std::string offer_line(const Stream_Plan &plan) {
   const std::string line = "the camera offers " + plan.encoding;
   if (plan.is_recorded()) return line + " (" + plan.media + ')';
@@ -43,9 +35,9 @@ std::exception_ptr read_error(const std::string &text) {
 }  // namespace
 
 Camera_Connection::Camera_Connection(GstElement *pipeline, const Camera_Options &options,
-                                     gint64 retry, Recording &recording, Progress_Display &display,
+                                     gint64 retry, Recording &recording, Recorder_Log &log,
                                      Hooks hooks)
-    : pipeline_(pipeline), options_(options), recording_(recording), display_(display),
+    : pipeline_(pipeline), options_(options), recording_(recording), log_(log),
       hooks_(std::move(hooks)), transports_(transports_to_try(options.transport)), retries_(retry) {
 }
 
@@ -111,7 +103,7 @@ void Camera_Connection::offer(const Camera_Event &event) {
   const Stream_Plan &plan = plans_[event.number] = event.plan;
   if (plan.is_recorded()) recording_.add_stream(event.number, plan.name(), plan.is_video());
   if (const std::string line = offer_line(plan); std::exchange(shown_[event.number], line) != line)
-    display_.line(line);
+    log_.line(line);
 }
 
 void Camera_Connection::accept_frame(const Camera_Event &event) {
@@ -120,7 +112,7 @@ void Camera_Connection::accept_frame(const Camera_Event &event) {
     has_ever_received_ = true;
     transports_.resize(1);
     retries_.reset();
-    if (!recording_.has_begun()) absence_.reset();
+    if (!recording_.has_begun()) absence_ = nullptr;
   }
   recording_.add_frame(event.number, event.sample.get());
   if (const auto gap = recording_.tally().take_gap()) show_gap(*gap);
@@ -139,7 +131,7 @@ void Camera_Connection::end_stream(guint number) {
 void Camera_Connection::end_session(const std::exception_ptr &failure) {
   const bool next_transport = can_try_next_transport(failure);
   const std::exception_ptr reason = next_transport ? failure : explain(failure);
-  if (!next_transport) hooks_.session_fails();
+  if (!next_transport) hooks_.session_fails(reason);
   session_.reset();
   recording_.end_session();
   if (next_transport) {
@@ -152,10 +144,11 @@ void Camera_Connection::end_session(const std::exception_ptr &failure) {
   reconnect_at_ = *retry;
   if (!has_ever_received_) transports_ = transports_to_try(options_.transport);
   if (absence_) return;
-  absence_ = text_of(reason);
-  display_.line((recording_.has_begun() ? "lost the camera, trying again: "
-                                        : "cannot reach the camera, trying again: ") +
-                *absence_);
+  absence_ = reason;
+  log_.line((recording_.has_begun() ? "lost the camera, trying again: "
+                                    : "cannot reach the camera, trying again: ") +
+                failure_text(reason),
+            reason);
 }
 
 // A camera that rejects a transport, or sends nothing over it, may support another one.
@@ -204,9 +197,13 @@ void Camera_Connection::show_open_gap() {
 
 void Camera_Connection::show_gap(const Recording_Tally::Gap &gap) {
   const auto length = static_cast<GstClockTime>((gap.to - gap.from) * GST_USECOND);
-  display_.line("gap from " + in_utc(gap.from) + " to " + in_utc(gap.to) + " (" +
-                in_seconds(length) + "): " + absence_.value_or("the camera went away"));
-  absence_.reset();
+  const std::string cause = absence_ ? failure_text(absence_) : "the camera went away";
+  log_.line("gap from " + in_utc(gap.from) + " to " + in_utc(gap.to) + " (" + in_seconds(length) +
+                "): " + cause,
+            absence_);
+  last_gap_ = Recorded_Gap{gap.from, gap.to, cause};
+  ++gaps_;
+  absence_ = nullptr;
 }
 
 }  // namespace kel::tavren::programs

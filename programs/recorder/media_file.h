@@ -13,6 +13,7 @@
 #include "frame.h"
 #include "media_feed.h"
 #include "pipeline_bin.h"
+#include "recorder_status.h"
 
 namespace kel::tavren::programs {
 
@@ -47,6 +48,7 @@ public:
   guint64 bytes() const;
   // Returns the number of bytes that are waiting to be written.
   guint64 waiting_bytes() const;
+  std::vector<Queue_Level> queue_levels() const;
   // Reports the fill level of each queue.
   std::vector<std::string> queue_reports() const;
 

@@ -12,7 +12,7 @@
 
 #include "container.h"
 #include "media_file.h"
-#include "progress_display.h"
+#include "recorder_log.h"
 #include "recording_files.h"
 
 namespace kel::tavren::programs {
@@ -23,7 +23,7 @@ class File_Set {
 public:
   // `keep_free` is the space in bytes to keep free by removing the oldest files; 0: no limit.
   File_Set(GstElement *pipeline, const Container &container, Recording_Files names,
-           guint64 keep_free, Progress_Display &display);
+           guint64 keep_free, Recorder_Log &log);
 
   // Begins a file at a running time in ns. Throws the exceptions of Media_File and Reserved_File.
   Media_File &open(std::vector<Track> tracks, gint64 start);
@@ -42,11 +42,15 @@ public:
 
   std::size_t finished() const noexcept { return finished_; }
   const std::string &last_finished() const noexcept { return last_finished_; }
+  // Returns the path of the newest file, open or finished; empty if there is none.
+  std::string current() const;
   guint64 bytes() const;
   // Returns the number of bytes that are waiting to be written.
   guint64 waiting_bytes() const;
   // Reports the fill levels of the queues of the newest file.
   std::vector<std::string> queue_reports() const;
+  // Returns the fill levels of the queues of all files.
+  std::vector<Queue_Level> queue_levels() const;
 
 private:
   struct Open_File {
@@ -63,7 +67,7 @@ private:
   const Container &container_;
   Recording_Files names_;
   guint64 keep_free_;
-  Progress_Display &display_;
+  Recorder_Log &log_;
   std::list<Open_File> files_;  // the newest last
   std::size_t finished_ = 0;
   std::string last_finished_;

@@ -6,6 +6,7 @@
 
 #include "command_line/program.h"
 #include "command_line/time_text.h"
+#include "main_loop/timer.h"
 #include "pipeline_graph.h"
 
 namespace kel::tavren::programs {
@@ -18,6 +19,7 @@ constexpr guint tick_interval = 250;  // ms
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
 constexpr gint64 graph_delay = 1 * seconds;  // after the start of a recording
 constexpr gint64 queue_interval = 2 * seconds;
+constexpr gint64 status_interval = 1 * seconds;
 constexpr gint64 patience = 2 * seconds;  // before a second request to stop takes effect
 
 gint64 now() {
@@ -27,14 +29,15 @@ gint64 now() {
 }  // namespace
 
 //! [prepare]
-Camera_Recorder::Camera_Recorder(const Recorder_Options &options)
-    : options_(options), display_(options.quiet), loop_(g_main_loop_new(nullptr, FALSE), false),
+Camera_Recorder::Camera_Recorder(const Recorder_Options &options, GMainContext *context,
+                                 Recorder_Log &log)
+    : options_(options), log_(log), loop_(g_main_loop_new(context, FALSE), false),
       pipeline_(GST_ELEMENT_CAST(gst_object_ref_sink(
                     Media_Helper::gst_element_factory_make_or_throw("pipeline", "recorder"))),
                 false),
-      recording_(pipeline_.get(), options.recording, display_),
-      connection_(pipeline_.get(), options.camera, options.retry, recording_, display_,
-                  {[this] { take_graph_of_failure(); },
+      recording_(pipeline_.get(), options.recording, log_),
+      connection_(pipeline_.get(), options.camera, options.retry, recording_, log_,
+                  {[this](const std::exception_ptr &failure) { examine(failure); },
                    [this](guint number, const Stream_Plan &plan, GstSample *sample) {
                      note_frame();
                      show(number, plan, sample);
@@ -44,7 +47,7 @@ Camera_Recorder::Camera_Recorder(const Recorder_Options &options)
       Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false);
   bus_watch_.reset(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
   g_source_set_callback(bus_watch_.get(), G_SOURCE_FUNC(on_message), this, nullptr);
-  g_source_attach(bus_watch_.get(), nullptr);
+  g_source_attach(bus_watch_.get(), context);
 }
 //! [prepare]
 
@@ -54,14 +57,14 @@ Camera_Recorder::~Camera_Recorder() {
 
 //! [record]
 void Camera_Recorder::record() {
-  const guint ticker = g_timeout_add(tick_interval, on_tick, this);
+  const Timer ticker(g_main_loop_get_context(loop_.get()), tick_interval, Timer::Kind::repeated,
+                     [this] { guarded([](Camera_Recorder &self) { self.tick(); }); });
   guarded([](Camera_Recorder &self) {
     Media_Helper::gst_element_set_state_or_throw(self.pipeline_.get(), GST_STATE_PLAYING,
                                                  "starting to record");
     self.connection_.connect();
   });
   if (!is_finishing_ || !recording_.files().is_empty()) g_main_loop_run(loop_.get());
-  g_source_remove(ticker);
   connection_.close();
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
   report();
@@ -72,14 +75,14 @@ void Camera_Recorder::record() {
 //! [record]
 
 void Camera_Recorder::report() {
-  if (viewer_) display_.line("the viewer saw " + std::to_string(viewer_->pictures()) + " pictures");
+  if (viewer_) log_.line("the viewer saw " + std::to_string(viewer_->pictures()) + " pictures");
   if (!recording_.has_begun()) return;
-  display_.line("recorded " + Media_Helper::gst_time_to_string(recording_.tally().recorded()) +
-                ": " + recording_.tally().summary());
+  log_.line("recorded " + Media_Helper::gst_time_to_string(recording_.tally().recorded()) + ": " +
+            recording_.tally().summary());
   const GstClockTime asked_for = options_.recording.duration;
   if (ends_at_duration_ && recording_.tally().recorded() + GST_SECOND < asked_for)
-    display_.line("the camera sent nothing for the last " +
-                  in_seconds(asked_for - recording_.tally().recorded()));
+    log_.line("the camera sent nothing for the last " +
+              in_seconds(asked_for - recording_.tally().recorded()));
 }
 
 template <typename Step>
@@ -97,16 +100,12 @@ gboolean Camera_Recorder::on_message(GstBus *, GstMessage *message, gpointer rec
   return G_SOURCE_CONTINUE;
 }
 
-gboolean Camera_Recorder::on_tick(gpointer recorder) noexcept {
-  static_cast<Camera_Recorder *>(recorder)->guarded([](Camera_Recorder &self) { self.tick(); });
-  return G_SOURCE_CONTINUE;
-}
-
 //! [handle messages]
 void Camera_Recorder::handle(GstMessage *message) {
+  if (options_.diagnoses) bus_history_.add(message);
   const bool is_error = GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR;
   if (options_.verbose && GST_MESSAGE_TYPE(message) == GST_MESSAGE_WARNING)
-    display_.line(std::string("warning: ") + Bus_Error(message).what());
+    log_.line(std::string("warning: ") + Bus_Error(message).what());
   if (viewer_ && viewer_->owns(message)) {
     if (is_error) handle_viewer_error(Bus_Error(message).what());
   } else if (!recording_.handle(message) && !is_finishing_) {
@@ -119,12 +118,13 @@ void Camera_Recorder::handle(GstMessage *message) {
 
 // The recording continues without the viewer.
 void Camera_Recorder::handle_viewer_error(const std::string &text) {
-  display_.line("the viewer has failed, recording without it: " + text);
+  log_.line("the viewer has failed, recording without it: " + text);
   viewer_.reset();
   may_view_ = false;
 }
 
 void Camera_Recorder::tick() {
+  if (now() - status_published_ >= status_interval) publish_status();
   recording_.tick();
   if (is_finishing_) {
     if (recording_.files().is_empty()) g_main_loop_quit(loop_.get());
@@ -176,7 +176,7 @@ void Camera_Recorder::finish() {
 void Camera_Recorder::fail(std::exception_ptr failure) noexcept {
   if (!failure_) failure_ = std::move(failure);
   try {
-    if (!graph_is_of_failure_) take_graph_of_failure();
+    if (!graph_is_of_failure_) examine(failure_);
     finish();
   } catch (...) {  // the first failure is the one to report
     connection_.close();
@@ -188,10 +188,20 @@ void Camera_Recorder::take_graph() {
   if (!options_.graph.empty()) graph_ = describe_graph(GST_BIN(pipeline_.get()));
 }
 
-// Keep the graph of the last failure: afterwards, the elements of the session are destroyed.
-void Camera_Recorder::take_graph_of_failure() {
+// Keep the state of the pipeline at the last failure: afterwards, the elements of the session are
+// destroyed.
+void Camera_Recorder::examine(const std::exception_ptr &failure) {
   take_graph();
   graph_is_of_failure_ = true;
+  if (!options_.diagnoses) return;
+  try {
+    const std::string folder = options_.diagnoses->write(
+        options_.name, diagnose(GST_BIN(pipeline_.get()), failure, bus_history_),
+        options_.camera.address);
+    log_.line("wrote a diagnosis into " + folder);
+  } catch (const std::exception &error) {  // the failure itself is the one to report
+    log_.line(std::string("cannot write a diagnosis: ") + error.what());
+  }
 }
 
 // The camera is back: draw the pipeline in its current state.
@@ -212,6 +222,31 @@ void Camera_Recorder::show(guint number, const Stream_Plan &plan, GstSample *sam
   }
 }
 
+Recorder_Status Camera_Recorder::status() const {
+  const std::lock_guard lock(status_mutex_);
+  return status_;
+}
+
+void Camera_Recorder::publish_status() {
+  status_published_ = now();
+  Recorder_Status status;
+  status.state = is_finishing_            ? Recorder_State::finishing
+                 : connection_.absence()  ? Recorder_State::away
+                 : recording_.has_begun() ? Recorder_State::recording
+                                          : Recorder_State::connecting;
+  status.failure = connection_.absence();
+  status.file = recording_.files().current();
+  status.bytes = recording_.files().bytes();
+  status.frames = recording_.tally().frames();
+  status.recorded = recording_.tally().recorded();
+  status.gaps = connection_.gaps();
+  status.last_gap = connection_.last_gap();
+  status.queues = recording_.files().queue_levels();
+  const std::lock_guard lock(status_mutex_);
+  status.since = status.state == status_.state ? status_.since : g_get_real_time();
+  status_ = std::move(status);
+}
+
 void Camera_Recorder::show_progress() {
   std::string line = "recording: " + in_seconds(recording_.tally().recorded());
   if (const GstClockTime duration = options_.recording.duration; duration != 0)
@@ -219,11 +254,11 @@ void Camera_Recorder::show_progress() {
             std::to_string(
                 std::min<GstClockTime>(100, 100 * recording_.tally().recorded() / duration)) +
             " %";
-  display_.progress(line + ", " + std::to_string(recording_.files().bytes()) + " bytes");
+  log_.progress(line + ", " + std::to_string(recording_.files().bytes()) + " bytes");
   if (!options_.verbose || now() - queues_shown_ < queue_interval) return;
   queues_shown_ = now();
   for (const std::string &queue : recording_.files().queue_reports())
-    display_.line(queue);
+    log_.line(queue);
 }
 
 }  // namespace kel::tavren::programs

@@ -3,8 +3,10 @@
 #ifndef TAVREN_PROGRAMS_CAMERA_RECORDER_H
 #define TAVREN_PROGRAMS_CAMERA_RECORDER_H
 
+#include <deque>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -12,40 +14,51 @@
 
 #include "camera/camera_source.h"
 #include "camera_connection.h"
-#include "progress_display.h"
+#include "diagnosis.h"
+#include "recorder_log.h"
+#include "recorder_status.h"
 #include "recording.h"
 #include "viewer.h"
 
 namespace kel::tavren::programs {
 
 struct Recorder_Options {
+  std::string name = "camera";  // of the camera, in diagnoses
   Camera_Options camera;
   Recording_Options recording;
   gint64 retry = 0;      // time during which an unavailable camera is retried, in us
   bool view = false;     // show the pictures
-  bool verbose = false;  // print the fill levels of the queues, and warnings of elements
-  bool quiet = false;    // print failures only
+  bool verbose = false;  // report the fill levels of the queues, and warnings of elements
   std::string graph;     // file for the drawing of the pipeline; empty: none
+  std::shared_ptr<Diagnosis_Folder> diagnoses;  // null: failures are not diagnosed
 };
 
-// One recording, on the default main context.
+// One recording, on a main context.
 class Camera_Recorder {
 public:
-  // Propagates the library's exception if the container is unknown or an element is missing. Throws
-  // Bus_Error if the file cannot be written.
-  explicit Camera_Recorder(const Recorder_Options &options);
+  // A null context means the default context. The log must outlive this object. Propagates the
+  // library's exception if the container is unknown or an element is missing. Throws Bus_Error if
+  // the file cannot be written.
+  Camera_Recorder(const Recorder_Options &options, GMainContext *context, Recorder_Log &log);
   ~Camera_Recorder();
 
   Camera_Recorder(const Camera_Recorder &) = delete;
   Camera_Recorder &operator=(const Camera_Recorder &) = delete;
 
-  // Records until the duration is over, stop() is called or an error occurs. In all cases, finishes
-  // the open file first. Throws the error that ended the recording early.
+  // Runs the main context and records until the duration is over, stop() is called or an error
+  // occurs. In all cases, finishes the open file first. Throws the error that ended the recording
+  // early.
   void record();
 
   // Ends the recording. A later call ends it at once if a file is still unfinished some time after
   // the first call. Call this only from the main context.
   void stop() noexcept;
+
+  // Returns whether anything has been recorded.
+  bool has_begun() const noexcept { return recording_.has_begun(); }
+
+  // Returns the status, which is at most a second old. Can be called from any thread.
+  Recorder_Status status() const;
 
   // Returns the recording's file if it is finished and the only one; otherwise an empty string.
   std::string only_file() const {
@@ -55,7 +68,6 @@ public:
 
 private:
   static gboolean on_message(GstBus *, GstMessage *message, gpointer recorder) noexcept;
-  static gboolean on_tick(gpointer recorder) noexcept;
   template <typename Step>
   void guarded(Step step) noexcept;
 
@@ -70,11 +82,12 @@ private:
   void note_frame();
   void show(guint number, const Stream_Plan &plan, GstSample *sample);
   void take_graph();
-  void take_graph_of_failure();
+  void examine(const std::exception_ptr &failure);
+  void publish_status();
   void report();
 
   Recorder_Options options_;
-  Progress_Display display_;
+  Recorder_Log &log_;
   boost::intrusive_ptr<GMainLoop> loop_;
   boost::intrusive_ptr<GstElement> pipeline_;
   boost::intrusive_ptr<GSource> bus_watch_;
@@ -85,12 +98,16 @@ private:
   guint viewed_stream_ = 0;
   bool is_finishing_ = false;
   bool ends_at_duration_ = false;
-  gint64 finishing_since_ = 0;  // on the monotonic clock, in us
-  gint64 graph_due_ = 0;        // same unit; 0: the recording has not begun
-  gint64 queues_shown_ = 0;     // same unit
+  gint64 finishing_since_ = 0;   // on the monotonic clock, in us
+  gint64 graph_due_ = 0;         // same unit; 0: the recording has not begun
+  gint64 queues_shown_ = 0;      // same unit
+  gint64 status_published_ = 0;  // same unit
   std::exception_ptr failure_;
   std::string graph_;  // empty until the graph is taken
   bool graph_is_of_failure_ = false;
+  Bus_History bus_history_;
+  mutable std::mutex status_mutex_;
+  Recorder_Status status_;  // guarded by the mutex
 };
 
 }  // namespace kel::tavren::programs

@@ -146,6 +146,17 @@ guint64 Media_File::waiting_bytes() const {
   return sum;
 }
 
+std::vector<Queue_Level> Media_File::queue_levels() const {
+  std::vector<Queue_Level> levels;
+  for (std::size_t i = 0; i < queues_.size(); ++i) {
+    Queue_Level &level = levels.emplace_back();
+    level.stream = tracks_[i].name;
+    g_object_get(queues_[i], "current-level-buffers", &level.buffers, "current-level-bytes",
+                 &level.bytes, "current-level-time", &level.time, nullptr);
+  }
+  return levels;
+}
+
 std::vector<std::string> Media_File::queue_reports() const {
   std::vector<std::string> reports;
   for (GstElement *const queue : queues_)

@@ -16,7 +16,8 @@
 #include "camera/camera_source.h"
 #include "camera/retry_schedule.h"
 #include "camera_session.h"
-#include "progress_display.h"
+#include "recorder_log.h"
+#include "recorder_status.h"
 #include "recording.h"
 
 namespace kel::tavren::programs {
@@ -29,15 +30,15 @@ class Camera_Connection {
 public:
   // Callbacks of the owner.
   struct Hooks {
-    // Called before a failed session is ended.
-    std::function<void()> session_fails;
+    // Called before a failed session is ended, with the failure.
+    std::function<void(const std::exception_ptr &)> session_fails;
     // Called for each frame, with the number of its stream.
     std::function<void(guint, const Stream_Plan &, GstSample *)> frame_arrives;
   };
 
   // `retry` is the time in us during which the program retries an unavailable camera.
   Camera_Connection(GstElement *pipeline, const Camera_Options &options, gint64 retry,
-                    Recording &recording, Progress_Display &display, Hooks hooks);
+                    Recording &recording, Recorder_Log &log, Hooks hooks);
 
   void connect();
   // Ends the session and stops recording.
@@ -51,8 +52,11 @@ public:
   // If the camera is away, prints the gap up to now.
   void show_open_gap();
 
-  // Returns whether the camera has not sent anything yet in this session.
-  bool is_waiting() const noexcept { return !has_received_; }
+  // Returns why the camera is away; null if it is not.
+  const std::exception_ptr &absence() const noexcept { return absence_; }
+  // Returns the number of gaps up to now, and the last one.
+  guint64 gaps() const noexcept { return gaps_; }
+  const std::optional<Recorded_Gap> &last_gap() const noexcept { return last_gap_; }
 
 private:
   void handle_events();
@@ -70,7 +74,7 @@ private:
   GstElement *pipeline_;
   Camera_Options options_;
   Recording &recording_;
-  Progress_Display &display_;
+  Recorder_Log &log_;
   Hooks hooks_;
   std::vector<Transport> transports_;  // the first one is in use, the others have not been tried
   Retry_Schedule retries_;
@@ -79,10 +83,12 @@ private:
   std::map<guint, std::string> shown_;  // printed descriptions of streams
   bool has_received_ = false;           // in this session
   bool has_ever_received_ = false;
-  gint64 held_back_at_ = 0;  // when the session was last held back, on the monotonic clock in us
-  gint64 connected_at_ = 0;  // on the monotonic clock in us
-  gint64 reconnect_at_ = 0;  // 0: not waiting to connect again
-  std::optional<std::string> absence_;  // why the camera is away
+  gint64 held_back_at_ = 0;     // when the session was last held back, on the monotonic clock in us
+  gint64 connected_at_ = 0;     // on the monotonic clock in us
+  gint64 reconnect_at_ = 0;     // 0: not waiting to connect again
+  std::exception_ptr absence_;  // why the camera is away
+  guint64 gaps_ = 0;
+  std::optional<Recorded_Gap> last_gap_;
   std::exception_ptr last_warning_;
 };
 
