@@ -77,6 +77,7 @@ void Camera_Connection::handle_events() {
     handle(event);
     if (!session_) return;
   }
+  recording_.flush();
   const bool is_congested = recording_.files().waiting_bytes() > congestion;
   if (is_congested) held_back_at_ = now();
   session_->hold_back(is_congested);

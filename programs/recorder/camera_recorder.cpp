@@ -15,9 +15,11 @@ using capture::Media_Helper;
 
 namespace {
 
-constexpr guint tick_interval = 250;  // ms
+constexpr guint tick_interval = 100;  // ms
+constexpr guint view_interval = 20;   // ms, so that the pictures move smoothly
 constexpr gint64 seconds = G_TIME_SPAN_SECOND;
 constexpr gint64 graph_delay = 1 * seconds;  // after the start of a recording
+constexpr gint64 progress_interval = seconds / 4;
 constexpr gint64 queue_interval = 2 * seconds;
 constexpr gint64 status_interval = 1 * seconds;
 constexpr gint64 patience = 2 * seconds;  // before a second request to stop takes effect
@@ -57,7 +59,8 @@ Camera_Recorder::~Camera_Recorder() {
 
 //! [record]
 void Camera_Recorder::record() {
-  const Timer ticker(g_main_loop_get_context(loop_.get()), tick_interval, Timer::Kind::repeated,
+  const Timer ticker(g_main_loop_get_context(loop_.get()),
+                     options_.view ? view_interval : tick_interval, Timer::Kind::repeated,
                      [this] { guarded([](Camera_Recorder &self) { self.tick(); }); });
   guarded([](Camera_Recorder &self) {
     Media_Helper::gst_element_set_state_or_throw(self.pipeline_.get(), GST_STATE_PLAYING,
@@ -248,6 +251,8 @@ void Camera_Recorder::publish_status() {
 }
 
 void Camera_Recorder::show_progress() {
+  if (now() - progress_shown_ < progress_interval) return;
+  progress_shown_ = now();
   std::string line = "recording: " + in_seconds(recording_.tally().recorded());
   if (const GstClockTime duration = options_.recording.duration; duration != 0)
     line += " of " + in_seconds(duration) + ", " +

@@ -100,6 +100,7 @@ private:
   bool ends_at_duration_ = false;
   gint64 finishing_since_ = 0;   // on the monotonic clock, in us
   gint64 graph_due_ = 0;         // same unit; 0: the recording has not begun
+  gint64 progress_shown_ = 0;    // same unit
   gint64 queues_shown_ = 0;      // same unit
   gint64 status_published_ = 0;  // same unit
   std::exception_ptr failure_;

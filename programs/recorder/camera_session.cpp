@@ -64,13 +64,12 @@ void Camera_Session::hold_back(bool held) noexcept {
 
 // Called from any thread.
 void Camera_Session::add_event(Camera_Event event) {
-  bool is_first = false;
+  const bool is_urgent = event.kind != Camera_Event::Kind::frame;
   {
     const std::lock_guard lock(mutex_);
-    is_first = events_.empty();
     events_.push_back(std::move(event));
   }
-  if (is_first)
+  if (is_urgent)
     gst_element_post_message(pipeline_,
                              gst_message_new_application(GST_OBJECT_CAST(pipeline_),
                                                          gst_structure_new_empty(events_message)));

@@ -41,8 +41,9 @@ struct Camera_Event {
 // A bin in the pipeline with the RTSP source and, for each stream, a depayloader, a parser and an
 // appsink.
 //
-// The threads of the bin report events. If no event is queued yet, they also post an application
-// message with the name below, so that the main context fetches the events.
+// The threads of the bin report events. The main context fetches them several times a second:
+// waking it for each frame would cost more than all the rest of a recording. For other events, the
+// threads also post an application message with the name below, so that they are fetched at once.
 class Camera_Session {
 public:
   static constexpr const char *events_message = "camera-events";

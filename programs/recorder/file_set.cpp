@@ -63,6 +63,11 @@ void File_Set::tick() {
   free_space();
 }
 
+void File_Set::flush() noexcept {
+  for (const Open_File &file : files_)
+    file.media->flush();
+}
+
 void File_Set::end() noexcept {
   for (const Open_File &file : files_)
     file.media->end();

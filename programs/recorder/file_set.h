@@ -35,6 +35,8 @@ public:
   // Handles a message about a file. Returns whether the message is about one. For an error, gives
   // up all files and throws Bus_Error: a file that cannot be written cannot be finished either.
   bool handle(GstMessage *message);
+  // Flushes all files.
+  void flush() noexcept;
   // Closes the files that are finished. Throws Bus_Error if one cannot be finished in time.
   void tick();
   // Ends all files.

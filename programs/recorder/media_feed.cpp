@@ -1,7 +1,5 @@
 #include "media_feed.h"
 
-#include <memory>
-
 #include <tavren/capture/media_helper.h>
 
 namespace kel::tavren::programs {
@@ -42,6 +40,20 @@ void Media_Feed::begin(const std::string &stream_id, GstClockTime start) {
   segment.start = start;
   segment.time = 0;
   gst_pad_push_event(pad_.get(), gst_event_new_segment(&segment));
+}
+
+void Media_Feed::add(GstBuffer *buffer) noexcept {
+  if (!buffers_) buffers_.reset(gst_buffer_list_new());
+  gst_buffer_list_add(buffers_.get(), buffer);
+}
+
+void Media_Feed::flush() noexcept {
+  if (buffers_) gst_pad_push_list(pad_.get(), buffers_.release());
+}
+
+void Media_Feed::end() noexcept {
+  flush();
+  gst_pad_push_event(pad_.get(), gst_event_new_eos());
 }
 
 void Media_Feed::set_caps(const boost::intrusive_ptr<GstCaps> &caps) noexcept {

@@ -3,6 +3,7 @@
 #ifndef TAVREN_PROGRAMS_MEDIA_FEED_H
 #define TAVREN_PROGRAMS_MEDIA_FEED_H
 
+#include <memory>
 #include <string>
 
 #include <gst/gst.h>
@@ -26,14 +27,21 @@ public:
   // Announces the stream; `start`, in ns, corresponds to running time 0. Call this once, after the
   // elements have been started.
   void begin(const std::string &stream_id, GstClockTime start);
-  // Pushes a buffer (transfer full).
-  void push(GstBuffer *buffer) noexcept { gst_pad_push(pad_.get(), buffer); }
+  // Adds a buffer (transfer full), which flush() pushes.
+  void add(GstBuffer *buffer) noexcept;
+  // Pushes the added buffers together, which wakes the thread of the queue only once.
+  void flush() noexcept;
   void set_caps(const boost::intrusive_ptr<GstCaps> &caps) noexcept;
-  // Ends the stream. Call this once.
-  void end() noexcept { gst_pad_push_event(pad_.get(), gst_event_new_eos()); }
+  // Flushes and ends the stream. Call this once.
+  void end() noexcept;
 
 private:
+  struct Release {
+    void operator()(GstBufferList *buffers) const noexcept { gst_buffer_list_unref(buffers); }
+  };
+
   boost::intrusive_ptr<GstPad> pad_;
+  std::unique_ptr<GstBufferList, Release> buffers_;  // null: there are none
   boost::intrusive_ptr<GstCaps> caps_;
 };
 

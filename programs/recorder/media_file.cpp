@@ -101,9 +101,14 @@ void Media_File::write(guint stream, const Frame &frame) {
   GST_BUFFER_PTS(buffer) = stamp(frame.is_key ? std::max(frame.pts, start_) : frame.pts);
   GST_BUFFER_DTS(buffer) = stamp(frame.dts);
   GST_BUFFER_DURATION(buffer) = frame.duration != 0 ? frame.duration : GST_CLOCK_TIME_NONE;
-  feeds_[index]->push(buffer);
+  feeds_[index]->add(buffer);
   if (track.frames++ == 0) track.begin = frame.pts;
   track.end = std::max(track.end, frame.pts + static_cast<gint64>(frame.duration));
+}
+
+void Media_File::flush() noexcept {
+  for (const auto &feed : feeds_)
+    feed->flush();
 }
 
 void Media_File::end_track(guint stream) noexcept {

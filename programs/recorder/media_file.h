@@ -55,7 +55,9 @@ public:
   bool has_track(guint stream) const noexcept { return index_of(stream) < tracks_.size(); }
   // Returns whether the file has an open track for the stream with compatible caps.
   bool takes(guint stream, const GstCaps *caps) const;
+  // Writes a frame. It is not complete until flush() is called or its track ends.
   void write(guint stream, const Frame &frame);
+  void flush() noexcept;
   void end_track(guint stream) noexcept;
   // Ends all tracks. The file is finished when is_finished() returns true.
   void end() noexcept;

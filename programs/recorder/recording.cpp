@@ -139,6 +139,7 @@ void Recording::finish() {
 
 void Recording::tick() {
   route_all();
+  flush();
   leave_old_files();
   files_.tick();
   end_stopped_streams();

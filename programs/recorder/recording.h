@@ -40,6 +40,8 @@ public:
   // Adds a stream of the session. Call this before its first frame.
   void add_stream(guint number, const std::string &name, bool is_video);
   void add_frame(guint number, GstSample *sample);
+  // Passes the added frames on to the files. Call this after each batch of frames.
+  void flush() noexcept { files_.flush(); }
   void restart_stream(guint number);
   void end_stream(guint number);
   // Ends the session: ends the files and forgets the streams. The next session adds its streams

@@ -44,7 +44,8 @@ void Viewer::show(GstSample *sample) {
   const boost::intrusive_ptr<GstCaps> caps(gst_sample_get_caps(sample));
   if (gst_caps_is_equal(caps.get(), caps_.get()) == FALSE) feed_->set_caps(caps);
   caps_ = caps;
-  feed_->push(gst_buffer_ref(gst_sample_get_buffer(sample)));
+  feed_->add(gst_buffer_ref(gst_sample_get_buffer(sample)));
+  feed_->flush();
 }
 
 GstPadProbeReturn Viewer::on_picture(GstPad *, GstPadProbeInfo *, gpointer viewer) noexcept {
