@@ -24,6 +24,7 @@ class Programs:
     recorder: Path
     simulated_camera: Path
     relay: Path
+    service: Path
     cache: Path
     trusted: Certificates
     other: Certificates
@@ -31,20 +32,27 @@ class Programs:
 
 def run_case(case, programs, folder):
     """Returns the reasons why the case failed; empty if it passed."""
-    shutil.rmtree(folder, ignore_errors=True)
-    recordings = folder / "recordings"
-    recordings.mkdir(parents=True)
+    prepared_folder(folder)
     try:
         with contextlib.ExitStack() as processes:
-            camera, address = _start_camera(case, programs, processes)
+            camera, address = start_camera(case, programs, processes)
             outcome = _record(case, programs, folder, camera, address)
-            reasons = list(judge(case, outcome, recordings))
-            return reasons + _reasons_of_left_file(case, folder)
+            return reasons_of(case, outcome, folder)
     except Exception as failure:  # an error in one row must not stop the others
         return [f"{type(failure).__name__}: {failure}"]
 
 
-def _start_camera(case, programs, processes):
+def prepared_folder(folder):
+    shutil.rmtree(folder, ignore_errors=True)
+    _recordings(folder).mkdir(parents=True)
+    return folder
+
+
+def reasons_of(case, outcome, folder):
+    return [*judge(case, outcome, _recordings(folder)), *_reasons_of_left_file(case, folder)]
+
+
+def start_camera(case, programs, processes):
     """Returns the process that the recorder connects to, and its address."""
     words = shlex.split(case.camera.replace("{certificate}", shlex.quote(str(programs.trusted.server))))
     if not words:
@@ -84,7 +92,10 @@ def _camera_command(words, programs, lifetime):
     return [*PYTHON, str(HERE / "test_camera"), *words, *options]
 
 
-def _recorder_command(case, programs, folder, address):
+def recorder_words(case, programs, folder, address):
+    """Returns the options of the recorder. Writes the files that they refer to."""
+    if case.existing:
+        Path(_output(case, folder)).write_bytes(EXISTING_CONTENTS)
     password_file = folder / "password"
     password_file.write_text(case.password + "\n")
     authority = programs.trusted.authority
@@ -96,12 +107,15 @@ def _recorder_command(case, programs, folder, address):
         given = f"{scheme}://{given.removeprefix('{uri_with_login}')}@{rest}"
     given = given.replace("{uri}", address)
     options = [word.format(**values) for word in shlex.split(case.options)]
-    return [str(programs.recorder), "--uri", given, "--output", _output(case, folder),
-            "--duration", f"{case.seconds:g}", *options]
+    return ["--uri", given, "--output", _output(case, folder), "--duration", f"{case.seconds:g}", *options]
+
+
+def _recordings(folder):
+    return folder / "recordings"
 
 
 def _output(case, folder):
-    return str(folder / "recordings" / f"{OUTPUT}.{case.to}")
+    return str(_recordings(folder) / f"{OUTPUT}.{case.to}")
 
 
 def _environment(case):
@@ -110,9 +124,7 @@ def _environment(case):
 
 
 def _record(case, programs, folder, camera, address):
-    if case.existing:
-        Path(_output(case, folder)).write_bytes(EXISTING_CONTENTS)
-    command = _recorder_command(case, programs, folder, address)
+    command = [str(programs.recorder), *recorder_words(case, programs, folder, address)]
     recorder = RecorderProcess(command, folder, _environment(case), case.largest_file)
     try:
         if case.signal or case.second:
