@@ -135,7 +135,9 @@ Listed_Camera make_camera(const std::string &name, const Camera_Settings &settin
     Listed_Camera camera;
     camera.settings = settings;
     camera.options = parse_settings(name, settings);
-    camera.output = std::filesystem::weakly_canonical(camera.options.recording.output).string();
+    camera.output = std::filesystem::weakly_canonical(
+                        std::filesystem::absolute(camera.options.recording.output))
+                        .string();
     return camera;
   } catch (const std::invalid_argument &error) {
     throw group_error(name, without_hyphens(error.what()));
@@ -165,7 +167,7 @@ Camera_List read_cameras(const std::string &file) {
                                     "]: " + camera.options.recording.output);
     cameras.emplace(*group, camera);
   }
-  if (cameras.empty()) throw std::runtime_error("there is no camera in " + file);
+  if (cameras.empty()) throw std::runtime_error("there is no camera in the file");
   return cameras;
 }
 

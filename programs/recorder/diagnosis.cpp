@@ -109,7 +109,18 @@ void replace_all(std::string &text, const std::string &secret) {
     text.replace(at, secret.size(), concealed);
 }
 
-// Conceals the password in all forms in which it is sent, and passwords in the queries of
+// Escapes a text as GStreamer does in the text form of a structure.
+std::string as_structure_text(const std::string &text) {
+  GValue value = G_VALUE_INIT;
+  g_value_init(&value, G_TYPE_STRING);
+  const std::unique_ptr<GValue, decltype(&g_value_unset)> owned(&value, g_value_unset);
+  g_value_set_string(&value, text.c_str());
+  const std::string escaped = Text(gst_value_serialize(&value)).get();
+  const bool is_quoted = escaped.size() > 1 && escaped.front() == '"';
+  return is_quoted ? escaped.substr(1, escaped.size() - 2) : escaped;
+}
+
+// Conceals the password in all forms in which it may appear, and passwords in the queries of
 // addresses.
 std::string without_password(std::string text, const Camera_Address &address) {
   const std::string &password = address.password;
@@ -119,9 +130,10 @@ std::string without_password(std::string text, const Camera_Address &address) {
         text,
         Text(g_base64_encode(reinterpret_cast<const guchar *>(login.data()), login.size())).get());
     replace_all(text, Text(g_uri_escape_string(password.c_str(), nullptr, FALSE)).get());
+    replace_all(text, as_structure_text(password));
     replace_all(text, password);
   }
-  static const std::regex in_query("((password|passwd|pass|pwd)=)[^&;\\s\"'\\\\]+",
+  static const std::regex in_query(R"(((password|passwd|pass|pwd)\\?=)(\\.|[^&;\\\s"'])+)",
                                    std::regex::icase);
   return std::regex_replace(text, in_query, "$1***");
 }

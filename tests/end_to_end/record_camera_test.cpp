@@ -15,6 +15,8 @@
 #include <gtest/gtest.h>
 
 #include "child_process.h"
+#include "media_contents.h"
+#include "scratch_folder.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -22,72 +24,8 @@ namespace {
 constexpr int duration = 2;  // s, of most recordings
 constexpr int frame_rate = 25;
 
-// A folder for the files of one test, removed at its end.
-class Scratch_Folder {
-public:
-  Scratch_Folder() {
-    char *const path = g_dir_make_tmp("record_camera_XXXXXX", nullptr);
-    path_ = path;
-    g_free(path);
-  }
-  ~Scratch_Folder() {
-    for (const std::string &file : list())
-      g_remove(file.c_str());
-    g_rmdir(path_.c_str());
-  }
-  Scratch_Folder(const Scratch_Folder &) = delete;
-  Scratch_Folder &operator=(const Scratch_Folder &) = delete;
-
-  std::string file(const std::string &name) const { return path_ + "/" + name; }
-
-  // Returns the current files.
-  std::vector<std::string> list() const {
-    std::vector<std::string> files;
-    const std::unique_ptr<GDir, decltype(&g_dir_close)> listing(
-        g_dir_open(path_.c_str(), 0, nullptr), g_dir_close);
-    while (const char *const name = listing ? g_dir_read_name(listing.get()) : nullptr)
-      files.push_back(file(name));
-    return files;
-  }
-
-private:
-  std::string path_;
-};
-
 bool exists(const std::string &file) {
   return g_file_test(file.c_str(), G_FILE_TEST_EXISTS);
-}
-
-// The contents of a file, according to the independent reader.
-struct Contents {
-  std::map<std::string, gint64> frames;  // decoded frames of each codec
-  double duration = 0;                   // s
-
-  std::vector<std::string> codecs() const {
-    std::vector<std::string> names;
-    for (const auto &stream : frames)
-      names.push_back(stream.first);
-    return names;
-  }
-};
-
-Contents read_back(const std::string &file) {
-  const Outcome outcome =
-      run({"ffprobe", "-v", "error", "-count_frames", "-show_entries",
-           "stream=codec_name,nb_read_frames:format=duration", "-of", "default=nw=1", file});
-  EXPECT_EQ(outcome.status, 0) << outcome.err;
-  Contents contents;
-  std::string codec;
-  std::istringstream lines(outcome.out);
-  for (std::string line; std::getline(lines, line);) {
-    const std::string key = line.substr(0, line.find('='));
-    const std::string value = line.substr(line.find('=') + 1);
-    if (key == "codec_name") codec = value;
-    if (key == "nb_read_frames")
-      contents.frames[codec] = g_ascii_strtoll(value.c_str(), nullptr, 10);
-    if (key == "duration") contents.duration = g_ascii_strtod(value.c_str(), nullptr);
-  }
-  return contents;
 }
 
 Outcome record(std::vector<std::string> arguments) {
