@@ -10,8 +10,9 @@
 
 namespace kel::tavren::programs {
 
-// Computes retry delays that grow from half a second to half a minute, until the camera has been
-// unavailable for too long. All times are in us of the monotonic clock.
+// Computes retry delays of an eighth of the time that the camera has been unavailable, from a quarter
+// of a second to half a minute: a camera that returns is missed for little longer than it was away.
+// All times are in us of the monotonic clock.
 class Retry_Schedule {
 public:
   explicit Retry_Schedule(gint64 limit) noexcept : limit_(limit) {}
@@ -22,23 +23,17 @@ public:
     if (!since_) since_ = now;
     const gint64 left = *since_ + limit_ - now;
     if (left <= 0) return std::nullopt;
-    const gint64 pause = std::min(pause_, left);
-    pause_ = std::min(2 * pause_, longest_pause);
-    return now + pause;
+    return now + std::min(left, std::clamp((now - *since_) / 8, shortest_pause, longest_pause));
   }
 
   // Call this when the camera is available again.
-  void reset() noexcept {
-    since_.reset();
-    pause_ = first_pause;
-  }
+  void reset() noexcept { since_.reset(); }
 
 private:
-  static constexpr gint64 first_pause = G_TIME_SPAN_SECOND / 2;
+  static constexpr gint64 shortest_pause = G_TIME_SPAN_SECOND / 4;
   static constexpr gint64 longest_pause = 30 * G_TIME_SPAN_SECOND;
 
   gint64 limit_;
-  gint64 pause_ = first_pause;
   std::optional<gint64> since_;
 };
 

@@ -47,6 +47,7 @@ _AAC = "-c:a aac -b:a 64k"
 
 CONTENTS = {
     "h264": Content(_pictures(), f"{_BASELINE} {_IN_BAND}"),
+    "h264-short-gop": Content(_pictures(), f"{_x264('-profile:v baseline', gop=5)} {_IN_BAND}"),
     "h264-b-frames": Content(_pictures(), f"{_x264('-profile:v high -bf 3 -b_strategy 0')} {_IN_BAND}"),
     "h264-slices": Content(_pictures(), f"{_x264('-profile:v main -bf 0 -slices 4')} {_IN_BAND}"),
     "h264-b-slices": Content(_pictures(), f"{_x264('-profile:v main -bf 2 -b_strategy 0 -slices 4')} {_IN_BAND}"),

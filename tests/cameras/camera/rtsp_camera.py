@@ -118,6 +118,10 @@ class RtspCamera:
         sequence = (self._last[stream].sequence + 1) & 0xFFFF
         return f"url={self.stream_base()}stream={stream};seq={sequence};rtptime={timestamp}"
 
+    def misbehave_now(self, misbehaviour):
+        for session in list(self._sessions):
+            session.misbehave_now(misbehaviour)
+
     def leave(self, seconds):
         """Closes all connections and refuses new ones for a while."""
         self._drop_all()

@@ -9,7 +9,7 @@ import struct
 from .messages import answer, read_request, request
 from .misbehaviour import OF_CONNECTION
 from .packets import Packet
-from .stages import chain
+from .stages import chain, stage_of
 from .transports import make_transport
 
 METHODS = ("OPTIONS", "DESCRIBE", "SETUP", "PLAY", "PAUSE", "GET_PARAMETER", "TEARDOWN")
@@ -163,6 +163,16 @@ class Session:
         for misbehaviour in self._camera.misbehaviours:
             if misbehaviour.kind in OF_CONNECTION:
                 self._timers.append(loop.call_later(misbehaviour.time, self._misbehave, misbehaviour))
+
+    def misbehave_now(self, misbehaviour):
+        """Performs a misbehaviour at once, if the client is playing."""
+        if not self._playing:
+            return
+        misbehaviour.time = asyncio.get_running_loop().time() - self._play_time
+        if misbehaviour.kind in OF_CONNECTION:
+            self._misbehave(misbehaviour)
+        else:
+            self._first_stage = stage_of(misbehaviour, self._camera, self, self._first_stage)
 
     def _misbehave(self, misbehaviour):
         if misbehaviour.claim(self):

@@ -267,14 +267,18 @@ _STAGES = {
 }
 
 
+def stage_of(misbehaviour, camera, session, forward):
+    """Returns the function of a stage that passes packets on to `forward`."""
+    stage = _STAGES[misbehaviour.kind](misbehaviour, camera, session)
+    stage.forward = forward
+    return stage.accept
+
+
 def chain(camera, session, deliver):
     """Returns the function that processes a session's packets. `deliver` is called for packets
     that pass all stages."""
     accept = deliver
     for misbehaviour in reversed(camera.misbehaviours):
-        if misbehaviour.kind in OF_CONNECTION:
-            continue
-        stage = _STAGES[misbehaviour.kind](misbehaviour, camera, session)
-        stage.forward = accept
-        accept = stage.accept
+        if misbehaviour.kind not in OF_CONNECTION:
+            accept = stage_of(misbehaviour, camera, session, accept)
     return accept
