@@ -10,9 +10,9 @@
 
 namespace kel::tavren::programs {
 
-// Computes retry delays of an eighth of the time that the camera has been unavailable, from a quarter
-// of a second to half a minute: a camera that returns is missed for little longer than it was away.
-// All times are in us of the monotonic clock.
+// Computes retry delays of an eighth of the time that the camera has been unavailable, from a
+// quarter of a second to half a minute: a camera that returns is missed for little longer than it
+// was away. All times are in us of the monotonic clock.
 class Retry_Schedule {
 public:
   explicit Retry_Schedule(gint64 limit) noexcept : limit_(limit) {}

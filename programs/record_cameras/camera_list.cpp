@@ -86,7 +86,7 @@ std::vector<std::string> as_arguments(const Camera_Settings &settings,
         });
     if (entry == entries.end()) throw std::invalid_argument("unknown key \"" + key + '"');
     if (entry->arg != G_OPTION_ARG_NONE)
-      arguments.push_back("--" + key + '=' + value);
+      arguments.push_back(std::string("--").append(key).append("=").append(value));
     else if (as_boolean(key, value))
       arguments.push_back("--" + key);
   }

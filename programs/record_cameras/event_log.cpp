@@ -20,6 +20,17 @@ const std::string &subject_of(const std::string &camera) {
   return camera.empty() ? program : camera;
 }
 
+// A camera's text need not be valid UTF-8.
+void write_json(const std::string &camera, const std::string &text,
+                const std::exception_ptr &cause) {
+  Json event = {{"time", in_utc(g_get_real_time())}};
+  event["camera"] = camera.empty() ? Json() : Json(camera);
+  const std::string code = cause ? failure_code(cause) : "";
+  event["code"] = code.empty() ? Json() : Json(code);
+  event["text"] = text;
+  std::cout << event.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+}
+
 }  // namespace
 
 void Event_Log::write(const std::string &camera, const std::string &text,
@@ -38,17 +49,6 @@ void Event_Log::write_failure(const std::string &camera, const std::exception_pt
   } catch (const std::exception &error) {
     print_failure(subject_of(camera), error);
   }
-}
-
-// A camera's text need not be valid UTF-8.
-void Event_Log::write_json(const std::string &camera, const std::string &text,
-                           const std::exception_ptr &cause) {
-  Json event = {{"time", in_utc(g_get_real_time())}};
-  event["camera"] = camera.empty() ? Json() : Json(camera);
-  const std::string code = cause ? failure_code(cause) : "";
-  event["code"] = code.empty() ? Json() : Json(code);
-  event["text"] = text;
-  std::cout << event.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
 }
 
 }  // namespace kel::tavren::programs

@@ -28,9 +28,6 @@ public:
   void write_failure(const std::string &camera, const std::exception_ptr &failure);
 
 private:
-  void write_json(const std::string &camera, const std::string &text,
-                  const std::exception_ptr &cause);
-
   const Format format_;
   const bool quiet_;
   std::mutex mutex_;

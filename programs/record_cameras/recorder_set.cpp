@@ -7,7 +7,8 @@
 namespace kel::tavren::programs {
 
 Recorder_Set::Entry Recorder_Set::make_entry(const Listed_Camera &camera) {
-  return {camera, std::make_unique<Recorder_Thread>(camera.options, log_), nullptr};
+  auto recorder = std::make_unique<Recorder_Thread>(camera.options, log_);
+  return {camera, std::move(recorder), nullptr};
 }
 
 Recorder_Set::Entry Recorder_Set::make_entry_or_failure(const Listed_Camera &camera) noexcept {

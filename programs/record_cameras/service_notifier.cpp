@@ -21,15 +21,15 @@ Service_Notifier::Service_Notifier() {
                                       [] { notify("WATCHDOG=1"); });
 }
 
-void Service_Notifier::ready() const {
+void Service_Notifier::ready() {
   notify("READY=1");
 }
 
-void Service_Notifier::reloading() const {
+void Service_Notifier::reloading() {
   notify("RELOADING=1\nMONOTONIC_USEC=" + std::to_string(g_get_monotonic_time()));
 }
 
-void Service_Notifier::stopping() const {
+void Service_Notifier::stopping() {
   notify("STOPPING=1");
 }
 

@@ -16,9 +16,9 @@ class Service_Notifier {
 public:
   Service_Notifier();
 
-  void ready() const;
-  void reloading() const;
-  void stopping() const;
+  static void ready();
+  static void reloading();
+  static void stopping();
   // Sets the line that "systemctl status" shows.
   void set_status(const std::string &text);
 

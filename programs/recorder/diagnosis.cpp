@@ -212,9 +212,9 @@ Diagnosis_Folder::Diagnosis_Folder(std::string path, unsigned int limit)
 std::string Diagnosis_Folder::write(const std::string &name, const Diagnosis &diagnosis,
                                     const Camera_Address &address) {
   const std::lock_guard lock(mutex_);
-  const std::string folder = make_folder(name);
+  std::string folder = make_folder(name);
   for (const auto &[file, text] : diagnosis)
-    write_file(folder + '/' + file, without_password(text, address));
+    write_file((fs::path(folder) / file).string(), without_password(text, address));
   remove_oldest();
   return folder;
 }
@@ -223,7 +223,7 @@ std::string Diagnosis_Folder::make_folder(const std::string &name) const {
   const std::string stem = path_ + '/' + as_file_name(name) + '-' + utc_now_in_name();
   std::string folder = stem;
   for (unsigned int number = 1; !fs::create_directory(folder); ++number)
-    folder = stem + '-' + four_digits(number);
+    folder = std::string(stem).append("-").append(four_digits(number));
   return folder;
 }
 

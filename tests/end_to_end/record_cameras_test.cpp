@@ -1,7 +1,6 @@
 // Records several cameras with one process.
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <vector>
 
@@ -165,10 +164,11 @@ double longest_step(const std::string &file) {
                                "packet=pts_time", "-of", "csv=p=0", file});
   std::istringstream lines(outcome.out);
   double longest = 0;
-  double last = NAN;
-  for (double time = 0; lines >> time; last = time) {
-    lines.ignore(16, '\n');
-    longest = std::fmax(longest, time - last);
+  double last = 0;
+  for (std::string line; std::getline(lines, line);) {
+    const double time = g_ascii_strtod(line.c_str(), nullptr);
+    longest = std::max(longest, time - last);
+    last = time;
   }
   return longest;
 }
