@@ -414,6 +414,7 @@ TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
   EXPECT_FALSE(equal("video/x-raw; audio/x-raw", "audio/x-raw"));
   EXPECT_FALSE(equal("video/x-raw, width=1; video/x-raw, width=2", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw, width=1"));
+  EXPECT_FALSE(equal("video/x-raw, width=1", "video/x-raw"));
   EXPECT_FALSE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw(memory:GLMemory)"));
 }
