@@ -139,9 +139,9 @@ Element find_appsink(const Element &bin, const char *caps) {
   return Element(Media_Helper::find_appsink_with_caps(as_bin(bin), make_caps(caps).get()), false);
 }
 
-class Bin_Search : public testing::Test {
+class BinSearch : public testing::Test {
 protected:
-  ~Bin_Search() override {
+  ~BinSearch() override {
     factories_are_missing = false;
     change_during_walk = nullptr;
     watched_pad = nullptr;
@@ -154,7 +154,7 @@ protected:
 
 // --- Arguments
 
-class Bin_Search_Arguments : public Bin_Search {
+class BinSearchArguments : public BinSearch {
 protected:
   // Null, and an element that is not a bin.
   const Element not_a_bin_ = make_element("identity");
@@ -168,7 +168,7 @@ protected:
   const Caps caps_ = make_caps("video/x-raw");
 };
 
-TEST_F(Bin_Search_Arguments, OfTheSearchByTypeAndCapsAreChecked) {
+TEST_F(BinSearchArguments, AreCheckedByFindElementWithCapsAndType) {
   const auto search = [](GstBin *bin, unsigned long long type, GstCaps *caps) {
     Media_Helper::find_element_with_caps_and_type(bin, type, caps);
   };
@@ -187,7 +187,7 @@ TEST_F(Bin_Search_Arguments, OfTheSearchByTypeAndCapsAreChecked) {
   EXPECT_EQ(reference_count(caps_.get()), 1);
 }
 
-TEST_F(Bin_Search_Arguments, OfTheSearchesForOneTypeAreChecked) {
+TEST_F(BinSearchArguments, AreCheckedByFindTeeAndFindAppsink) {
   for (const auto search :
        {Media_Helper::find_tee_with_caps, Media_Helper::find_appsink_with_caps}) {
     for (GstBin *const bad : bad_bins_) {
@@ -200,13 +200,13 @@ TEST_F(Bin_Search_Arguments, OfTheSearchesForOneTypeAreChecked) {
   }
 }
 
-TEST_F(Bin_Search_Arguments, OfTheSearchForAllAppsinksAreChecked) {
+TEST_F(BinSearchArguments, AreCheckedByFindAllAppsinks) {
   for (GstBin *const bad : bad_bins_)
     expect_error(0x15180, "bin in find_all_appsinks is not a GstBin *.",
                  [&] { Media_Helper::find_all_appsinks(bad); });
 }
 
-TEST_F(Bin_Search_Arguments, OfTheTestForATypeAreChecked) {
+TEST_F(BinSearchArguments, AreCheckedByBinHasElementType) {
   for (GstBin *const bad : bad_bins_) {
     expect_error(0x15180, "bin in bin_has_element_type is not a GstBin *.",
                  [&] { Media_Helper::bin_has_element_type(bad, tee_type_); });
@@ -217,7 +217,7 @@ TEST_F(Bin_Search_Arguments, OfTheTestForATypeAreChecked) {
                [&] { Media_Helper::bin_has_element_type(as_bin(bin_), 0); });
 }
 
-TEST_F(Bin_Search_Arguments, AreLookedAtAfterTheFactory) {
+TEST_F(BinSearchArguments, AreCheckedAfterTheFactory) {
   factories_are_missing = true;
   expect_error(0x151D0, "Could not find factory for \"tee\" in gst_element_factory_find_or_throw",
                [] { Media_Helper::find_tee_with_caps(nullptr, nullptr); });
@@ -226,7 +226,7 @@ TEST_F(Bin_Search_Arguments, AreLookedAtAfterTheFactory) {
                [] { Media_Helper::find_appsink_with_caps(nullptr, nullptr); });
 }
 
-TEST_F(Bin_Search_Arguments, OfTheSearchForAllAppsinksAreLookedAtBeforeTheFactory) {
+TEST_F(BinSearchArguments, AreCheckedBeforeTheFactoryByFindAllAppsinks) {
   factories_are_missing = true;
   expect_error(0x15180, "bin in find_all_appsinks is not a GstBin *.",
                [] { Media_Helper::find_all_appsinks(nullptr); });
@@ -238,7 +238,7 @@ TEST_F(Bin_Search_Arguments, OfTheSearchForAllAppsinksAreLookedAtBeforeTheFactor
 
 // --- Caps
 
-TEST_F(Bin_Search, FindsAnAppsinkByCapsThatFitIntoThoseWanted) {
+TEST_F(BinSearch, FindsAnAppsinkWhoseCapsAreASubset) {
   const Element appsink =
       add_to_bin(bin_, make_appsink("video/x-raw,format=I420,width=640,height=480"));
   EXPECT_EQ(find_appsink(bin_, "video/x-raw"), appsink);
@@ -250,22 +250,22 @@ TEST_F(Bin_Search, FindsAnAppsinkByCapsThatFitIntoThoseWanted) {
   EXPECT_FALSE(find_appsink(bin_, "EMPTY"));
 }
 
-TEST_F(Bin_Search, DoesNotFindCapsWiderThanThoseWanted) {
+TEST_F(BinSearch, IgnoresAnAppsinkWithWiderCaps) {
   const Element appsink = add_to_bin(bin_, make_appsink("video/x-raw"));
   EXPECT_FALSE(find_appsink(bin_, "video/x-raw,format=I420"));
   EXPECT_EQ(find_appsink(bin_, "video/x-raw"), appsink);
 }
 
-TEST_F(Bin_Search, FindsNoAppsinkWhoseCapsWereNeverSet) {
+TEST_F(BinSearch, IgnoresAnAppsinkWithoutCaps) {
   add_to_bin(bin_, make_appsink());
   EXPECT_FALSE(find_appsink(bin_, "ANY"));
   EXPECT_FALSE(find_appsink(bin_, "video/x-raw"));
 }
 
 // A tee in a pipeline videotestsrc ! capsfilter ! tee ! appsink, initially stopped.
-class Running_Tee : public Bin_Search {
+class RunningTee : public BinSearch {
 protected:
-  Running_Tee() {
+  RunningTee() {
     for (const Element &element : {source_, filter_, tee_, appsink_})
       add_to_bin(pipeline_, element);
     EXPECT_TRUE(gst_element_link_many(source_.get(), filter_.get(), tee_.get(), appsink_.get(),
@@ -273,7 +273,7 @@ protected:
     set_caps(filter_, "video/x-raw,format=I420,width=[16,64],height=32");
   }
 
-  ~Running_Tee() override { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
+  ~RunningTee() override { gst_element_set_state(pipeline_.get(), GST_STATE_NULL); }
 
   // Runs the pipeline until the appsink has its first picture.
   void negotiate() const {
@@ -294,14 +294,14 @@ protected:
 constexpr const char *WIDE = "video/x-raw,format=I420,width=[16,64]";
 constexpr const char *NARROW = "video/x-raw,format=I420,width=[16,63]";
 
-TEST_F(Running_Tee, IsJudgedByWhatItsPeerCanSendBeforeNegotiation) {
+TEST_F(RunningTee, IsFoundByThePossibleCapsOfItsPeerBeforeNegotiation) {
   EXPECT_EQ(find_tee(pipeline_, WIDE), tee_);
   EXPECT_EQ(find(pipeline_, tee_type_, WIDE), tee_);
   EXPECT_FALSE(find_tee(pipeline_, NARROW));
   EXPECT_FALSE(find_tee(pipeline_, "audio/x-raw"));
 }
 
-TEST_F(Running_Tee, IsJudgedByItsCurrentCapsAfterNegotiation) {
+TEST_F(RunningTee, IsFoundByItsCurrentCapsAfterNegotiation) {
   negotiate();
   EXPECT_EQ(find_tee(pipeline_, WIDE), tee_);
   const Pad pad = static_pad(tee_, "sink");
@@ -322,7 +322,7 @@ TEST_F(Running_Tee, IsJudgedByItsCurrentCapsAfterNegotiation) {
   EXPECT_FALSE(find_tee(pipeline_, "video/x-raw,format=NV12"));
 }
 
-TEST_F(Running_Tee, CostsNoReference) {
+TEST_F(RunningTee, IsFoundWithoutLeakingAReference) {
   const Caps wanted = make_caps(WIDE);
   for (const bool negotiated : {false, true}) {
     if (negotiated) negotiate();
@@ -345,7 +345,7 @@ TEST_F(Running_Tee, CostsNoReference) {
   }
 }
 
-TEST_F(Running_Tee, FeedsAnAppsinkThatIsJudgedByItsSetCapsOnly) {
+TEST_F(RunningTee, FeedsAnAppsinkThatIsFoundOnlyByItsCapsProperty) {
   negotiate();
   ASSERT_TRUE(gst_pad_has_current_caps(static_pad(appsink_, "sink").get()));
   EXPECT_FALSE(find_appsink(pipeline_, "ANY"));
@@ -355,13 +355,13 @@ TEST_F(Running_Tee, FeedsAnAppsinkThatIsJudgedByItsSetCapsOnly) {
   EXPECT_FALSE(find_appsink(pipeline_, WIDE));  // although its input would match
 }
 
-TEST_F(Bin_Search, JudgesATeeThatIsNotLinkedByAnyCaps) {
+TEST_F(BinSearch, TreatsTheCapsOfAnUnlinkedTeeAsAny) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   EXPECT_FALSE(find_tee(bin_, "video/x-raw"));
   EXPECT_EQ(find_tee(bin_, "ANY"), tee);
 }
 
-TEST_F(Bin_Search, FitsEmptyCapsIntoAll) {
+TEST_F(BinSearch, AcceptsEmptyCapsAsASubsetOfAllCaps) {
   const Element appsink = add_to_bin(bin_, make_appsink("EMPTY"));
   for (const char *const wanted : {"video/x-raw", "ANY", "EMPTY"})
     EXPECT_EQ(find_appsink(bin_, wanted), appsink) << wanted;
@@ -385,7 +385,7 @@ gboolean answer_empty_caps(GstPad *pad, GstObject *parent, GstQuery *query) {
   return TRUE;
 }
 
-TEST_F(Bin_Search, FitsCapsOfAPeerThatCanSendNothingIntoAll) {
+TEST_F(BinSearch, AcceptsAPeerThatCanSendNothing) {
   const Element source = add_to_bin(bin_, make_bare_element());
   const Pad src_pad = add_pad(source, "src", GST_PAD_SRC);
   gst_pad_set_query_function(src_pad.get(), answer_empty_caps);
@@ -396,7 +396,7 @@ TEST_F(Bin_Search, FitsCapsOfAPeerThatCanSendNothingIntoAll) {
   EXPECT_EQ(find_tee(bin_, "video/x-raw"), tee);
 }
 
-TEST_F(Bin_Search, JudgesASourcePadNamedSink) {
+TEST_F(BinSearch, ComparesTheCapsOfASourcePadNamedSink) {
   const Element element = add_to_bin(bin_, make_bare_element());
   const Pad pad = add_pad(element, "sink", GST_PAD_SRC);
   const GType type = G_OBJECT_TYPE(element.get());
@@ -410,7 +410,7 @@ TEST_F(Bin_Search, JudgesASourcePadNamedSink) {
   EXPECT_FALSE(find(bin_, type, "video/x-raw,width=32"));
 }
 
-TEST_F(Bin_Search, LetsThePadGoBeforeItComparesCaps) {
+TEST_F(BinSearch, ReleasesThePadBeforeItComparesCaps) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   const Pad pad = static_pad(tee, "sink");
   const guint before = reference_count(pad.get());
@@ -419,7 +419,7 @@ TEST_F(Bin_Search, LetsThePadGoBeforeItComparesCaps) {
   EXPECT_EQ(references_while_comparing, before);
 }
 
-TEST_F(Bin_Search, FindsNoSourceElement) {
+TEST_F(BinSearch, IgnoresASourceElement) {
   const Element source = add_to_bin(bin_, make_element("videotestsrc"));
   EXPECT_TRUE(Media_Helper::bin_has_element_type(as_bin(bin_), G_OBJECT_TYPE(source.get())));
   EXPECT_FALSE(find(bin_, G_OBJECT_TYPE(source.get()), "ANY"));
@@ -427,7 +427,7 @@ TEST_F(Bin_Search, FindsNoSourceElement) {
 
 // --- Types and places
 
-TEST_F(Bin_Search, FindsNothingInAnEmptyBin) {
+TEST_F(BinSearch, FindsNothingInAnEmptyBin) {
   EXPECT_FALSE(find_tee(bin_, "ANY"));
   EXPECT_FALSE(find_appsink(bin_, "ANY"));
   EXPECT_TRUE(Media_Helper::find_all_appsinks(as_bin(bin_)).empty());
@@ -435,13 +435,13 @@ TEST_F(Bin_Search, FindsNothingInAnEmptyBin) {
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }
 
-TEST_F(Bin_Search, KnowsNoTypeThatNobodyRegistered) {
+TEST_F(BinSearch, FindsNothingForAnUnregisteredType) {
   add_to_bin(bin_, make_element("tee"));
   EXPECT_FALSE(Media_Helper::bin_has_element_type(as_bin(bin_), 4));
   EXPECT_FALSE(find(bin_, 4, "ANY"));
 }
 
-TEST_F(Bin_Search, TakesOnlyTheVeryType) {
+TEST_F(BinSearch, RequiresTheExactType) {
   const Element tee = add_to_bin(bin_, make_of_type(tee_subclass()));
   const Element appsink = add_to_bin(bin_, make_of_type(appsink_subclass()));
   set_caps(appsink, "video/x-raw");
@@ -457,14 +457,14 @@ TEST_F(Bin_Search, TakesOnlyTheVeryType) {
   EXPECT_EQ(find(bin_, tee_subclass(), "ANY"), tee);
 }
 
-TEST_F(Bin_Search, JudgesASubclassOfAnAppsinkByItsSetCaps) {
+TEST_F(BinSearch, UsesTheCapsPropertyOfAnAppsinkSubclass) {
   const Element appsink = add_to_bin(bin_, make_of_type(appsink_subclass()));
   EXPECT_FALSE(find(bin_, appsink_subclass(), "ANY"));
   set_caps(appsink, "video/x-raw");
   EXPECT_EQ(find(bin_, appsink_subclass(), "video/x-raw"), appsink);
 }
 
-TEST_F(Bin_Search, LooksIntoNestedBins) {
+TEST_F(BinSearch, SearchesNestedBins) {
   const Element outer = add_to_bin(bin_, make_bin("outer"));
   const Element inner = add_to_bin(outer, make_bin("inner"));
   const Element tee = add_to_bin(inner, make_element("tee"));
@@ -475,7 +475,7 @@ TEST_F(Bin_Search, LooksIntoNestedBins) {
   EXPECT_TRUE(Media_Helper::bin_has_element_type(as_bin(bin_), tee_type_));
 }
 
-TEST_F(Bin_Search, DoesNotLookAtTheBinItself) {
+TEST_F(BinSearch, ExcludesTheBinItself) {
   EXPECT_FALSE(Media_Helper::bin_has_element_type(as_bin(bin_), GST_TYPE_BIN));
   add_to_bin(bin_, make_element("tee"));
   EXPECT_FALSE(Media_Helper::bin_has_element_type(as_bin(bin_), GST_TYPE_BIN));
@@ -498,9 +498,9 @@ Elements walk(const Element &bin) {
 }
 
 // Appsinks with two kinds of media, on three levels.
-class Many_Appsinks : public Bin_Search {
+class ManyAppsinks : public BinSearch {
 protected:
-  Many_Appsinks() {
+  ManyAppsinks() {
     for (const Element &bin : {bin_, outer_, inner_})
       for (const char *const caps : {"video/x-raw", "audio/x-raw", "video/x-raw"})
         add_to_bin(bin, make_appsink(caps));
@@ -512,13 +512,13 @@ protected:
   const Element inner_ = make_bin("inner");
 };
 
-TEST_F(Many_Appsinks, AreListedInTheOrderOfTheWalk) {
+TEST_F(ManyAppsinks, AreListedInIterationOrder) {
   const Elements expected = walk(bin_);
   ASSERT_EQ(expected.size(), 9u);
   EXPECT_EQ(Media_Helper::find_all_appsinks(as_bin(bin_)), expected);
 }
 
-TEST_F(Many_Appsinks, AreHeldByOneReferenceEach) {
+TEST_F(ManyAppsinks, AreListedWithOneReferenceEach) {
   const Elements appsinks = walk(bin_);
   std::vector<gpointer> objects{bin_.get(), outer_.get(), inner_.get()};
   for (const Element &appsink : appsinks)
@@ -535,7 +535,7 @@ TEST_F(Many_Appsinks, AreHeldByOneReferenceEach) {
   EXPECT_EQ(reference_counts(objects), before);
 }
 
-TEST_F(Many_Appsinks, OutliveTheirBinInTheList) {
+TEST_F(ManyAppsinks, OutliveTheirBinInTheList) {
   Elements found;
   {
     const Element bin = make_bin("short-lived");
@@ -550,7 +550,7 @@ TEST_F(Many_Appsinks, OutliveTheirBinInTheList) {
   EXPECT_TRUE(watch.gone());
 }
 
-TEST_F(Many_Appsinks, AreSearchedInTheOrderOfTheWalk) {
+TEST_F(ManyAppsinks, AreSearchedInIterationOrder) {
   for (const char *const wanted : {"audio/x-raw", "video/x-raw"}) {
     Element expected;
     for (const Element &appsink : walk(bin_)) {
@@ -562,7 +562,7 @@ TEST_F(Many_Appsinks, AreSearchedInTheOrderOfTheWalk) {
   }
 }
 
-TEST_F(Many_Appsinks, AreReturnedWithOneNewReference) {
+TEST_F(ManyAppsinks, AreReturnedWithOneNewReference) {
   const Elements appsinks = walk(bin_);
   std::vector<gpointer> objects{bin_.get(), outer_.get(), inner_.get()};
   std::vector<Caps> caps;
@@ -601,7 +601,7 @@ TEST_F(Many_Appsinks, AreReturnedWithOneNewReference) {
 static_assert(noexcept(Media_Helper::caps_compare_func(nullptr, nullptr)));
 static_assert(noexcept(Media_Helper::type_compare_func(nullptr, nullptr)));
 
-class Bin_Search_Comparison : public Bin_Search {
+class BinSearchComparison : public BinSearch {
 protected:
   static int compare_caps(const Element &element, GType type, const char *caps) {
     const Caps wanted_caps = make_caps(caps);
@@ -633,7 +633,7 @@ private:
   }
 };
 
-TEST_F(Bin_Search_Comparison, OfTypesIsExact) {
+TEST_F(BinSearchComparison, OfTypesIsExact) {
   EXPECT_EQ(compare_type(make_element("tee"), tee_type_), 0);
   EXPECT_EQ(compare_type(make_element("tee"), GST_TYPE_ELEMENT), -1);
   EXPECT_EQ(compare_type(make_element("queue"), tee_type_), -1);
@@ -641,7 +641,7 @@ TEST_F(Bin_Search_Comparison, OfTypesIsExact) {
 }
 
 // In separate bins, because the types of tees and appsinks may differ in only one bit.
-TEST_F(Bin_Search_Comparison, OfTypesLooksAtEveryBit) {
+TEST_F(BinSearchComparison, OfTypesComparesEveryBit) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   const Element other_bin = make_bin("other");
   add_to_bin(other_bin, make_appsink("video/x-raw"));
@@ -659,7 +659,7 @@ TEST_F(Bin_Search_Comparison, OfTypesLooksAtEveryBit) {
   }
 }
 
-TEST_F(Bin_Search_Comparison, OfCapsComparesTheTypeToo) {
+TEST_F(BinSearchComparison, OfCapsAlsoComparesTheType) {
   const Element appsink = make_appsink("video/x-raw,format=I420");
   EXPECT_EQ(compare_caps(appsink, GST_TYPE_APP_SINK, "video/x-raw"), 0);
   EXPECT_EQ(compare_caps(appsink, tee_type_, "video/x-raw"), -1);
@@ -668,7 +668,7 @@ TEST_F(Bin_Search_Comparison, OfCapsComparesTheTypeToo) {
   EXPECT_EQ(compare_caps(make_of_type(appsink_subclass()), GST_TYPE_APP_SINK, "ANY"), -1);
 }
 
-TEST_F(Bin_Search_Comparison, OfCapsNeedsASinkPad) {
+TEST_F(BinSearchComparison, OfCapsRequiresASinkPad) {
   const Element source = make_element("fakesrc");
   EXPECT_EQ(compare_caps(source, G_OBJECT_TYPE(source.get()), "ANY"), -1);
   EXPECT_EQ(compare_caps(make_element("tee"), tee_type_, "ANY"), 0);
@@ -685,15 +685,15 @@ void remove_appsinks(GstBin *bin) {
     ASSERT_TRUE(gst_bin_remove(bin, appsink.get()));
 }
 
-class Changing_Bin : public Bin_Search {
+class ChangingBin : public BinSearch {
 protected:
-  Changing_Bin() {
+  ChangingBin() {
     for (int i = 0; i < 3; ++i)
       add_to_bin(bin_, make_appsink("video/x-raw"));
   }
 };
 
-TEST_F(Changing_Bin, IsSearchedAgainWhenAnElementCame) {
+TEST_F(ChangingBin, IsSearchedAgainAfterAnElementIsAdded) {
   change_during_walk = add_appsink;
   const Element found = find_appsink(bin_, "audio/x-raw");
   EXPECT_EQ(change_during_walk, nullptr);
@@ -703,14 +703,14 @@ TEST_F(Changing_Bin, IsSearchedAgainWhenAnElementCame) {
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }
 
-TEST_F(Changing_Bin, IsAskedForItsTypesAgainWhenAnElementCame) {
+TEST_F(ChangingBin, IsCheckedForATypeAgainAfterAnElementIsAdded) {
   change_during_walk = [](GstBin *bin) { gst_bin_add(bin, make_element("tee").get()); };
   EXPECT_TRUE(Media_Helper::bin_has_element_type(as_bin(bin_), tee_type_));
   EXPECT_EQ(change_during_walk, nullptr);
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }
 
-TEST_F(Changing_Bin, IsSearchedAgainWhenElementsWent) {
+TEST_F(ChangingBin, IsSearchedAgainAfterElementsAreRemoved) {
   change_during_walk = remove_appsinks;
   EXPECT_FALSE(find_appsink(bin_, "audio/x-raw"));
   EXPECT_EQ(change_during_walk, nullptr);
@@ -718,7 +718,7 @@ TEST_F(Changing_Bin, IsSearchedAgainWhenElementsWent) {
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }
 
-TEST_F(Changing_Bin, IsListedAsFarAsSeenWhenAnElementCame) {
+TEST_F(ChangingBin, IsListedOnlyUpToTheAdditionOfAnElement) {
   const Elements before = walk(bin_);
   const std::vector<guint> counts = reference_counts({before[0].get(), before[1].get()});
   change_during_walk = add_appsink;
@@ -728,7 +728,7 @@ TEST_F(Changing_Bin, IsListedAsFarAsSeenWhenAnElementCame) {
   EXPECT_EQ(reference_counts({before[0].get(), before[1].get()}), counts);
 }
 
-TEST_F(Changing_Bin, IsListedAsFarAsSeenWhenElementsWent) {
+TEST_F(ChangingBin, IsListedOnlyUpToTheRemovalOfElements) {
   change_during_walk = remove_appsinks;
   const Elements found = Media_Helper::find_all_appsinks(as_bin(bin_));
   ASSERT_EQ(found.size(), 1u);
@@ -747,7 +747,7 @@ gboolean change_bin_and_answer(GstPad *pad, GstObject *parent, GstQuery *query) 
   return gst_pad_query_default(pad, parent, query);
 }
 
-TEST_F(Changing_Bin, MayBeChangedByTheElementsThatAreAsked) {
+TEST_F(ChangingBin, MayBeChangedByAnElementThatIsQueried) {
   const Element source = add_to_bin(bin_, make_element("videotestsrc"));
   const Element tee = add_to_bin(bin_, make_element("tee"));
   ASSERT_TRUE(gst_element_link(source.get(), tee.get()));
@@ -758,7 +758,7 @@ TEST_F(Changing_Bin, MayBeChangedByTheElementsThatAreAsked) {
   EXPECT_EQ(walk(bin_).size(), 4u);
 }
 
-TEST_F(Changing_Bin, IsSearchedWhileAnotherThreadChangesIt) {
+TEST_F(ChangingBin, IsSearchedWhileAnotherThreadChangesIt) {
   const Element tee = add_to_bin(bin_, make_element("tee"));
   const Elements kept = walk(bin_);
   std::atomic<bool> done{false};

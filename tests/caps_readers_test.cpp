@@ -51,7 +51,7 @@ void expect_checked(Reader reader, const char *error) {
   EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(buffer.get()), 1);
 }
 
-TEST(Framerate, is_read) {
+TEST(GetFramerateFromCaps, ReturnsTheFraction) {
   const struct {
     const char *caps;
     Rate rate;
@@ -70,7 +70,7 @@ TEST(Framerate, is_read) {
     EXPECT_EQ(read(Media_Helper::get_framerate_from_caps, row.caps), row.rate) << row.caps;
 }
 
-TEST(Framerate, must_be_one_fraction_of_the_first_structure) {
+TEST(GetFramerateFromCaps, RequiresASingleFractionInTheFirstStructure) {
   for (const char *const text : {
            "video/x-raw",
            "video/x-raw, width=640, height=480",
@@ -86,7 +86,7 @@ TEST(Framerate, must_be_one_fraction_of_the_first_structure) {
                       "Unable to get framerate from caps in get_framerate_from_caps");
 }
 
-TEST(Framerate, must_be_greater_than_0) {
+TEST(GetFramerateFromCaps, RequiresAPositiveFraction) {
   for (const char *const text : {
            "video/x-raw, framerate=0/1",
            "video/x-raw, framerate=-1/1",
@@ -100,7 +100,7 @@ TEST(Framerate, must_be_greater_than_0) {
 
 // The framework parses, sets and copies only fractions with a positive denominator, but a plugin
 // may set the value directly.
-TEST(Framerate, over_zero_or_less_is_refused) {
+TEST(GetFramerateFromCaps, RefusesADenominatorOfZeroOrLess) {
   for (const int denominator : {0, -1, -largest_int}) {
     const Caps caps = make_caps("video/x-raw");
     GValue framerate = G_VALUE_INIT;
@@ -114,12 +114,12 @@ TEST(Framerate, over_zero_or_less_is_refused) {
   }
 }
 
-TEST(Framerate, needs_caps) {
+TEST(GetFramerateFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_framerate_from_caps,
                  "caps in get_framerate_from_caps is not a GstCaps *.");
 }
 
-TEST(Resolution, is_read) {
+TEST(GetResolutionFromCaps, ReturnsWidthAndHeight) {
   const struct {
     const char *caps;
     Size size;
@@ -135,7 +135,7 @@ TEST(Resolution, is_read) {
     EXPECT_EQ(read(Media_Helper::get_resolution_from_caps, row.caps), row.size) << row.caps;
 }
 
-TEST(Resolution, must_be_two_integers_of_the_first_structure) {
+TEST(GetResolutionFromCaps, RequiresTwoIntegersInTheFirstStructure) {
   for (const char *const text : {
            "video/x-raw",
            "video/x-raw, width=640",
@@ -154,7 +154,7 @@ TEST(Resolution, must_be_two_integers_of_the_first_structure) {
                       "Unable to get width and/or height in get_resolution_from_caps");
 }
 
-TEST(Resolution, must_be_greater_than_0) {
+TEST(GetResolutionFromCaps, RequiresPositiveSides) {
   for (const char *const text : {
            "video/x-raw, width=0, height=480",
            "video/x-raw, width=640, height=0",
@@ -168,12 +168,12 @@ TEST(Resolution, must_be_greater_than_0) {
                       "Retrieved invalid width and/or height in get_resolution_from_caps");
 }
 
-TEST(Resolution, needs_caps) {
+TEST(GetResolutionFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_resolution_from_caps,
                  "caps in get_resolution_from_caps is not a GstCaps *.");
 }
 
-TEST(Encoding_Name, is_read) {
+TEST(GetEncodingNameFromCaps, ReturnsTheName) {
   const struct {
     const char *caps;
     const char *name;
@@ -194,7 +194,7 @@ TEST(Encoding_Name, is_read) {
     EXPECT_EQ(read(Media_Helper::get_encoding_name_from_caps, row.caps), row.name) << row.caps;
 }
 
-TEST(Encoding_Name, is_a_copy) {
+TEST(GetEncodingNameFromCaps, ReturnsACopy) {
   Caps caps = make_caps("application/x-rtp, encoding-name=H264");
   const std::string name = Media_Helper::get_encoding_name_from_caps(caps.get());
   gst_caps_set_simple(caps.get(), "encoding-name", G_TYPE_STRING, "JPEG", nullptr);
@@ -202,14 +202,14 @@ TEST(Encoding_Name, is_a_copy) {
   EXPECT_EQ(name, "H264");
 }
 
-TEST(Encoding_Name, needs_caps) {
+TEST(GetEncodingNameFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_encoding_name_from_caps,
                  "caps in get_encoding_name_from_caps is not a GstCaps *.");
 }
 
 // The number of structures is not checked first, so the framework logs a critical and the reader
 // finds nothing.
-TEST(Readers, find_nothing_in_caps_without_structures) {
+TEST(CapsReaders, FindNothingInCapsWithoutStructures) {
   const Expected_Log no_structure("gst_caps_get_structure");
   const Expected_Log no_field("gst_structure_get_");
   for (const char *const text : {"EMPTY", "ANY"}) {
@@ -221,7 +221,7 @@ TEST(Readers, find_nothing_in_caps_without_structures) {
   }
 }
 
-TEST(Calculated_Resolution, fits_into_the_bounds) {
+TEST(CalculateResolution, FitsTheSourceIntoTheBounds) {
   const struct {
     Size bounds, source, result;
   } rows[] = {
@@ -257,7 +257,7 @@ TEST(Calculated_Resolution, fits_into_the_bounds) {
         << row.source.second;
 }
 
-TEST(Calculated_Resolution, is_right_where_a_signed_number_would_not_be) {
+TEST(CalculateResolution, IsExactBeyondTheRangeOfSignedNumbers) {
   const struct {
     Size bounds, source, result;
   } rows[] = {
@@ -284,7 +284,7 @@ TEST(Calculated_Resolution, is_right_where_a_signed_number_would_not_be) {
 }
 
 // 2^64 - 2048 is the largest double that fits. Bounds from 2^64 - 1024 are rounded to 2^64.
-TEST(Calculated_Resolution, saturates_where_a_side_does_not_fit) {
+TEST(CalculateResolution, SaturatesASideThatOverflows) {
   const unsigned long long last_that_fits = largest - 2047;
   const unsigned long long rounds_down = largest - 1024;
   const unsigned long long rounds_up = largest - 1023;
@@ -320,7 +320,7 @@ std::vector<std::pair<Size, Size>> invalid_resolutions() {
   return pairs;
 }
 
-TEST(Calculated_Resolution, of_0_is_a_logic_error) {
+TEST(CalculateResolution, ThrowsALogicErrorForASideOfZero) {
   for (const auto &[bounds, source] : invalid_resolutions()) {
     try {
       Media_Helper::calculate_resolution(bounds, source);
@@ -344,7 +344,7 @@ bool is_caught_as() {
   return false;
 }
 
-TEST(Calculated_Resolution, of_0_is_no_backend_error) {
+TEST(CalculateResolution, DoesNotThrowABackendErrorForASideOfZero) {
   EXPECT_TRUE(is_caught_as<Tavren_Error<std::logic_error>>());
   EXPECT_TRUE(is_caught_as<Tavren_Error<std::exception>>());
   EXPECT_TRUE(is_caught_as<std::logic_error>());
@@ -363,7 +363,7 @@ std::vector<Caps> make_list(const std::vector<const char *> &texts) {
   return list;
 }
 
-TEST(Caps_Lists, are_compared_without_their_order) {
+TEST(CapsEqual, IgnoresTheOrderOfTheLists) {
   const char *const a = "video/x-raw, width=640";
   const char *const b = "audio/x-raw, rate=8000";
   const char *const c = "video/x-raw, width=320";
@@ -398,7 +398,7 @@ TEST(Caps_Lists, are_compared_without_their_order) {
         << "row " << number++;
 }
 
-TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
+TEST(CapsEqual, ComparesCapsAsTheFrameworkDoes) {
   const auto equal = [](const char *first, const char *second) {
     return Media_Helper::caps_equal(make_list({first}), make_list({second}));
   };
@@ -418,7 +418,7 @@ TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw(memory:GLMemory)"));
 }
 
-TEST(Caps_Lists, stay_as_they_were) {
+TEST(CapsEqual, LeavesTheListsUnchanged) {
   const std::vector<Caps> first = make_list({"video/x-raw", "audio/x-raw"});
   const std::vector<Caps> second = make_list({"audio/x-raw", "video/x-raw"});
   EXPECT_TRUE(Media_Helper::caps_equal(first, second));
@@ -430,7 +430,7 @@ TEST(Caps_Lists, stay_as_they_were) {
       EXPECT_EQ(reference_count(caps.get()), 1);
 }
 
-TEST(Caps_Lists, given_away_are_gone) {
+TEST(CapsEqual, ReleasesListsThatAreMovedIn) {
   const Caps caps = make_caps("video/x-raw");
   std::vector<Caps> first{caps};
   std::vector<Caps> second{caps};

@@ -121,7 +121,7 @@ void expect_depayloaders_kept(const Depayloader_References &references, guint ro
         << depayloaders[i];
 }
 
-TEST(Concurrency, OfAllOperationsOnSeparateObjects) {
+TEST(Concurrency, AllowsAllOperationsOnSeparateObjects) {
   constexpr guint rounds = 10;
   const Expected_Warnings warnings;
   const Depayloader_References references;
@@ -139,7 +139,7 @@ TEST(Concurrency, OfAllOperationsOnSeparateObjects) {
   expect_depayloaders_kept(references, 1 + thread_count * rounds);
 }
 
-TEST(Concurrency, OfReadingOperationsOnSharedObjects) {
+TEST(Concurrency, AllowsReadingOperationsOnSharedObjects) {
   constexpr guint rounds = 100;
   const Depayloader_References references;
   auto scene = std::make_unique<Scene>();
@@ -255,7 +255,7 @@ void expect_distinct(const std::vector<Handle> &handles) {
 
 // The framework restarts a search when the bin changes, so elements that remain in the bin are
 // found. It does not restart an iteration, so a list may lack any element.
-TEST(Concurrency, OfSearchesAndChangesOfTheBin) {
+TEST(Concurrency, AllowsSearchesOfABinThatChanges) {
   const Scene scene;
   const unsigned long long tee_type = Media_Helper::get_element_type("tee");
   Passing passing;
@@ -310,7 +310,7 @@ void expect_pads(const Media_Helper::Pad_List &pads, GstPadDirection direction) 
 
 // All pads of an element belong to one list for this purpose: a change of its source pads also ends
 // an iteration over its sink pads.
-TEST(Concurrency, OfPadListsAndChangesOfThePads) {
+TEST(Concurrency, AllowsListsOfPadsThatChange) {
   const Scene scene;
   GstElement *const tee = scene.split.get();
   const Pad tee_sink = static_pad(scene.split, "sink");

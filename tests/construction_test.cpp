@@ -59,7 +59,7 @@ Element make_bin_with(const char *child_name) {
   return bin;
 }
 
-TEST(Factory_Find, GivesANewReference) {
+TEST(ElementFactoryFind, ReturnsANewReference) {
   GstElementFactory *const own = gst_element_factory_find("identity");
   const guint before = reference_count(own);
   GstElementFactory *const found = Media_Helper::gst_element_factory_find_or_throw("identity");
@@ -70,14 +70,14 @@ TEST(Factory_Find, GivesANewReference) {
   gst_object_unref(own);
 }
 
-TEST(Factory_Find, ThrowsForAnUnknownName) {
+TEST(ElementFactoryFind, ThrowsForAnUnknownName) {
   for (const std::string name : {"nosuchfactory", "", "Identity", "coreelements", "100% %s"})
     expect_error(0x151D0,
                  "Could not find factory for \"" + name + "\" in gst_element_factory_find_or_throw",
                  [&name] { Media_Helper::gst_element_factory_find_or_throw(name); });
 }
 
-TEST(Factory_Make, GivesAFloatingElementOfTheName) {
+TEST(ElementFactoryMake, ReturnsAFloatingElementWithTheName) {
   GstElement *const made = Media_Helper::gst_element_factory_make_or_throw("identity", "parser");
   EXPECT_TRUE(g_object_is_floating(made));
   EXPECT_EQ(reference_count(made), 1U);
@@ -95,12 +95,12 @@ int chosen_number() {
   return std::stoi(name.substr(8));
 }
 
-TEST(Factory_Make, LetsTheFrameworkChooseAName) {
+TEST(ElementFactoryMake, LetsTheFrameworkChooseAName) {
   const int first = chosen_number();
   EXPECT_EQ(chosen_number(), first + 1);
 }
 
-TEST(Factory_Make, ThrowsForAnUnknownFactory) {
+TEST(ElementFactoryMake, ThrowsForAnUnknownFactory) {
   expect_error(0x150C0, "Could not create nosuchfactory ",
                [] { Media_Helper::gst_element_factory_make_or_throw("nosuchfactory", ""); });
   expect_error(0x150C0, "Could not create nosuchfactory 100% %s",
@@ -109,7 +109,7 @@ TEST(Factory_Make, ThrowsForAnUnknownFactory) {
                [] { Media_Helper::gst_element_factory_make_or_throw("", "parser"); });
 }
 
-TEST(Parse_Launch, GivesAFloatingPipeline) {
+TEST(ParseLaunch, ReturnsAFloatingPipeline) {
   GstElement *const made = Media_Helper::gst_parse_launch_or_throw("fakesrc ! fakesink name=end");
   EXPECT_TRUE(GST_IS_PIPELINE(made));
   EXPECT_TRUE(g_object_is_floating(made));
@@ -118,7 +118,7 @@ TEST(Parse_Launch, GivesAFloatingPipeline) {
   gst_object_unref(made);
 }
 
-TEST(Parse_Launch, GivesASingleElementAsItIs) {
+TEST(ParseLaunch, ReturnsASingleElementWithoutAPipeline) {
   GstElement *const made = Media_Helper::gst_parse_launch_or_throw("identity name=parser");
   EXPECT_FALSE(GST_IS_BIN(made));
   EXPECT_TRUE(g_object_is_floating(made));
@@ -128,7 +128,7 @@ TEST(Parse_Launch, GivesASingleElementAsItIs) {
 }
 
 // The parser skips invalid parts and continues.
-TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
+TEST(ParseLaunch, AcceptsErrorsThatTheParserRecoversFrom) {
   GstElement *const made =
       Media_Helper::gst_parse_launch_or_throw("fakesrc ! nosuchelement ! fakesink");
   ASSERT_TRUE(GST_IS_PIPELINE(made));
@@ -139,7 +139,7 @@ TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
 }
 
 // The parser decides whether to create a pipeline around a single remaining element.
-TEST(Parse_Launch, GivesWhatTheParserGives) {
+TEST(ParseLaunch, ReturnsWhatTheParserReturns) {
   for (const char *description : {"nosuchelement ! fakesink", "fakesrc ! fakesink", "identity"}) {
     GstElement *const expected = gst_parse_launch(description, nullptr);
     GstElement *const made = Media_Helper::gst_parse_launch_or_throw(description);
@@ -151,13 +151,13 @@ TEST(Parse_Launch, GivesWhatTheParserGives) {
   }
 }
 
-TEST(Parse_Launch, ThrowsWhenThereIsNothing) {
+TEST(ParseLaunch, ThrowsIfTheParserReturnsNothing) {
   for (const std::string description : {"", "nosuchelement", "! !", "100% %s"})
     expect_error(0x15120, "Could not create pipeline : " + description,
                  [&description] { Media_Helper::gst_parse_launch_or_throw(description); });
 }
 
-TEST(Bin_Get_By_Name, GivesANewReference) {
+TEST(BinGetByName, ReturnsANewReference) {
   const Element bin = make_bin_with("parser");
   GstElement *const found = Media_Helper::gst_bin_get_by_name_or_throw(as_bin(bin), "parser");
   EXPECT_EQ(name_of(found), "parser");
@@ -166,7 +166,7 @@ TEST(Bin_Get_By_Name, GivesANewReference) {
   gst_object_unref(found);
 }
 
-TEST(Bin_Get_By_Name, LooksIntoInnerBins) {
+TEST(BinGetByName, SearchesNestedBins) {
   const Element outer = make_element("pipeline");
   const Element inner = make_bin_with("parser");
   gst_bin_add(as_bin(outer), inner.get());
@@ -175,12 +175,12 @@ TEST(Bin_Get_By_Name, LooksIntoInnerBins) {
   EXPECT_EQ(reference_count(found.get()), 2U);
 }
 
-TEST(Bin_Get_By_Name, ThrowsForNull) {
+TEST(BinGetByName, ThrowsForNull) {
   expect_error(0x15130, "bin == NULL",
                [] { Media_Helper::gst_bin_get_by_name_or_throw(nullptr, "parser"); });
 }
 
-TEST(Bin_Get_By_Name, ThrowsForAnAbsentName) {
+TEST(BinGetByName, ThrowsForAnAbsentName) {
   const Element bin = make_bin_with("parser");
   for (const std::string name : {"muxer", "", "Parser", "100% %s"})
     expect_error(0x15140, "Could not retrieve element '" + name + "' from bin",
@@ -189,7 +189,7 @@ TEST(Bin_Get_By_Name, ThrowsForAnAbsentName) {
 }
 
 // The framework rejects arguments that are not bins. The library checks only for null.
-TEST(Bin_Get_By_Name, LeavesTheTypeToTheFramework) {
+TEST(BinGetByName, LeavesTheTypeCheckToTheFramework) {
   const Element element = make_element("identity", "parser");
   const Expected_Log assertion("GST_IS_BIN");
   expect_error(0x15140, "Could not retrieve element 'parser' from bin", [&element] {
@@ -198,7 +198,7 @@ TEST(Bin_Get_By_Name, LeavesTheTypeToTheFramework) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Bin_Add, TakesOverTheFloatingReference) {
+TEST(BinAdd, TakesTheFloatingReference) {
   const Element bin = make_element("bin");
   GstElement *const element = make_floating("identity", "parser");
   Media_Helper::gst_bin_add_or_throw(as_bin(bin), element);
@@ -208,7 +208,7 @@ TEST(Bin_Add, TakesOverTheFloatingReference) {
   EXPECT_TRUE(is_child_of(element, bin));
 }
 
-TEST(Bin_Add, LeavesTheOwnersReference) {
+TEST(BinAdd, LeavesTheReferenceOfAnOwner) {
   const Element bin = make_element("bin");
   const Element element = make_element("identity");
   Media_Helper::gst_bin_add_or_throw(as_bin(bin), element.get());
@@ -221,7 +221,7 @@ void expect_refused(const Element &bin, GstElement *element, const std::string &
                [&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), element); });
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, DropsAFloatingElement) {
+TEST(BinAddOfATakenName, DestroysAFloatingElement) {
   const Element bin = make_bin_with("parser");
   GstElement *const element = make_floating("identity", "parser");
   const Weak_Watch watch(element);
@@ -231,7 +231,7 @@ TEST(Bin_Add_Of_A_Taken_Name, DropsAFloatingElement) {
   EXPECT_EQ(reference_count(bin.get()), 1U);
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAFloatingElementWithMore) {
+TEST(BinAddOfATakenName, ReleasesOneOfSeveralReferencesToAFloatingElement) {
   const Element bin = make_bin_with("parser");
   GstElement *const element = make_floating("identity", "parser");
   const Element first(element);
@@ -243,7 +243,7 @@ TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAFloatingElementWithMore) {
   EXPECT_EQ(GST_OBJECT_PARENT(element), nullptr);
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAnOwnedElement) {
+TEST(BinAddOfATakenName, ReleasesOneReferenceToAnOwnedElement) {
   const Element bin = make_bin_with("parser");
   const Element kept = make_element("identity", "parser");
   GstElement *const element = GST_ELEMENT_CAST(gst_object_ref(kept.get()));
@@ -253,7 +253,7 @@ TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAnOwnedElement) {
   EXPECT_EQ(GST_OBJECT_PARENT(element), nullptr);
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, DropsTheOnlyReferenceOfAnOwnedElement) {
+TEST(BinAddOfATakenName, ReleasesTheOnlyReferenceToAnOwnedElement) {
   const Element bin = make_bin_with("parser");
   GstElement *const element = make_element("identity", "parser").detach();
   const Weak_Watch watch(element);
@@ -261,7 +261,7 @@ TEST(Bin_Add_Of_A_Taken_Name, DropsTheOnlyReferenceOfAnOwnedElement) {
   EXPECT_TRUE(watch.gone());
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, NamesTheElementAndNotTheBin) {
+TEST(BinAddOfATakenName, PrintsTheElementAndNotTheBin) {
   const Element bin = make_bin_with("100% %s");
   expect_refused(bin, make_floating("fakesink", "100% %s"), "100% %s");
 }
@@ -274,7 +274,7 @@ GType unregistered_type() {
   return type;
 }
 
-TEST(Bin_Add_Of_A_Taken_Name, LeavesTheParenthesesOfAnElementWithoutAFactoryEmpty) {
+TEST(BinAddOfATakenName, PrintsEmptyParenthesesForAnElementWithoutAFactory) {
   const Element bin = make_bin_with("parser");
   GstElement *const element =
       GST_ELEMENT_CAST(g_object_new(unregistered_type(), "name", "parser", nullptr));
@@ -284,7 +284,7 @@ TEST(Bin_Add_Of_A_Taken_Name, LeavesTheParenthesesOfAnElementWithoutAFactoryEmpt
   EXPECT_TRUE(watch.gone());
 }
 
-TEST(Bin_Add, KeepsAnElementOfAnotherBin) {
+TEST(BinAdd, DoesNotReleaseAnElementOfAnotherBin) {
   const Element other = make_element("bin");
   const Element bin = make_element("bin");
   GstElement *const element = make_floating("identity", "parser");
@@ -296,7 +296,7 @@ TEST(Bin_Add, KeepsAnElementOfAnotherBin) {
   EXPECT_EQ(child_count(bin), 0);
 }
 
-TEST(Bin_Add, KeepsAnElementThatIsInTheBinAlready) {
+TEST(BinAdd, DoesNotReleaseAnElementAlreadyInTheBin) {
   const Element bin = make_element("bin");
   const Element element = make_element("identity", "parser");
   gst_bin_add(as_bin(bin), element.get());
@@ -307,7 +307,7 @@ TEST(Bin_Add, KeepsAnElementThatIsInTheBinAlready) {
 }
 
 // The bin has no parent, so the rule for a taken name applies to it, too.
-TEST(Bin_Add, DropsOneReferenceOfABinAddedToItself) {
+TEST(BinAdd, ReleasesOneReferenceToABinAddedToItself) {
   const Expected_Log assertion("GST_ELEMENT_CAST (bin) != element");
   const Element owned = make_element("bin", "recording");
   gst_object_ref(owned.get());
@@ -321,7 +321,7 @@ TEST(Bin_Add, DropsOneReferenceOfABinAddedToItself) {
   EXPECT_EQ(reference_count(floating), 1U);
 }
 
-TEST(Bin_Add, KeepsABinWithAParentThatIsAddedToItself) {
+TEST(BinAdd, DoesNotReleaseABinWithAParentAddedToItself) {
   const Expected_Log assertion("GST_ELEMENT_CAST (bin) != element");
   const Element pipeline = make_element("pipeline");
   const Element bin = make_element("bin", "recording");
@@ -331,7 +331,7 @@ TEST(Bin_Add, KeepsABinWithAParentThatIsAddedToItself) {
   EXPECT_TRUE(is_child_of(bin.get(), pipeline));
 }
 
-TEST(Bin_Add, KeepsTheFloatingReferenceForAWrongBin) {
+TEST(BinAdd, KeepsTheFloatingReferenceIfTheBinIsInvalid) {
   const Element no_bin = make_element("identity");
   GstElement *const element = make_floating("identity", "parser");
   for (GstBin *const bin : {static_cast<GstBin *>(nullptr), as_bin(no_bin)})
@@ -343,7 +343,7 @@ TEST(Bin_Add, KeepsTheFloatingReferenceForAWrongBin) {
   gst_object_unref(element);
 }
 
-TEST(Bin_Add, RefusesWhatIsNoElement) {
+TEST(BinAdd, RefusesAnObjectThatIsNotAnElement) {
   const Element bin = make_element("bin");
   GstPad *const pad = gst_pad_new("src", GST_PAD_SRC);
   for (const gpointer wrong : {static_cast<gpointer>(nullptr), static_cast<gpointer>(pad)})
@@ -356,17 +356,17 @@ TEST(Bin_Add, RefusesWhatIsNoElement) {
   gst_object_unref(pad);
 }
 
-TEST(Bin_Add, ChecksTheBinFirst) {
+TEST(BinAdd, ChecksTheBinFirst) {
   expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
                [] { Media_Helper::gst_bin_add_or_throw(nullptr, nullptr); });
 }
 
 // The same operation under two names.
-class Create_And_Add
+class CreateAndAdd
     : public testing::TestWithParam<decltype(&Media_Helper::create_and_add_element_to_bin)> {
 protected:
-  Create_And_Add() { made_elements = &made_; }
-  ~Create_And_Add() override { made_elements = nullptr; }
+  CreateAndAdd() { made_elements = &made_; }
+  ~CreateAndAdd() override { made_elements = nullptr; }
 
   GstElement *create(const std::string &factory, GstElement *bin, const std::string &name) {
     made_.clear();
@@ -380,7 +380,7 @@ private:
   std::vector<std::unique_ptr<Weak_Watch>> made_;
 };
 
-TEST_P(Create_And_Add, GivesABorrowedElementOfTheBin) {
+TEST_P(CreateAndAdd, ReturnsABorrowedElementOfTheBin) {
   const Element bin = make_element("bin");
   GstElement *const element = create("identity", bin.get(), "parser");
   EXPECT_EQ(name_of(element), "parser");
@@ -391,13 +391,13 @@ TEST_P(Create_And_Add, GivesABorrowedElementOfTheBin) {
   EXPECT_TRUE(is_child_of(element, bin));
 }
 
-TEST_P(Create_And_Add, TakesAPipelineToo) {
+TEST_P(CreateAndAdd, AcceptsAPipeline) {
   const Element pipeline = make_element("pipeline");
   GstElement *const element = create("identity", pipeline.get(), "parser");
   EXPECT_TRUE(is_child_of(element, pipeline));
 }
 
-TEST_P(Create_And_Add, LetsTheFrameworkChooseNames) {
+TEST_P(CreateAndAdd, LetsTheFrameworkChooseNames) {
   const Element bin = make_element("bin");
   const std::string first = name_of(create("fakesink", bin.get(), ""));
   const std::string second = name_of(create("fakesink", bin.get(), ""));
@@ -406,13 +406,13 @@ TEST_P(Create_And_Add, LetsTheFrameworkChooseNames) {
   EXPECT_EQ(child_count(bin), 2);
 }
 
-TEST_P(Create_And_Add, ThrowsForNull) {
+TEST_P(CreateAndAdd, ThrowsForNull) {
   expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
                [this] { create("identity", nullptr, "parser"); });
   EXPECT_TRUE(nothing_made());
 }
 
-TEST_P(Create_And_Add, ThrowsForWhatIsNoBin) {
+TEST_P(CreateAndAdd, ThrowsForAnObjectThatIsNotABin) {
   const Element no_bin = make_element("identity");
   const Expected_Log warning("invalid cast from 'GstIdentity' to 'GstBin'");
   expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
@@ -421,7 +421,7 @@ TEST_P(Create_And_Add, ThrowsForWhatIsNoBin) {
   EXPECT_EQ(reference_count(no_bin.get()), 1U);
 }
 
-TEST_P(Create_And_Add, ThrowsForAnUnknownFactory) {
+TEST_P(CreateAndAdd, ThrowsForAnUnknownFactory) {
   const Element bin = make_element("bin");
   expect_error(0x150C0, "Could not create nosuchfactory parser",
                [&] { create("nosuchfactory", bin.get(), "parser"); });
@@ -432,7 +432,7 @@ TEST_P(Create_And_Add, ThrowsForAnUnknownFactory) {
   EXPECT_EQ(reference_count(bin.get()), 1U);
 }
 
-TEST_P(Create_And_Add, LeavesNothingOfAnElementThatTheBinRefuses) {
+TEST_P(CreateAndAdd, DestroysAnElementThatTheBinRefuses) {
   const Element bin = make_bin_with("parser");
   expect_error(0x150E0, "Failed to add element parser () to bin.",
                [&] { create("fakesink", bin.get(), "parser"); });
@@ -441,7 +441,7 @@ TEST_P(Create_And_Add, LeavesNothingOfAnElementThatTheBinRefuses) {
   EXPECT_EQ(reference_count(bin.get()), 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, Create_And_Add,
+INSTANTIATE_TEST_SUITE_P(Names, CreateAndAdd,
                          testing::Values(&Media_Helper::create_and_add_element_to_bin,
                                          &Media_Helper::create_and_add_element_to_pipeline),
                          [](const auto &test) {

@@ -80,7 +80,7 @@ Element make_owned_tap(const char *name) {
   return Element(as_element(gst_object_ref_sink(make_tap(name))), false);
 }
 
-TEST(Set_State, ReturnsSuccess) {
+TEST(SetState, ReturnsSuccess) {
   const Stopped element("identity");
   EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_READY, "start"),
             GST_STATE_CHANGE_SUCCESS);
@@ -88,14 +88,14 @@ TEST(Set_State, ReturnsSuccess) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Set_State, ReturnsNoPrerollOfALiveSource) {
+TEST(SetState, ReturnsNoPrerollForALiveSource) {
   const Stopped source("fakesrc");
   g_object_set(source.get(), "is-live", TRUE, nullptr);
   EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, ""),
             GST_STATE_CHANGE_NO_PREROLL);
 }
 
-TEST(Set_State, ReturnsAsyncOfASinkThatPrerolls) {
+TEST(SetState, ReturnsAsyncForASinkThatPrerolls) {
   const Stopped sink("fakesink");
   EXPECT_EQ(Media_Helper::gst_element_set_state_or_throw(sink.get(), GST_STATE_PAUSED, ""),
             GST_STATE_CHANGE_ASYNC);
@@ -118,7 +118,7 @@ Element make_answering_element() {
   return Element(as_element(gst_object_ref_sink(g_object_new(type, nullptr))), false);
 }
 
-TEST(Set_State, ReturnsEveryOtherResultUnchanged) {
+TEST(SetState, ReturnsEveryOtherResultUnchanged) {
   const Element element = make_answering_element();
   for (const int result : {1, 2, 3, 4, 5, 1000000, std::numeric_limits<int>::max(), -1,
                            std::numeric_limits<int>::min()}) {
@@ -129,7 +129,7 @@ TEST(Set_State, ReturnsEveryOtherResultUnchanged) {
   }
 }
 
-TEST(Set_State, ThrowsWhenTheElementRefuses) {
+TEST(SetState, ThrowsIfTheElementRefuses) {
   const Stopped source("filesrc", "src0");
   expect_error(0x152E0,
                "Failed to set state GST_STATE_PLAYING on element src0 (), starting capture",
@@ -140,14 +140,14 @@ TEST(Set_State, ThrowsWhenTheElementRefuses) {
   EXPECT_EQ(reference_count(source.get()), 1U);
 }
 
-TEST(Set_State, LeavesOutAnEmptyContext) {
+TEST(SetState, OmitsAnEmptyContext) {
   const Stopped source("filesrc", "src0");
   expect_error(0x152E0, "Failed to set state GST_STATE_PAUSED on element src0 ()", [&source] {
     Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, "");
   });
 }
 
-TEST(Set_State, TakesTheContextAsItIs) {
+TEST(SetState, PrintsTheContextVerbatim) {
   const Stopped source("filesrc", "100% %s");
   expect_error(
       0x152E0, "Failed to set state GST_STATE_PAUSED on element 100% %s (),  %1% \"a\"", [&source] {
@@ -155,7 +155,7 @@ TEST(Set_State, TakesTheContextAsItIs) {
       });
 }
 
-TEST(Set_State, NamesTheState) {
+TEST(SetState, PrintsTheNameOfTheState) {
   const Element tap = make_owned_tap("tap");
   const std::pair<GstState, std::string> states[] = {{GST_STATE_READY, "GST_STATE_READY"},
                                                      {GST_STATE_PAUSED, "GST_STATE_PAUSED"},
@@ -167,7 +167,7 @@ TEST(Set_State, NamesTheState) {
 }
 
 // The file source reaches READY and fails to reach PAUSED. It remains in READY.
-TEST(Set_State, LeavesTheElementWhereTheFrameworkDid) {
+TEST(SetState, DoesNotResetTheElementAfterAFailure) {
   const Stopped source("filesrc", "src0");
   const Stopped twin("filesrc", "twin");
   expect_error(0x152E0, "Failed to set state GST_STATE_PLAYING on element src0 ()", [&source] {
@@ -178,13 +178,13 @@ TEST(Set_State, LeavesTheElementWhereTheFrameworkDid) {
   EXPECT_EQ(GST_STATE(source.get()), GST_STATE_READY);
 }
 
-TEST(Set_State, ChecksItsElement) {
+TEST(SetState, ChecksItsElement) {
   expect_element_checked("element", [](GstElement *element) {
     Media_Helper::gst_element_set_state_or_throw(element, GST_STATE_READY, "context");
   });
 }
 
-TEST(Sync_State_With_Parent, BringsTheElementToItsParentsState) {
+TEST(SyncStateWithParent, ChangesTheElementToTheStateOfItsParent) {
   const Stopped pipeline("pipeline");
   ASSERT_EQ(gst_element_set_state(pipeline.get(), GST_STATE_READY), GST_STATE_CHANGE_SUCCESS);
   const Element element = make_element("identity");
@@ -197,7 +197,7 @@ TEST(Sync_State_With_Parent, BringsTheElementToItsParentsState) {
   EXPECT_EQ(reference_count(pipeline.get()), 1U);
 }
 
-TEST(Sync_State_With_Parent, ThrowsWithoutAParent) {
+TEST(SyncStateWithParent, ThrowsWithoutAParent) {
   const Element element = make_element("identity", "parser");
   expect_error(0x150F0, "Failed to sync element parser () with parent.", [&element] {
     Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get());
@@ -205,7 +205,7 @@ TEST(Sync_State_With_Parent, ThrowsWithoutAParent) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Sync_State_With_Parent, ThrowsWhenTheElementCannotFollow) {
+TEST(SyncStateWithParent, ThrowsIfTheElementCannotChangeItsState) {
   const Stopped pipeline("pipeline");
   ASSERT_EQ(gst_element_set_state(pipeline.get(), GST_STATE_READY), GST_STATE_CHANGE_SUCCESS);
   const Element tap = make_owned_tap("tap");
@@ -217,14 +217,14 @@ TEST(Sync_State_With_Parent, ThrowsWhenTheElementCannotFollow) {
   EXPECT_EQ(reference_count(pipeline.get()), 1U);
 }
 
-TEST(Sync_State_With_Parent, ChecksItsElement) {
+TEST(SyncStateWithParent, ChecksItsElement) {
   expect_element_checked("element in gst_element_sync_state_with_parent_or_throw",
                          [](GstElement *element) {
                            Media_Helper::gst_element_sync_state_with_parent_or_throw(element);
                          });
 }
 
-TEST(Get_Bus, GivesANewReference) {
+TEST(GetBus, ReturnsANewReference) {
   const Element pipeline = make_element("pipeline");
   const Bus own(gst_pipeline_get_bus(GST_PIPELINE(pipeline.get())), false);
   const guint before = reference_count(own.get());
@@ -235,7 +235,7 @@ TEST(Get_Bus, GivesANewReference) {
   gst_object_unref(bus);
 }
 
-TEST(Get_Bus, GivesTheBusOfAnElementInAPipeline) {
+TEST(GetBus, ReturnsTheBusOfAnElementInAPipeline) {
   const Element pipeline = make_element("pipeline");
   const Element element = make_element("identity");
   gst_bin_add(GST_BIN_CAST(pipeline.get()), element.get());
@@ -245,20 +245,20 @@ TEST(Get_Bus, GivesTheBusOfAnElementInAPipeline) {
   EXPECT_EQ(bus, expected);
 }
 
-TEST(Get_Bus, ThrowsWithoutABus) {
+TEST(GetBus, ThrowsWithoutABus) {
   const Element element = make_element("identity", "100% %s");
   expect_error(0x151A0, "Could not retrieve pipeline bus for element \"100% %s\".",
                [&element] { Media_Helper::gst_element_get_bus_or_throw(element.get()); });
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Get_Bus, ChecksItsElement) {
+TEST(GetBus, ChecksItsElement) {
   expect_element_checked("element in gst_element_get_bus_or_throw", [](GstElement *element) {
     Media_Helper::gst_element_get_bus_or_throw(element);
   });
 }
 
-TEST(Create_Watch, GivesAnUnattachedSource) {
+TEST(CreateWatch, ReturnsAnUnattachedSource) {
   const Bus bus(gst_bus_new(), false);
   {
     const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
@@ -270,7 +270,7 @@ TEST(Create_Watch, GivesAnUnattachedSource) {
   EXPECT_EQ(reference_count(bus.get()), 1U);
 }
 
-TEST(Create_Watch, WatchesTheBus) {
+TEST(CreateWatch, WatchesTheBus) {
   const Bus bus(gst_bus_new(), false);
   const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
   const boost::intrusive_ptr<GMainContext> context(g_main_context_new(), false);
@@ -287,7 +287,7 @@ TEST(Create_Watch, WatchesTheBus) {
   g_source_destroy(watch.get());
 }
 
-TEST(Create_Watch, ThrowsForASecondWatch) {
+TEST(CreateWatch, ThrowsForASecondWatch) {
   if (framework_is_1_18()) GTEST_SKIP() << "GStreamer 1.18 adds a second watch to a bus";
   const Bus bus(gst_bus_new(), false);
   {
@@ -303,7 +303,7 @@ TEST(Create_Watch, ThrowsForASecondWatch) {
   EXPECT_EQ(watch->ref_count, 1U);
 }
 
-TEST(Create_Watch, ChecksItsBus) {
+TEST(CreateWatch, ChecksItsBus) {
   const std::string text = "bus in gst_bus_create_watch_or_throw is not a GstBus *.";
   const Element element = make_element("identity");
   expect_error(0x15190, text, [] { Media_Helper::gst_bus_create_watch_or_throw(nullptr); });
@@ -314,7 +314,7 @@ TEST(Create_Watch, ChecksItsBus) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Get_Parent, GivesANewReference) {
+TEST(GetParent, ReturnsANewReference) {
   const Element bin = make_element("bin");
   const Element element = make_element("identity");
   gst_bin_add(GST_BIN_CAST(bin.get()), element.get());
@@ -325,14 +325,14 @@ TEST(Get_Parent, GivesANewReference) {
   gst_object_unref(parent);
 }
 
-TEST(Get_Parent, ThrowsForATopLevelPipeline) {
+TEST(GetParent, ThrowsForATopLevelPipeline) {
   const Element pipeline = make_element("pipeline", "recording");
   expect_error(0x15110, "Failed to get parent for element recording ().",
                [&pipeline] { Media_Helper::gst_element_get_parent_or_throw(pipeline.get()); });
   EXPECT_EQ(reference_count(pipeline.get()), 1U);
 }
 
-TEST(Get_Parent, GivesAParentThatIsNoElementWithAWarning) {
+TEST(GetParent, ReturnsAParentThatIsNotAnElementWithAWarning) {
   const Element element = make_element("identity");
   const Bus parent(gst_bus_new(), false);
   ASSERT_TRUE(gst_object_set_parent(GST_OBJECT_CAST(element.get()), GST_OBJECT_CAST(parent.get())));
@@ -348,7 +348,7 @@ TEST(Get_Parent, GivesAParentThatIsNoElementWithAWarning) {
   gst_object_unparent(GST_OBJECT_CAST(element.get()));
 }
 
-TEST(Get_Parent, ChecksItsElement) {
+TEST(GetParent, ChecksItsElement) {
   expect_element_checked("element in gst_element_get_parent_or_throw", [](GstElement *element) {
     Media_Helper::gst_element_get_parent_or_throw(element);
   });
@@ -358,7 +358,7 @@ void count_pad(GstElement *, GstPad *, gpointer count) {
   ++*static_cast<int *>(count);
 }
 
-TEST(Signal_Connect, GivesTheHandlersId) {
+TEST(SignalConnect, ReturnsTheHandlerId) {
   const Element tee = make_element("tee");
   int count = 0;
   const gulong handler = Media_Helper::g_signal_connect_or_throw(tee.get(), "pad-added",
@@ -383,7 +383,7 @@ void count_change(GstElement *, GParamSpec *, gpointer data) {
   ++changes;
 }
 
-TEST(Signal_Connect, TakesADetailAndNoData) {
+TEST(SignalConnect, AcceptsADetailAndNoData) {
   changes = 0;
   const Element element = make_element("identity");
   EXPECT_NE(Media_Helper::g_signal_connect_or_throw(element.get(), "notify::silent",
@@ -400,7 +400,7 @@ void note_after(GstElement *, GstPad *, gpointer data) {
   static_cast<std::string *>(data)->append("after ");
 }
 
-TEST(Signal_Connect, RunsTheHandlerBeforeThoseThatComeAfter) {
+TEST(SignalConnect, RunsTheHandlerBeforeHandlersConnectedAfter) {
   const Element tee = make_element("tee");
   std::string order;
   g_signal_connect_after(tee.get(), "pad-added", G_CALLBACK(note_after), &order);
@@ -423,21 +423,21 @@ void expect_no_signal(const std::string &signal, const std::string &warning) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Signal_Connect, ThrowsForAMisspeltSignal) {
+TEST(SignalConnect, ThrowsForAMisspeltSignal) {
   expect_no_signal("pad-adeddd", "is invalid for instance");
   expect_no_signal("100%s", "is invalid for instance");
   expect_no_signal("", "is invalid for instance");
 }
 
-TEST(Signal_Connect, ThrowsForASignalOfAnotherClass) {
+TEST(SignalConnect, ThrowsForASignalOfAnotherClass) {
   expect_no_signal("new-sample", "is invalid for instance");
 }
 
-TEST(Signal_Connect, ThrowsForADetailThatTheSignalDoesNotTake) {
+TEST(SignalConnect, ThrowsForADetailThatTheSignalDoesNotSupport) {
   expect_no_signal("pad-added::src", "does not support detail");
 }
 
-TEST(Signal_Connect, ChecksItsElement) {
+TEST(SignalConnect, ChecksItsElement) {
   expect_element_checked("element", [](GstElement *element) {
     Media_Helper::g_signal_connect_or_throw(element, "pad-added", G_CALLBACK(count_pad), nullptr);
   });
@@ -445,7 +445,7 @@ TEST(Signal_Connect, ChecksItsElement) {
 
 // The parentheses in the messages contain the metadata with the key "name", not the long name.
 
-TEST(Element_Text, HoldsTheFactorysNameMetadata) {
+TEST(ElementText, ContainsTheNameMetadataOfTheFactory) {
   const Element tap = make_owned_tap("tap");
   expect_error(0x15110, "Failed to get parent for element tap (camera tap 100%).",
                [&tap] { Media_Helper::gst_element_get_parent_or_throw(tap.get()); });
@@ -459,7 +459,7 @@ TEST(Element_Text, HoldsTheFactorysNameMetadata) {
   EXPECT_EQ(reference_count(tap.get()), 1U);
 }
 
-TEST(Element_Text, HoldsTheFactorysNameMetadataOfARefusedElement) {
+TEST(ElementText, ContainsTheNameMetadataOfARefusedElement) {
   const Element bin = make_element("bin");
   gst_bin_add(GST_BIN_CAST(bin.get()), make_tap("tap"));
   GstElement *const refused = make_tap("tap");
@@ -516,14 +516,14 @@ void expect_whole_names_of_a_link(const std::string &name) {
                [&] { Media_Helper::link_pad_to_element_or_throw(pad, second.get()); });
 }
 
-TEST(Element_Text, HoldsWholeNamesByteForByte) {
+TEST(ElementText, ContainsNamesByteForByte) {
   for (const std::string &name : awkward_names) {
     expect_whole_name_of_an_element(name);
     expect_whole_names_of_a_link(name);
   }
 }
 
-TEST(Element_Text, IsEmptyWhereThereIsNoNameAndNoFactory) {
+TEST(ElementText, IsEmptyWithoutANameAndAFactory) {
   static const GType type =
       g_type_register_static_simple(GST_TYPE_BIN, "Nameless_Bin", sizeof(GstBinClass), nullptr,
                                     sizeof(GstBin), nullptr, GTypeFlags{});

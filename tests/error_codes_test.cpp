@@ -308,15 +308,15 @@ void expect_row(const Row &row) {
     expect_error(row.code, row.text, row.site);
 }
 
-class Error_Codes : public testing::TestWithParam<Row> {};
+class ErrorCodes : public testing::TestWithParam<Row> {};
 
-TEST_P(Error_Codes, ComeFromTheirSite) {
+TEST_P(ErrorCodes, AreThrownWithTheirMessage) {
   if (!framework_can_cause(GetParam().code)) GTEST_SKIP() << "GStreamer 1.18 does not cause it";
   expect_row(GetParam());
 }
 
 // The name contains the index of the row, which distinguishes two rows with the same operation.
-INSTANTIATE_TEST_SUITE_P(All, Error_Codes, testing::ValuesIn(rows), [](const auto &test) {
+INSTANTIATE_TEST_SUITE_P(All, ErrorCodes, testing::ValuesIn(rows), [](const auto &test) {
   std::string name;
   for (const char c : std::string(test.param.operation))
     name += g_ascii_isalnum(c) ? c : '_';
@@ -433,11 +433,11 @@ std::set<int> enumerated() {
   return numbers;
 }
 
-TEST(Error_Code_Numbers, AreFixed) {
+TEST(ErrorCodeNumbers, AreFixed) {
   EXPECT_EQ(enumerated().size(), 45U);
 }
 
-TEST(Error_Code_Numbers, EachIsSeenAtASite) {
+TEST(ErrorCodeNumbers, AreAllThrownInATest) {
   std::set<int> seen;
   for (const Row &row : rows)
     try {
@@ -474,7 +474,7 @@ private:
   std::locale previous_;
 };
 
-TEST(Error_Texts, DoNotChangeWithTheGlobalLocale) {
+TEST(ErrorTexts, DoNotDependOnTheGlobalLocale) {
   const Grouping_Locale locale;
   for (const Row &row : rows) {
     SCOPED_TRACE(row);
@@ -489,7 +489,7 @@ void link_chain(const std::vector<GstElement *> &elements, std::index_sequence<I
 }
 
 // The only number that the library formats in the text of a check.
-TEST(Error_Texts, CountWithoutGrouping) {
+TEST(ErrorTexts, PrintNumbersWithoutGrouping) {
   std::vector<Element> owners;
   std::vector<GstElement *> elements;
   for (int i = 0; i < 11; ++i)

@@ -203,50 +203,50 @@ T *sink_as(gpointer object) {
   return static_cast<T *>(gst_object_ref_sink(object));
 }
 
-TEST(Handles, CountSamples) {
+TEST(Handles, CountReferencesToSamples) {
   expect_mini_object_counted(gst_sample_new(nullptr, nullptr, nullptr, nullptr));
 }
 
-TEST(Handles, CountCaps) {
+TEST(Handles, CountReferencesToCaps) {
   expect_mini_object_counted(gst_caps_new_empty_simple("video/x-raw"));
 }
 
-TEST(Handles, CountMessages) {
+TEST(Handles, CountReferencesToMessages) {
   expect_mini_object_counted(gst_message_new_eos(nullptr));
 }
 
-TEST(Handles, CountPads) {
+TEST(Handles, CountReferencesToPads) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstPad>(gst_pad_new("src", GST_PAD_SRC)));
 }
 
-TEST(Handles, CountElements) {
+TEST(Handles, CountReferencesToElements) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstElement>(gst_element_factory_make("identity", nullptr)));
 }
 
-TEST(Handles, CountAppSinks) {
+TEST(Handles, CountReferencesToAppSinks) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstAppSink>(gst_element_factory_make("appsink", nullptr)));
 }
 
-TEST(Handles, CountBuses) {
+TEST(Handles, CountReferencesToBuses) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_bus_new());
 }
 
-TEST(Handles, CountRtspServers) {
+TEST(Handles, CountReferencesToRtspServers) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_rtsp_server_new());
 }
 
-TEST(Handles, CountRtspMediaFactories) {
+TEST(Handles, CountReferencesToRtspMediaFactories) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_media_factory_new());
 }
 
-TEST(Handles, CountRtspAuths) {
+TEST(Handles, CountReferencesToRtspAuths) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_auth_new());
 }
 
-TEST(Handles, CountRtspMountPoints) {
+TEST(Handles, CountReferencesToRtspMountPoints) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_mount_points_new());
 }
 
@@ -266,7 +266,7 @@ void leave_source_to(GMainContext *context) {
   g_source_unref(source);
 }
 
-TEST(Handles, CountSources) {
+TEST(Handles, CountReferencesToSources) {
   {
     const boost::intrusive_ptr<GSource> owner(make_source(), false);
     expect_counted_by("g_source_ref", "g_source_unref", owner.get());
@@ -275,7 +275,7 @@ TEST(Handles, CountSources) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, CountMainContexts) {
+TEST(Handles, CountReferencesToMainContexts) {
   {
     const boost::intrusive_ptr<GMainContext> owner(g_main_context_new(), false);
     leave_source_to(owner.get());
@@ -285,7 +285,7 @@ TEST(Handles, CountMainContexts) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, CountMainLoops) {
+TEST(Handles, CountReferencesToMainLoops) {
   {
     GMainContext *const context = g_main_context_new();
     leave_source_to(context);
@@ -297,7 +297,7 @@ TEST(Handles, CountMainLoops) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, TakeTheirReferenceToAnotherThread) {
+TEST(Handles, MoveTheirReferenceToAnotherThread) {
   Element element = make_element("identity");
   const Weak_Watch watch(element.get());
   std::thread([moved = std::move(element)]() mutable {
@@ -368,7 +368,7 @@ static_assert(std::is_same_v<Scope_Exit_Guard, boost::scope_exit::aux::guard<voi
 // An exception from arm() would leak the resource that the guard was to release.
 static_assert(noexcept(arm(std::declval<Scope_Exit_Guard &>(), std::declval<void (*)()>())));
 
-TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
+TEST(ScopeExitGuard, RunsItsActionOnceAtTheEndOfItsScope) {
   int runs = 0;
   {
     Scope_Exit_Guard guard;
@@ -378,7 +378,7 @@ TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(Scope_Exit_Guard, RunsItsActionOnAThrow) {
+TEST(ScopeExitGuard, RunsItsActionOnAThrow) {
   int runs = 0;
   try {
     Scope_Exit_Guard guard;
@@ -390,7 +390,7 @@ TEST(Scope_Exit_Guard, RunsItsActionOnAThrow) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(Scope_Exit_Guard, RunsItsActionOnAnEarlyReturn) {
+TEST(ScopeExitGuard, RunsItsActionOnAnEarlyReturn) {
   int runs = 0;
   const auto leave = [&runs] {
     Scope_Exit_Guard guard;
@@ -401,7 +401,7 @@ TEST(Scope_Exit_Guard, RunsItsActionOnAnEarlyReturn) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(Scope_Exit_Guard, RunsInReverseOrder) {
+TEST(ScopeExitGuard, RunsInReverseOrder) {
   std::string order;
   {
     Scope_Exit_Guard first;
@@ -412,7 +412,7 @@ TEST(Scope_Exit_Guard, RunsInReverseOrder) {
   EXPECT_EQ(order, "second first");
 }
 
-TEST(Scope_Exit_Guard, DoesNothingWhenNotArmed) {
+TEST(ScopeExitGuard, DoesNothingIfNotArmed) {
   bool left = false;
   {
     const Scope_Exit_Guard unarmed;
@@ -421,7 +421,7 @@ TEST(Scope_Exit_Guard, DoesNothingWhenNotArmed) {
   EXPECT_TRUE(left);
 }
 
-TEST(Scope_Exit_Guard, RunsTheLastActionOnly) {
+TEST(ScopeExitGuard, RunsOnlyTheLastAction) {
   std::string ran;
   {
     Scope_Exit_Guard guard;
@@ -431,7 +431,7 @@ TEST(Scope_Exit_Guard, RunsTheLastActionOnly) {
   EXPECT_EQ(ran, "second");
 }
 
-TEST(Scope_Exit_Guard, GivesBackWhatTheScopeTook) {
+TEST(ScopeExitGuard, ReleasesWhatTheScopeAcquired) {
   const Element element = make_element("identity");
   GstElement *const taken = GST_ELEMENT_CAST(gst_object_ref(element.get()));
   {
@@ -451,7 +451,7 @@ void leave_scope_by_throwing_action() {
   }
 }
 
-TEST(Scope_Exit_Guard_Death_Test, EndsTheProgramWhenItsActionThrows) {
+TEST(ScopeExitGuardDeathTest, EndsTheProgramIfItsActionThrows) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   EXPECT_DEATH(leave_scope_by_throwing_action(), "out of the action");
 }

@@ -175,7 +175,7 @@ std::string name_of(const Caps &caps) {
 
 const std::vector<std::string> in_order = {"found", "discoverer"};
 
-TEST(Media_Discovery, finds_video_and_audio) {
+TEST(GetMediaInfo, FindsVideoAndAudio) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   const std::string uri = folder.uri("camera.mkv");
@@ -195,7 +195,7 @@ TEST(Media_Discovery, finds_video_and_audio) {
   EXPECT_EQ(field_of(info->audio_caps[0], "channels"), "1");
 }
 
-TEST(Media_Discovery, keeps_the_order_of_the_streams) {
+TEST(GetMediaInfo, KeepsTheOrderOfTheStreams) {
   const Media_Folder folder;
   folder.record_two_videos("two.mkv");
   Discovery_Watch watch;
@@ -207,7 +207,7 @@ TEST(Media_Discovery, keeps_the_order_of_the_streams) {
   EXPECT_TRUE(info->audio_caps.empty());
 }
 
-TEST(Media_Discovery, finds_audio_alone) {
+TEST(GetMediaInfo, FindsAudioAlone) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const auto info = Media_Helper::get_media_info(folder.uri("audio.mka"), patience);
@@ -218,7 +218,7 @@ TEST(Media_Discovery, finds_audio_alone) {
 }
 
 // An image is a video with one picture. Its duration depends on the discoverer.
-TEST(Media_Discovery, finds_an_image) {
+TEST(GetMediaInfo, FindsAnImage) {
   const Media_Folder folder;
   folder.record_image("image.png");
   Discovery_Watch watch;
@@ -231,7 +231,7 @@ TEST(Media_Discovery, finds_an_image) {
 }
 
 // The header of a truncated recording describes the complete recording.
-TEST(Media_Discovery, finds_what_the_head_of_a_cut_off_recording_tells) {
+TEST(GetMediaInfo, FindsTheStreamsInTheHeaderOfATruncatedFile) {
   const Media_Folder folder;
   folder.record_video_and_audio("whole.mkv");
   const std::string whole = folder.read("whole.mkv");
@@ -254,7 +254,7 @@ void expect_failure(const std::string &uri, const std::string &text) {
   EXPECT_EQ(watch.dropped, in_order);
 }
 
-TEST(Media_Discovery, fails_without_media) {
+TEST(GetMediaInfo, FailsWithoutMedia) {
   const Media_Folder folder;
   folder.write("text.txt", "One line of text.\n");
   folder.write("empty.mkv", "");
@@ -262,7 +262,7 @@ TEST(Media_Discovery, fails_without_media) {
     expect_failure(folder.uri(file), "Discoverer returned error: GST_DISCOVERER_ERROR");
 }
 
-TEST(Media_Discovery, makes_no_uri_of_a_path) {
+TEST(GetMediaInfo, DoesNotConvertAPathToAUri) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   for (const std::string &path :
@@ -271,7 +271,7 @@ TEST(Media_Discovery, makes_no_uri_of_a_path) {
 }
 
 // URIs in a form that the framework would not produce.
-TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
+TEST(GetMediaInfo, KeepsTheUriByteForByte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const std::string plain = folder.uri("audio.mka");
@@ -286,7 +286,7 @@ TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
 }
 
 // The discoverer reads up to the first null byte, but the record contains the URI of the caller.
-TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
+TEST(GetMediaInfo, KeepsTheUriAfterANullByte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const std::string plain = folder.uri("audio.mka");
@@ -296,7 +296,7 @@ TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
   EXPECT_EQ(watch.uris, std::vector<std::string>{plain});
 }
 
-TEST(Media_Discovery, asks_for_no_detailed_error) {
+TEST(GetMediaInfo, DoesNotRequestADetailedError) {
   Discovery_Watch watch;
   expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR",
                [] { Media_Helper::get_media_info("file:///nonexistent.mkv", patience); });
@@ -304,7 +304,7 @@ TEST(Media_Discovery, asks_for_no_detailed_error) {
   EXPECT_FALSE(watch.error_wanted);
 }
 
-TEST(Media_Discovery, asks_for_the_videos_first_and_frees_both_lists) {
+TEST(GetMediaInfo, RequestsTheVideosFirstAndFreesBothLists) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   Discovery_Watch watch;
@@ -313,17 +313,17 @@ TEST(Media_Discovery, asks_for_the_videos_first_and_frees_both_lists) {
   EXPECT_EQ(watch.lists, std::vector<GList *>{});
 }
 
-TEST(Media_Discovery, fails_for_an_empty_uri) {
+TEST(GetMediaInfo, FailsForAnEmptyUri) {
   expect_failure("", "Discoverer returned error: GST_DISCOVERER_ERROR");
 }
 
-TEST(Media_Discovery, fails_for_a_scheme_that_nobody_handles) {
+TEST(GetMediaInfo, FailsForAnUnknownScheme) {
   expect_failure("nosuchscheme://camera/1",
                  "Discoverer returned error: GST_DISCOVERER_MISSING_PLUGINS");
 }
 
 // Nothing feeds this source.
-TEST(Media_Discovery, times_out) {
+TEST(GetMediaInfo, TimesOut) {
   Discovery_Watch watch;
   expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_TIMEOUT",
                [] { Media_Helper::get_media_info("appsrc://", GST_SECOND); });
@@ -331,7 +331,7 @@ TEST(Media_Discovery, times_out) {
   EXPECT_EQ(watch.dropped, in_order);
 }
 
-TEST(Media_Discovery, hands_the_timeout_on) {
+TEST(GetMediaInfo, PassesTheTimeoutOn) {
   for (const GstClockTime timeout : {1000000000ULL, 1234567890ULL, 3600000000000ULL}) {
     Discovery_Watch watch;
     EXPECT_THROW(Media_Helper::get_media_info("", timeout), std::runtime_error);
@@ -362,7 +362,7 @@ private:
 };
 
 // The discoverer may log a critical, refuse to wait, or wait for any time.
-TEST(Media_Discovery, hands_a_timeout_of_0_on) {
+TEST(GetMediaInfo, PassesATimeoutOfZeroOn) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   Object_Log log;
@@ -390,7 +390,7 @@ TEST(Media_Discovery, hands_a_timeout_of_0_on) {
   }
 }
 
-TEST(Media_Discovery, fails_without_a_discoverer) {
+TEST(GetMediaInfo, FailsWithoutADiscoverer) {
   if (framework_is_1_18())
     GTEST_SKIP() << "GStreamer 1.18 makes a discoverer for a timeout that is none";
   const Expected_Log log("gst_discoverer_new");
@@ -401,7 +401,7 @@ TEST(Media_Discovery, fails_without_a_discoverer) {
   EXPECT_TRUE(watch.uris.empty());
 }
 
-TEST(Media_Discovery, fails_when_the_discoverer_answers_nothing) {
+TEST(GetMediaInfo, FailsIfTheDiscovererReturnsNothing) {
   Discovery_Watch watch;
   watch.find_nothing = true;
   expect_error(0x152B0, "Error discovering media in get_media_info",
@@ -431,7 +431,7 @@ const Result_Row results[] = {
 };
 // clang-format on
 
-TEST(Media_Discovery_Result, has_its_name) {
+TEST(DiscovererResultText, IsTheNameOfTheResult) {
   for (const Result_Row &row : results)
     EXPECT_EQ(
         Media_Helper::gst_discoverer_result_to_string(static_cast<GstDiscovererResult>(row.result)),
@@ -439,7 +439,7 @@ TEST(Media_Discovery_Result, has_its_name) {
         << row.result;
 }
 
-TEST(Media_Discovery_Result, is_named_by_the_error) {
+TEST(DiscovererResultText, IsPartOfTheError) {
   for (const Result_Row &row : results) {
     if (row.result == 0) continue;
     Discovery_Watch watch;
@@ -453,7 +453,7 @@ TEST(Media_Discovery_Result, is_named_by_the_error) {
 
 // The framework's result for the beginning of a recording varies. The library returns either a
 // complete record or the corresponding error.
-TEST(Media_Discovery, answers_for_a_broken_file_as_the_discoverer_does) {
+TEST(GetMediaInfo, ReturnsTheResultOfTheDiscovererForABrokenFile) {
   const Media_Folder folder;
   folder.record_video_and_audio("whole.mkv");
   const std::string whole = folder.read("whole.mkv");
@@ -485,7 +485,7 @@ TEST(Media_Discovery, answers_for_a_broken_file_as_the_discoverer_does) {
   }
 }
 
-TEST(Media_Discovery, leaves_out_streams_without_caps) {
+TEST(GetMediaInfo, OmitsStreamsWithoutCaps) {
   const Media_Folder folder;
   folder.record_two_videos("two.mkv");
   Discovery_Watch watch;
@@ -497,7 +497,7 @@ TEST(Media_Discovery, leaves_out_streams_without_caps) {
   EXPECT_EQ(info->video_caps, std::vector<Caps>{streams[1]});
 }
 
-TEST(Media_Discovery, drops_what_was_found_before_the_discoverer) {
+TEST(GetMediaInfo, ReleasesTheResultBeforeTheDiscoverer) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   Discovery_Watch watch;
@@ -506,7 +506,7 @@ TEST(Media_Discovery, drops_what_was_found_before_the_discoverer) {
 }
 
 // The record owns one reference to each caps, whatever other references exist.
-TEST(Media_Discovery, gives_one_reference_of_each_caps) {
+TEST(GetMediaInfo, ReturnsOneReferenceToEachCaps) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   Discovery_Watch watch;
@@ -521,7 +521,7 @@ TEST(Media_Discovery, gives_one_reference_of_each_caps) {
     EXPECT_EQ(reference_count(held[i].get()), before[i] - 1);
 }
 
-TEST(Media_Discovery, gives_caps_that_end_with_the_record) {
+TEST(GetMediaInfo, ReturnsCapsThatAreReleasedWithTheRecord) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   auto info = Media_Helper::get_media_info(folder.uri("camera.mkv"), patience);
@@ -538,7 +538,7 @@ TEST(Media_Discovery, gives_caps_that_end_with_the_record) {
   EXPECT_EQ(gone, 2);
 }
 
-TEST(Media_Info_Record, has_its_members_in_order) {
+TEST(MediaInfo, HasItsMembersInOrder) {
   const Media_Info info;
   const auto &[uri, duration, video_caps, audio_caps] = info;
   EXPECT_EQ(&uri, &info.uri);
@@ -547,7 +547,7 @@ TEST(Media_Info_Record, has_its_members_in_order) {
   EXPECT_EQ(&audio_caps, &info.audio_caps);
 }
 
-TEST(Media_Info_Record, is_empty_when_new) {
+TEST(MediaInfo, IsEmptyWhenNew) {
   const Media_Info info;
   EXPECT_EQ(info.uri, "");
   EXPECT_EQ(info.duration, 0U);
@@ -555,7 +555,7 @@ TEST(Media_Info_Record, is_empty_when_new) {
   EXPECT_TRUE(info.audio_caps.empty());
 }
 
-TEST(Media_Discovery, runs_on_several_threads_at_once) {
+TEST(GetMediaInfo, RunsOnSeveralThreadsAtOnce) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   folder.record_two_videos("two.mkv");

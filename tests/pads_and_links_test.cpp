@@ -88,10 +88,10 @@ struct Pad_Script {
 };
 Pad_Script *script = nullptr;
 
-class Get_Element_Pads : public testing::Test {
+class GetElementPads : public testing::Test {
 protected:
-  Get_Element_Pads() { script = &script_; }
-  ~Get_Element_Pads() override { script = nullptr; }
+  GetElementPads() { script = &script_; }
+  ~GetElementPads() override { script = nullptr; }
 
   Pad_Script script_;
 };
@@ -141,7 +141,7 @@ GstIterator *iterate_while_changing(GstElement *element) {
   return iterator;
 }
 
-TEST_F(Get_Element_Pads, ReportsABadElement) {
+TEST_F(GetElementPads, ReportsABadElement) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
   const std::string text = "element in get_element_pads_with_iterator is not a GstElement *.";
   for (GstElement *const bad : {END, as_element(pad)}) {
@@ -153,7 +153,7 @@ TEST_F(Get_Element_Pads, ReportsABadElement) {
   EXPECT_EQ(reference_count(pad.get()), 1u);
 }
 
-TEST_F(Get_Element_Pads, GivesNothingForADirectionWithoutPads) {
+TEST_F(GetElementPads, ReturnsNothingForADirectionWithoutPads) {
   const Element source = make_element("fakesrc");
   const Element sink = make_element("fakesink");
   const Element tee = make_element("tee");
@@ -164,7 +164,7 @@ TEST_F(Get_Element_Pads, GivesNothingForADirectionWithoutPads) {
   EXPECT_EQ(reference_counts({source.get(), sink.get(), tee.get()}), before);
 }
 
-TEST_F(Get_Element_Pads, FreesTheIteratorOfAnElementWithoutPads) {
+TEST_F(GetElementPads, FreesTheIteratorOfAnElementWithoutPads) {
   const Element element = make_bare_element("bare");
   EXPECT_TRUE(Media_Helper::get_element_pads(element.get(), iterate_script).empty());
   EXPECT_EQ(script_.asked_of, element.get());
@@ -172,7 +172,7 @@ TEST_F(Get_Element_Pads, FreesTheIteratorOfAnElementWithoutPads) {
   EXPECT_EQ(script_.iterators_freed, 1);
 }
 
-TEST_F(Get_Element_Pads, SeparatesTheDirections) {
+TEST_F(GetElementPads, SeparatesTheDirections) {
   const Element tee = make_element("tee");
   const Pad first = request_pad(tee.get(), "src_%u");
   const Pad second = request_pad(tee.get(), "src_%u");
@@ -181,7 +181,7 @@ TEST_F(Get_Element_Pads, SeparatesTheDirections) {
   EXPECT_EQ(Media_Helper::get_element_sink_pads(tee.get()), Pad_List{static_pad(tee, "sink")});
 }
 
-TEST_F(Get_Element_Pads, KeepsTheOrderOfTheIterator) {
+TEST_F(GetElementPads, KeepsTheOrderOfTheIterator) {
   const Element element = make_bare_element("bare");
   for (const char *const name : {"zulu", "alpha", "mike", "bravo"})
     add_pad(element, make_pad(name, GST_PAD_SINK));
@@ -189,7 +189,7 @@ TEST_F(Get_Element_Pads, KeepsTheOrderOfTheIterator) {
             (Names{"zulu", "alpha", "mike", "bravo"}));
 }
 
-TEST_F(Get_Element_Pads, TakesAnySourceOfIterators) {
+TEST_F(GetElementPads, AcceptsAnyIteratorFunction) {
   const Element queue = make_element("queue");
   Pad_List pads = Media_Helper::get_element_pads(queue.get(), gst_element_iterate_pads);
   Names all = names(pads);
@@ -197,7 +197,7 @@ TEST_F(Get_Element_Pads, TakesAnySourceOfIterators) {
   EXPECT_EQ(all, (Names{"sink", "src"}));
 }
 
-TEST_F(Get_Element_Pads, ListsGhostPads) {
+TEST_F(GetElementPads, ListsGhostPads) {
   const Element bin = make_bin("bin");
   const Element sink = make_element("fakesink");
   add_to_bin(bin, sink);
@@ -207,7 +207,7 @@ TEST_F(Get_Element_Pads, ListsGhostPads) {
   EXPECT_TRUE(Media_Helper::get_element_src_pads(bin.get()).empty());
 }
 
-TEST_F(Get_Element_Pads, RemovesNoDuplicatesAndSortsNothing) {
+TEST_F(GetElementPads, NeitherRemovesDuplicatesNorSorts) {
   const Element element = make_bare_element("bare");
   const Pad first = add_pad(element, make_pad("first", GST_PAD_SRC));
   const Pad second = add_pad(element, make_pad("second", GST_PAD_SINK));
@@ -223,7 +223,7 @@ TEST_F(Get_Element_Pads, RemovesNoDuplicatesAndSortsNothing) {
   EXPECT_EQ(reference_counts({element.get(), first.get(), second.get()}), before);
 }
 
-TEST_F(Get_Element_Pads, HoldsOneReferenceAnEntry) {
+TEST_F(GetElementPads, HoldsOneReferencePerEntry) {
   const Element tee = make_element("tee");
   const Pad first = request_pad(tee.get(), "src_%u");
   const Pad second = request_pad(tee.get(), "src_%u");
@@ -240,7 +240,7 @@ TEST_F(Get_Element_Pads, HoldsOneReferenceAnEntry) {
   EXPECT_EQ(reference_counts({tee.get(), first.get(), second.get()}), before);
 }
 
-TEST_F(Get_Element_Pads, KeepsThePadsAliveWhenTheElementIsGone) {
+TEST_F(GetElementPads, KeepsThePadsAliveAfterTheElementIsDestroyed) {
   Element queue = make_element("queue");
   const Weak_Watch queue_watch(queue.get());
   Pad_List pads = Media_Helper::get_element_sink_pads(queue.get());
@@ -258,7 +258,7 @@ TEST_F(Get_Element_Pads, KeepsThePadsAliveWhenTheElementIsGone) {
   EXPECT_TRUE(pad_watch.gone());
 }
 
-TEST_F(Get_Element_Pads, KeepsThePadsThatTheElementHasGivenUp) {
+TEST_F(GetElementPads, KeepsThePadsThatTheElementHasReleased) {
   const Element tee = make_element("tee");
   Pad branch = request_pad(tee.get(), "src_%u");
   Pad_List pads = Media_Helper::get_element_src_pads(tee.get());
@@ -280,7 +280,7 @@ void release_branch(GstElement *tee) {
   if (branch) gst_element_release_request_pad(tee, branch.get());
 }
 
-TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadCame) {
+TEST_F(GetElementPads, KeepsThePadsListedBeforeAPadIsAdded) {
   const Element tee = make_element("tee");
   const Pad first = request_pad(tee.get(), "src_%u");
   const Pad second = request_pad(tee.get(), "src_%u");
@@ -291,7 +291,7 @@ TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadCame) {
   EXPECT_EQ(reference_counts({tee.get(), first.get(), second.get()}), before);
 }
 
-TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadWent) {
+TEST_F(GetElementPads, KeepsThePadsListedBeforeAPadIsRemoved) {
   const Element tee = make_element("tee");
   const Pad first = request_pad(tee.get(), "src_%u");
   const Pad second = request_pad(tee.get(), "src_%u");
@@ -301,7 +301,7 @@ TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeAPadWent) {
   EXPECT_EQ(reference_count(second.get()), 1u);
 }
 
-TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeTheIteratorFailed) {
+TEST_F(GetElementPads, KeepsThePadsListedBeforeTheIteratorFails) {
   const Element element = make_bare_element("bare");
   const Pad pad = add_pad(element, make_pad("src", GST_PAD_SRC));
   script_.pads = {pad.get()};
@@ -317,7 +317,7 @@ TEST_F(Get_Element_Pads, KeepsWhatItSawBeforeTheIteratorFailed) {
 // --- Quiet links
 
 // A source pad and an element that are compatible, both without a parent.
-class Quiet_Link : public testing::Test {
+class UncheckedLink : public testing::Test {
 protected:
   const Element source_ = make_element("fakesrc");
   const Element sink_ = make_element("fakesink");
@@ -330,19 +330,19 @@ protected:
   const std::vector<guint> counts_before_ = counts();
 };
 
-TEST_F(Quiet_Link, LinksAPadToAnElement) {
+TEST_F(UncheckedLink, LinksAPadToAnElement) {
   EXPECT_TRUE(Media_Helper::link_pad_to_element(src_pad_.get(), sink_.get()));
   EXPECT_TRUE(linked(src_pad_, sink_pad_));
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, LinksAnElementToAPad) {
+TEST_F(UncheckedLink, LinksAnElementToAPad) {
   EXPECT_TRUE(Media_Helper::link_element_to_pad(source_.get(), sink_pad_.get()));
   EXPECT_TRUE(linked(src_pad_, sink_pad_));
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, UnlinksAPadFromAnElement) {
+TEST_F(UncheckedLink, UnlinksAPadFromAnElement) {
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   EXPECT_TRUE(Media_Helper::unlink_pad_from_element(src_pad_.get(), sink_.get()));
   EXPECT_TRUE(unlinked(src_pad_));
@@ -350,7 +350,7 @@ TEST_F(Quiet_Link, UnlinksAPadFromAnElement) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, AnswersFalseToNull) {
+TEST_F(UncheckedLink, ReturnsFalseForNull) {
   EXPECT_FALSE(Media_Helper::link_pad_to_element(nullptr, sink_.get()));
   EXPECT_FALSE(Media_Helper::link_pad_to_element(src_pad_.get(), nullptr));
   EXPECT_FALSE(Media_Helper::link_pad_to_element(nullptr, nullptr));
@@ -368,7 +368,7 @@ TEST_F(Quiet_Link, AnswersFalseToNull) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, AnswersFalseToAnElementWithoutThePad) {
+TEST_F(UncheckedLink, ReturnsFalseForAnElementWithoutThePad) {
   EXPECT_FALSE(Media_Helper::link_pad_to_element(src_pad_.get(), source_.get()));
   EXPECT_FALSE(Media_Helper::unlink_pad_from_element(src_pad_.get(), source_.get()));
   EXPECT_FALSE(Media_Helper::link_element_to_pad(sink_.get(), sink_pad_.get()));
@@ -377,7 +377,7 @@ TEST_F(Quiet_Link, AnswersFalseToAnElementWithoutThePad) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, AnswersFalseToFormatsThatDoNotFit) {
+TEST_F(UncheckedLink, ReturnsFalseForIncompatibleFormats) {
   const Element video = make_element("videotestsrc");
   const Element audio = make_element("audioconvert");
   const Pad video_pad = static_pad(video, "src");
@@ -391,7 +391,7 @@ TEST_F(Quiet_Link, AnswersFalseToFormatsThatDoNotFit) {
   EXPECT_EQ(reference_counts({video.get(), audio.get(), video_pad.get()}), before);
 }
 
-TEST_F(Quiet_Link, AnswersFalseToAPadThatIsLinkedAlready) {
+TEST_F(UncheckedLink, ReturnsFalseForALinkedPad) {
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   EXPECT_FALSE(Media_Helper::link_pad_to_element(src_pad_.get(), sink_.get()));
   EXPECT_FALSE(Media_Helper::link_element_to_pad(source_.get(), sink_pad_.get()));
@@ -399,7 +399,7 @@ TEST_F(Quiet_Link, AnswersFalseToAPadThatIsLinkedAlready) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, AnswersFalseToPadsOfTheWrongDirection) {
+TEST_F(UncheckedLink, ReturnsFalseForPadsOfTheWrongDirection) {
   const Expected_Log log("gst_pad_link_full: assertion");
   EXPECT_FALSE(Media_Helper::link_pad_to_element(sink_pad_.get(), sink_.get()));
   EXPECT_FALSE(Media_Helper::link_element_to_pad(source_.get(), src_pad_.get()));
@@ -407,7 +407,7 @@ TEST_F(Quiet_Link, AnswersFalseToPadsOfTheWrongDirection) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, LeavesAPadOfTheWrongTypeToTheFramework) {
+TEST_F(UncheckedLink, LeavesAPadOfTheWrongTypeToTheFramework) {
   const Expected_Log log("assertion 'GST_IS_PAD (");
   EXPECT_FALSE(Media_Helper::link_pad_to_element(as_pad(source_), sink_.get()));
   EXPECT_FALSE(Media_Helper::unlink_pad_from_element(as_pad(source_), sink_.get()));
@@ -416,7 +416,7 @@ TEST_F(Quiet_Link, LeavesAPadOfTheWrongTypeToTheFramework) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, LeavesAnElementOfTheWrongTypeToTheFramework) {
+TEST_F(UncheckedLink, LeavesAnElementOfTheWrongTypeToTheFramework) {
   const Expected_Log log("gst_element_get_static_pad: assertion 'GST_IS_ELEMENT (element)' failed");
   EXPECT_FALSE(Media_Helper::link_pad_to_element(src_pad_.get(), as_element(sink_pad_)));
   EXPECT_FALSE(Media_Helper::unlink_pad_from_element(src_pad_.get(), as_element(sink_pad_)));
@@ -425,12 +425,12 @@ TEST_F(Quiet_Link, LeavesAnElementOfTheWrongTypeToTheFramework) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, DoesNotUnlinkWhatIsNotLinked) {
+TEST_F(UncheckedLink, DoesNotUnlinkAPadThatIsNotLinked) {
   EXPECT_FALSE(Media_Helper::unlink_pad_from_element(src_pad_.get(), sink_.get()));
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Quiet_Link, DoesNotUnlinkFromAnotherElement) {
+TEST_F(UncheckedLink, DoesNotUnlinkFromAnotherElement) {
   const Element other = make_element("fakesink");
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   EXPECT_FALSE(Media_Helper::unlink_pad_from_element(src_pad_.get(), other.get()));
@@ -440,21 +440,21 @@ TEST_F(Quiet_Link, DoesNotUnlinkFromAnotherElement) {
 
 // --- Checked links
 
-class Checked_Link : public Quiet_Link {
+class LinkPadToElementOrThrow : public UncheckedLink {
 protected:
-  Checked_Link() {
+  LinkPadToElementOrThrow() {
     gst_object_set_name(GST_OBJECT(source_.get()), "camera");
     gst_object_set_name(GST_OBJECT(sink_.get()), "recorder");
   }
 };
 
-TEST_F(Checked_Link, LinksAPadToAnElement) {
+TEST_F(LinkPadToElementOrThrow, LinksAPadToAnElement) {
   Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), sink_.get());
   EXPECT_TRUE(linked(src_pad_, sink_pad_));
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, LooksAtTheElementBeforeThePad) {
+TEST_F(LinkPadToElementOrThrow, ChecksTheElementBeforeThePad) {
   const std::string text = "sink element specified for linking to src_pad in "
                            "link_pad_to_element_or_throw is not a GstElement *.";
   for (GstElement *const bad : {END, as_element(sink_pad_)}) {
@@ -465,7 +465,7 @@ TEST_F(Checked_Link, LooksAtTheElementBeforeThePad) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, ReportsABadPad) {
+TEST_F(LinkPadToElementOrThrow, ReportsABadPad) {
   for (GstPad *const bad : {static_cast<GstPad *>(nullptr), as_pad(source_)})
     expect_error(0x15170, "src_pad in link_pad_to_element is not a GstPad *.",
                  [&] { Media_Helper::link_pad_to_element_or_throw(bad, sink_.get()); });
@@ -475,13 +475,13 @@ TEST_F(Checked_Link, ReportsABadPad) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, ReportsAnElementWithoutASinkPad) {
+TEST_F(LinkPadToElementOrThrow, ReportsAnElementWithoutASinkPad) {
   expect_error(0x15100, "Failed to get static pad \"sink\" for element camera ().",
                [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), source_.get()); });
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, ReportsPadsWithoutACommonGrandparent) {
+TEST_F(LinkPadToElementOrThrow, ReportsPadsWithoutACommonGrandparent) {
   const Element first = make_bin("first");
   const Element second = make_bin("second");
   add_to_bin(first, source_);
@@ -495,7 +495,7 @@ TEST_F(Checked_Link, ReportsPadsWithoutACommonGrandparent) {
   EXPECT_EQ(counts(), before);
 }
 
-TEST_F(Checked_Link, ReportsALinkedPad) {
+TEST_F(LinkPadToElementOrThrow, ReportsALinkedPad) {
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   expect_error(0x150B0,
                "Failed to link \"src\" pad from element \"camera\" with \"sink\" pad from element "
@@ -505,7 +505,7 @@ TEST_F(Checked_Link, ReportsALinkedPad) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, ReportsAPadOfTheWrongDirection) {
+TEST_F(LinkPadToElementOrThrow, ReportsAPadOfTheWrongDirection) {
   const Expected_Log log("gst_pad_link_full: assertion 'GST_PAD_IS_SRC (srcpad)' failed");
   expect_error(0x150B0,
                "Failed to link \"sink\" pad from element \"recorder\" with \"sink\" pad from "
@@ -514,7 +514,7 @@ TEST_F(Checked_Link, ReportsAPadOfTheWrongDirection) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Checked_Link, ReportsFormatsThatDoNotFit) {
+TEST_F(LinkPadToElementOrThrow, ReportsIncompatibleFormats) {
   const Element element = make_bare_element("listener");
   const Pad sink_pad = add_pad(element, make_pad_of_caps("sink", GST_PAD_SINK, "audio/x-raw"));
   const Element camera = make_bare_element("viewer");
@@ -544,9 +544,9 @@ void PrintTo(const Refusal &refusal, std::ostream *out) {
   *out << refusal.text;
 }
 
-class Refused_Link : public testing::TestWithParam<Refusal> {};
+class RefusedLink : public testing::TestWithParam<Refusal> {};
 
-TEST_P(Refused_Link, IsReportedWithTheAnswerOfThePad) {
+TEST_P(RefusedLink, IsReportedWithTheResultOfThePad) {
   const Element upstream = make_bare_element("upstream");
   const Element downstream = make_bare_element("downstream");
   const Pad src_pad = add_pad(upstream, make_pad("src_3", GST_PAD_SRC));
@@ -569,14 +569,14 @@ TEST_P(Refused_Link, IsReportedWithTheAnswerOfThePad) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Answers, Refused_Link,
+    Answers, RefusedLink,
     testing::Values(
         Refusal{answer_link<GST_PAD_LINK_NOSCHED>,
                 "GST_PAD_LINK_NOSCHED: pads cannot cooperate in scheduling"},
         Refusal{answer_link<GST_PAD_LINK_REFUSED>, "GST_PAD_LINK_REFUSED: refused for some reason"},
         Refusal{answer_link<static_cast<GstPadLinkReturn>(-7)>, "Unknown GstPadLinkReturn value"}));
 
-TEST_F(Checked_Link, CallsTheElementOfALonePadUnknown) {
+TEST_F(LinkPadToElementOrThrow, ReportsUnknownAsTheElementOfAPadWithoutAParent) {
   const Pad lone = make_pad("stray", GST_PAD_SRC);
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   expect_error(0x150B0,
@@ -588,7 +588,7 @@ TEST_F(Checked_Link, CallsTheElementOfALonePadUnknown) {
 }
 
 // The parent of a ghost pad's internal pad is the ghost pad, not an element.
-TEST_F(Checked_Link, CallsTheElementOfAnInternalPadUnknown) {
+TEST_F(LinkPadToElementOrThrow, ReportsUnknownAsTheElementOfAnInternalPad) {
   const Pad ghost(GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new("in", sink_pad_.get()))),
                   false);
   const Pad internal(GST_PAD_CAST(gst_proxy_pad_get_internal(GST_PROXY_PAD(ghost.get()))), false);
@@ -601,7 +601,7 @@ TEST_F(Checked_Link, CallsTheElementOfAnInternalPadUnknown) {
   EXPECT_EQ(reference_counts({ghost.get(), internal.get(), sink_.get()}), before);
 }
 
-TEST_F(Checked_Link, LeavesTheFieldOfANamelessObjectEmpty) {
+TEST_F(LinkPadToElementOrThrow, PrintsNothingForAnObjectWithoutAName) {
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   g_clear_pointer(&GST_OBJECT_NAME(src_pad_.get()), g_free);
   g_clear_pointer(&GST_OBJECT_NAME(source_.get()), g_free);
@@ -615,7 +615,7 @@ TEST_F(Checked_Link, LeavesTheFieldOfANamelessObjectEmpty) {
 
 // --- Chains
 
-class Link_Many : public testing::Test {
+class LinkMany : public testing::Test {
 protected:
   const Element first_ = make_element("fakesrc", "first");
   const Element second_ = make_element("queue", "second");
@@ -631,14 +631,14 @@ protected:
   const std::vector<guint> counts_before_ = counts();
 };
 
-TEST_F(Link_Many, LinksTwo) {
+TEST_F(LinkMany, LinksTwoElements) {
   Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(), END);
   EXPECT_TRUE(linked(first_, second_));
   EXPECT_TRUE(unlinked(static_pad(second_, "src")));
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, LinksEachToTheNext) {
+TEST_F(LinkMany, LinksEachElementToTheNext) {
   Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(), third_.get(),
                                                fourth_.get(), END);
   EXPECT_TRUE(linked(first_, second_));
@@ -647,13 +647,13 @@ TEST_F(Link_Many, LinksEachToTheNext) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, StopsReadingAtTheEndMarker) {
+TEST_F(LinkMany, StopsReadingAtTheEndMarker) {
   Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(), END,
                                                as_element(not_an_element_));
   EXPECT_TRUE(linked(first_, second_));
 }
 
-TEST_F(Link_Many, ReportsABadFirstElement) {
+TEST_F(LinkMany, ReportsABadFirstElement) {
   for (GstElement *const bad : {END, as_element(not_an_element_)})
     expect_error(
         0x15160, "element 1 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
@@ -663,7 +663,7 @@ TEST_F(Link_Many, ReportsABadFirstElement) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, TakesANullSecondElementForABadOne) {
+TEST_F(LinkMany, ReportsANullSecondElement) {
   const std::string text = "element 2 in gst_element_link_many_or_throw is not a GstElement *.";
   expect_error(0x15160, text,
                [&] { Media_Helper::gst_element_link_many_or_throw(first_.get(), nullptr); });
@@ -673,7 +673,7 @@ TEST_F(Link_Many, TakesANullSecondElementForABadOne) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, ReportsABadSecondElement) {
+TEST_F(LinkMany, ReportsABadSecondElement) {
   expect_error(0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), as_element(not_an_element_),
                                                  third_.get(), END);
@@ -681,7 +681,7 @@ TEST_F(Link_Many, ReportsABadSecondElement) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, ReportsAnInstanceWithoutAClass) {
+TEST_F(LinkMany, ReportsAnInstanceWithoutAClass) {
   GTypeInstance instance{nullptr};
   const gpointer bad = &instance;
   expect_error(0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
@@ -690,7 +690,7 @@ TEST_F(Link_Many, ReportsAnInstanceWithoutAClass) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, KeepsTheLinksMadeBeforeABadElement) {
+TEST_F(LinkMany, KeepsTheLinksMadeBeforeABadElement) {
   expect_error(0x15160, "element 3 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(),
                                                  as_element(not_an_element_), END);
@@ -699,7 +699,7 @@ TEST_F(Link_Many, KeepsTheLinksMadeBeforeABadElement) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Link_Many, CountsBeyondNine) {
+TEST_F(LinkMany, CountsElementsBeyondNine) {
   std::vector<Element> chain;
   for (int i = 0; i < 9; ++i)
     chain.push_back(make_element("identity"));
@@ -713,7 +713,7 @@ TEST_F(Link_Many, CountsBeyondNine) {
     EXPECT_TRUE(linked(chain[i - 1], chain[i]));
 }
 
-TEST_F(Link_Many, NamesTheTwoThatCannotBeLinked) {
+TEST_F(LinkMany, ReportsTheTwoElementsThatCannotBeLinked) {
   const auto before = counts();
   expect_error(0x151C0, "Failed to link element \"fourth\" and element \"third\".", [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(), fourth_.get(), END);
@@ -724,7 +724,7 @@ TEST_F(Link_Many, NamesTheTwoThatCannotBeLinked) {
   EXPECT_EQ(counts(), before);
 }
 
-TEST_F(Link_Many, KeepsTheLinksMadeBeforeOneThatFails) {
+TEST_F(LinkMany, KeepsTheLinksMadeBeforeAFailedLink) {
   const Element video = make_element("videotestsrc", "video");
   const Element audio = make_element("audioconvert", "audio");
   const Element convert = make_element("videoconvert", "convert");
@@ -741,7 +741,7 @@ TEST_F(Link_Many, KeepsTheLinksMadeBeforeOneThatFails) {
 }
 
 // The third element is invalid, but the link before it is tried first and fails.
-TEST_F(Link_Many, ChecksAnElementOnlyWhenItsTurnHasCome) {
+TEST_F(LinkMany, ChecksEachElementJustBeforeLinkingIt) {
   expect_error(0x151C0, "Failed to link element \"fourth\" and element \"second\".", [&] {
     Media_Helper::gst_element_link_many_or_throw(fourth_.get(), second_.get(),
                                                  as_element(not_an_element_), END);
@@ -770,14 +770,14 @@ Element make_element_of_a_named_factory(const char *name) {
   return make_element("testnamedelement", name);
 }
 
-TEST(Get_Static_Pad, ReportsABadElement) {
+TEST(GetStaticPad, ReportsABadElement) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
   for (GstElement *const bad : {END, as_element(pad)})
     expect_error(0x15160, "element in gst_element_get_static_pad_or_throw is not a GstElement *.",
                  [&] { Media_Helper::gst_element_get_static_pad_or_throw(bad, "sink"); });
 }
 
-TEST(Get_Static_Pad, HandsOnOneReference) {
+TEST(GetStaticPad, ReturnsOneReference) {
   const Element queue = make_element("queue");
   const Pad expected = static_pad(queue, "src");
   const auto before = reference_counts({queue.get(), expected.get()});
@@ -790,14 +790,14 @@ TEST(Get_Static_Pad, HandsOnOneReference) {
   EXPECT_EQ(reference_counts({queue.get(), expected.get()}), before);
 }
 
-TEST(Get_Static_Pad, FindsARequestedPadByItsName) {
+TEST(GetStaticPad, FindsARequestedPadByItsName) {
   const Element tee = make_element("tee");
   const Pad branch = request_pad(tee.get(), "src_%u");
   const Pad found(Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), "src_0"), false);
   EXPECT_EQ(found, branch);
 }
 
-TEST(Get_Static_Pad, NamesThePadAndTheElement) {
+TEST(GetStaticPad, ReportsThePadAndTheElement) {
   const Element tee = make_element("tee", "splitter");
   const auto before = reference_counts({tee.get(), gst_element_get_factory(tee.get())});
   expect_error(0x15100, "Failed to get static pad \"src\" for element splitter ().",
@@ -807,19 +807,19 @@ TEST(Get_Static_Pad, NamesThePadAndTheElement) {
   EXPECT_EQ(reference_counts({tee.get(), gst_element_get_factory(tee.get())}), before);
 }
 
-TEST(Get_Static_Pad, TakesNoNameForAFormat) {
+TEST(GetStaticPad, DoesNotTreatANameAsAFormat) {
   const Element tee = make_element("tee", "100%s %1% %");
   expect_error(0x15100, "Failed to get static pad \"%d%%2%\" for element 100%s %1% % ().",
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), "%d%%2%"); });
 }
 
-TEST(Get_Static_Pad, PrintsTheNameOfAFactoryThatHasOne) {
+TEST(GetStaticPad, PrintsTheNameMetadataOfTheFactory) {
   const Element element = make_element_of_a_named_factory("thing");
   expect_error(0x15100, "Failed to get static pad \"sink\" for element thing (The \"%s\" Name).",
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(element.get(), "sink"); });
 }
 
-TEST(Get_Static_Pad, PrintsNothingForAnElementWithoutAFactory) {
+TEST(GetStaticPad, PrintsNothingForAnElementWithoutAFactory) {
   const Element element = make_bare_element("homemade");
   expect_error(0x15100, "Failed to get static pad \"sink\" for element homemade ().",
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(element.get(), "sink"); });
@@ -851,9 +851,9 @@ void add_probe(const Element &element, int mask, Probe_Record &record) {
                                                record_probe, &record, record_destruction);
 }
 
-class Sink_Pad_Probe : public testing::Test {
+class SinkPadProbe : public testing::Test {
 protected:
-  Sink_Pad_Probe() { g_object_set(source_.get(), "num-buffers", 5, nullptr); }
+  SinkPadProbe() { g_object_set(source_.get(), "num-buffers", 5, nullptr); }
 
   // Passes five buffers from the source to the sink.
   void run() const {
@@ -881,7 +881,7 @@ protected:
   Probe_Record record_;
 };
 
-TEST_F(Sink_Pad_Probe, ReportsABadElement) {
+TEST_F(SinkPadProbe, ReportsABadElement) {
   for (GstElement *const bad : {END, as_element(sink_pad_)})
     expect_error(0x15160, "element in add_probe_to_sink_pad_or_throw is not a GstElement *.", [&] {
       Media_Helper::add_probe_to_sink_pad_or_throw(bad, GST_PAD_PROBE_TYPE_IDLE, record_probe,
@@ -891,7 +891,7 @@ TEST_F(Sink_Pad_Probe, ReportsABadElement) {
   EXPECT_EQ(record_.destroyed, 0);
 }
 
-TEST_F(Sink_Pad_Probe, ReportsAnElementWithoutASinkPad) {
+TEST_F(SinkPadProbe, ReportsAnElementWithoutASinkPad) {
   gst_object_set_name(GST_OBJECT(source_.get()), "camera");
   expect_error(0x15100, "Failed to get static pad \"sink\" for element camera ().",
                [&] { add_probe(source_, GST_PAD_PROBE_TYPE_BUFFER, record_); });
@@ -899,7 +899,7 @@ TEST_F(Sink_Pad_Probe, ReportsAnElementWithoutASinkPad) {
   EXPECT_EQ(reference_count(source_.get()), 1u);
 }
 
-TEST_F(Sink_Pad_Probe, IsCalledForEachBufferUntilThePadGoes) {
+TEST_F(SinkPadProbe, IsCalledForEachBufferUntilThePadIsDestroyed) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   add_probe(sink_, GST_PAD_PROBE_TYPE_BUFFER, record_);
   EXPECT_EQ(reference_counts({sink_.get(), sink_pad_.get()}), before);
@@ -916,7 +916,7 @@ TEST_F(Sink_Pad_Probe, IsCalledForEachBufferUntilThePadGoes) {
   EXPECT_EQ(record_.destroyed, 1);
 }
 
-TEST_F(Sink_Pad_Probe, IsCalledForWhatTheMaskAsks) {
+TEST_F(SinkPadProbe, IsCalledOnlyForTheTypesInTheMask) {
   Probe_Record of_lists;
   add_probe(sink_, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, record_);
   add_probe(sink_, GST_PAD_PROBE_TYPE_BUFFER_LIST, of_lists);
@@ -929,7 +929,7 @@ TEST_F(Sink_Pad_Probe, IsCalledForWhatTheMaskAsks) {
   EXPECT_EQ(of_lists.destroyed, 1);
 }
 
-TEST_F(Sink_Pad_Probe, GoesWhenItAsksTo) {
+TEST_F(SinkPadProbe, IsRemovedIfItsCallbackReturnsRemove) {
   record_.answer = GST_PAD_PROBE_REMOVE;
   add_probe(sink_, GST_PAD_PROBE_TYPE_BUFFER, record_);
   EXPECT_EQ(record_.destroyed, 0);
@@ -938,7 +938,7 @@ TEST_F(Sink_Pad_Probe, GoesWhenItAsksTo) {
   EXPECT_EQ(record_.destroyed, 1);
 }
 
-TEST_F(Sink_Pad_Probe, NeedsNeitherDataNorItsDestruction) {
+TEST_F(SinkPadProbe, RequiresNeitherDataNorADestroyFunction) {
   const auto let_pass = [](GstPad *, GstPadProbeInfo *, gpointer data) {
     EXPECT_EQ(data, nullptr);
     return GST_PAD_PROBE_OK;
@@ -948,7 +948,7 @@ TEST_F(Sink_Pad_Probe, NeedsNeitherDataNorItsDestruction) {
   run();
 }
 
-TEST_F(Sink_Pad_Probe, BlocksWithoutACallback) {
+TEST_F(SinkPadProbe, BlocksWithoutACallback) {
   Media_Helper::add_probe_to_sink_pad_or_throw(sink_.get(), GST_PAD_PROBE_TYPE_BLOCK_DOWNSTREAM,
                                                nullptr, &record_, record_destruction);
   EXPECT_TRUE(gst_pad_is_blocked(sink_pad_.get()));
@@ -958,7 +958,7 @@ TEST_F(Sink_Pad_Probe, BlocksWithoutACallback) {
   EXPECT_EQ(record_.destroyed, 1);
 }
 
-TEST_F(Sink_Pad_Probe, RunsAtOnceOnAnIdlePadAndStays) {
+TEST_F(SinkPadProbe, RunsAtOnceOnAnIdlePadAndRemains) {
   add_probe(sink_, GST_PAD_PROBE_TYPE_IDLE, record_);
   EXPECT_EQ(record_.calls, 1);
   EXPECT_EQ(record_.destroyed, 0);
@@ -969,7 +969,7 @@ TEST_F(Sink_Pad_Probe, RunsAtOnceOnAnIdlePadAndStays) {
 
 // An idle probe that removes itself immediately leaves no identifier, like a probe that was not
 // added.
-TEST_F(Sink_Pad_Probe, CountsAsNotAddedWhenItIsDoneAtOnce) {
+TEST_F(SinkPadProbe, IsReportedAsNotAddedIfItIsRemovedAtOnce) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   record_.answer = GST_PAD_PROBE_REMOVE;
   expect_error(0x15150, "Failed to add timeout probe",
@@ -979,7 +979,7 @@ TEST_F(Sink_Pad_Probe, CountsAsNotAddedWhenItIsDoneAtOnce) {
   EXPECT_EQ(reference_counts({sink_.get(), sink_pad_.get()}), before);
 }
 
-TEST_F(Sink_Pad_Probe, IsNotAddedForAnEmptyMask) {
+TEST_F(SinkPadProbe, IsNotAddedForAnEmptyMask) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   const Expected_Log log("gst_pad_add_probe: assertion 'mask != 0' failed");
   expect_error(0x15150, "Failed to add timeout probe", [&] { add_probe(sink_, 0, record_); });

@@ -24,7 +24,7 @@ std::string camera_at(const std::string &port) {
   return "rtsp://127.0.0.1:" + port + "/camera";
 }
 
-TEST(Relay_Retry, Goes_On_For_The_Same_Viewer_When_The_Camera_Is_Back) {
+TEST(RelayRetry, ResumesForTheSameViewerWhenTheCameraReturns) {
   auto camera = std::make_unique<Camera>();
   const std::string port = port_of(camera->uri);
   Relay relay(camera->uri, {"--retry", "20"});
@@ -49,7 +49,7 @@ TEST(Relay_Retry, Goes_On_For_The_Same_Viewer_When_The_Camera_Is_Back) {
 }
 
 // The duration of the gap passes for the viewer, too: its RTP clock never goes back.
-TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
+TEST(RelayRetry, KeepsTheClockOfTheViewer) {
   const Camera camera({"--misbehave", "gone:1@2"});
   const Relay relay(camera.uri, {"--retry", "20"});
   const Viewer viewer(relay.uri, "video");
@@ -62,7 +62,7 @@ TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
   EXPECT_EQ(gaps, 1);
 }
 
-TEST(Relay_Retry, Waits_For_A_Camera_That_Is_Away_At_The_Start) {
+TEST(RelayRetry, WaitsForACameraThatIsUnavailableAtTheStart) {
   const std::string port = free_port();
   Child_Process relay(Relay::command(camera_at(port), {"--retry", "20"}));
   g_usleep(G_TIME_SPAN_SECOND);
@@ -77,7 +77,7 @@ TEST(Relay_Retry, Waits_For_A_Camera_That_Is_Away_At_The_Start) {
   EXPECT_EQ(outcome.err.rfind("cannot reach the camera, trying again: ", 0), 0U) << outcome.err;
 }
 
-TEST(Relay_Retry, Gives_Up_After_Its_Time) {
+TEST(RelayRetry, StopsAfterTheConfiguredTime) {
   const gint64 start = g_get_monotonic_time();
   const Outcome outcome = run(Relay::command(camera_at(free_port()), {"--retry", "2"}));
   EXPECT_EQ(outcome.status, 1);
@@ -87,7 +87,7 @@ TEST(Relay_Retry, Gives_Up_After_Its_Time) {
   EXPECT_GE(g_get_monotonic_time() - start, 2 * G_TIME_SPAN_SECOND);
 }
 
-TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
+TEST(RelayRetry, EndsOnASignal) {
   Child_Process relay(Relay::command(camera_at(free_port()), {"--retry", "60"}));
   g_usleep(2 * G_TIME_SPAN_SECOND);
   relay.send_signal(SIGTERM);
@@ -96,7 +96,7 @@ TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
 
 // Viewers cannot continue with different streams. They are disconnected, and get the new streams
 // when they reconnect.
-TEST(Relay_Retry, Serves_Other_Streams_If_The_Camera_Comes_Back_With_Them) {
+TEST(RelayRetry, ServesOtherStreamsIfTheCameraReturnsWithThem) {
   auto camera = std::make_unique<Camera>();
   const std::string port = port_of(camera->uri);
   Relay relay(camera->uri, {"--retry", "20"});

@@ -300,7 +300,7 @@ TEST_P(Faults, OfTheFrameworkAreReported) {
   RecordProperty("framework", played_ - 1);
 }
 
-TEST_P(Faults, OfAllocationLoseNothing) {
+TEST_P(Faults, OfAllocationLeakNothing) {
   int allocations = 0;
   for (Disturbance disturbance : failures_) {
     const Round failed = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
@@ -326,10 +326,10 @@ TEST_P(Faults, OfAllocationLoseNothing) {
   RecordProperty("allocations", allocations);
 }
 
-class Varying_Calls : public Faults {};
+class VaryingCalls : public Faults {};
 
 // A single failed call has either no effect or the same effect as if all of them failed.
-TEST_P(Varying_Calls, OfTheFrameworkAreReportedOneByOne) {
+TEST_P(VaryingCalls, ReportTheFailureOfEachCall) {
   for (const auto &[function, calls] : undisturbed_.framework_calls) {
     const std::string all_fail = play({function, EVERY_CALL}).outcome;
     for (int call = 1; call <= calls; ++call) {
@@ -356,7 +356,7 @@ std::string test_name(const testing::TestParamInfo<Scenario> &test) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), test_name);
-INSTANTIATE_TEST_SUITE_P(All, Varying_Calls, testing::ValuesIn(scenarios_with_varying_calls()),
+INSTANTIATE_TEST_SUITE_P(All, VaryingCalls, testing::ValuesIn(scenarios_with_varying_calls()),
                          test_name);
 
 // Before 2.76, GLib allocates list nodes from pools unless G_SLICE disables this.
@@ -366,7 +366,7 @@ bool list_nodes_are_allocated_alone() {
 }
 
 // A watch that records nothing would make all rounds pass.
-TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
+TEST(HeapWatch, DetectsTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
     GTEST_SKIP() << "another allocator is in place";
   const Element element = make_element("identity", "parser");
@@ -387,7 +387,7 @@ TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
 }
 
 // Each section belongs to a scenario, and each scenario has a section.
-TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
+TEST(FaultOutcomes, AreThoseOfTheScenarios) {
   std::set<std::string> titles;
   for (const Scenario &scenario : all_scenarios())
     titles.insert(text_of(scenario));
@@ -401,7 +401,7 @@ TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
 }
 
 // Every function of the interface has a scenario.
-TEST(Fault_Scenarios, AreOfAllOperations) {
+TEST(FaultScenarios, CoverAllOperations) {
   std::set<std::string> operations;
   for (const Scenario &scenario : all_scenarios())
     operations.insert(scenario.operation);
@@ -431,7 +431,7 @@ std::set<std::string> defined_codes() {
 
 // Every code that is thrown occurs in the outcomes. If two places throw the same code, so does each
 // text.
-TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
+TEST(FaultOutcomes, CoverEveryPlaceThatThrows) {
   std::set<std::string> codes;
   std::set<std::string> texts;
   for (const Scenario &scenario : all_scenarios()) {
