@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

@@ -4,8 +4,8 @@
 #include <thread>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -204,8 +204,8 @@ struct Argument {
 
 // The peer of the sink's pad has no parent.
 void ask_for_parent_of_stray_peer(const Good &good) {
-  const Pad stray(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
-  const Pad sink_pad(gst_element_get_static_pad(good.sink.get(), "sink"), false);
+  const Pad stray = make_pad("src", GST_PAD_SRC);
+  const Pad sink_pad = static_pad(good.sink, "sink");
   ASSERT_EQ(gst_pad_link(stray.get(), sink_pad.get()), GST_PAD_LINK_OK);
   Media_Helper::get_element_sink_peer_or_throw(good.sink.get());
 }

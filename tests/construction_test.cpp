@@ -2,11 +2,10 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -17,8 +16,8 @@ thread_local std::vector<std::unique_ptr<kel::tavren::tests::Weak_Watch>> *made_
 
 // Wraps the framework's function: an element that is created and destroyed leaves no other trace.
 extern "C" GstElement *gst_element_factory_make(const gchar *factory_name, const gchar *name) {
-  const auto make =
-      reinterpret_cast<decltype(&gst_element_factory_make)>(dlsym(RTLD_NEXT, __func__));
+  static const auto make =
+      kel::tavren::tests::replaced_function(gst_element_factory_make, __func__);
   GstElement *const element = make(factory_name, name);
   if (made_elements != nullptr && element != nullptr)
     made_elements->push_back(std::make_unique<kel::tavren::tests::Weak_Watch>(element));
@@ -29,10 +28,6 @@ namespace kel::tavren::tests {
 namespace {
 
 using capture::Media_Helper;
-
-GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
-}
 
 GstElement *make_floating(const char *factory, const char *name) {
   return gst_element_factory_make(factory, name);
@@ -268,9 +263,7 @@ TEST(BinAddOfATakenName, PrintsTheElementAndNotTheBin) {
 
 // Returns a bin type of an application, without a factory.
 GType unregistered_type() {
-  static const GType type =
-      g_type_register_static_simple(GST_TYPE_BIN, "Unregistered_Bin", sizeof(GstBinClass), nullptr,
-                                    sizeof(GstBin), nullptr, GTypeFlags{});
+  static const GType type = make_subclass(GST_TYPE_BIN, "TestUnregisteredBin");
   return type;
 }
 

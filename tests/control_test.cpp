@@ -2,10 +2,10 @@
 #include <string>
 #include <utility>
 
+#include "elements.h"
 #include "errors.h"
 #include "framework_version.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -38,17 +38,9 @@ private:
   Element element_;
 };
 
-GstElement *as_element(gpointer object) {
-  return static_cast<GstElement *>(object);
-}
-
-Pad make_pad() {
-  return Pad(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
-}
-
 // Passes null, and an object of another type.
 void expect_element_checked(const std::string &description, void (*call)(GstElement *)) {
-  const Pad pad = make_pad();
+  const Pad pad = make_pad("src", GST_PAD_SRC);
   const std::string text = description + " is not a GstElement *.";
   expect_error(0x15160, text, [call] { call(nullptr); });
   expect_error(0x15160, text, [call, &pad] { call(as_element(pad.get())); });
@@ -58,18 +50,16 @@ void expect_element_checked(const std::string &description, void (*call)(GstElem
 // Creates an element that never reaches READY. Unlike standard factories, its factory has metadata
 // with the key "name".
 GstElement *make_tap(const char *name) {
-  static const GType type = g_type_register_static_simple(
-      GST_TYPE_ELEMENT, "Capture_Tap", sizeof(GstElementClass),
-      [](gpointer klass, gpointer) {
-        auto *const element_class = static_cast<GstElementClass *>(klass);
+  static const GType type =
+      make_subclass(GST_TYPE_ELEMENT, "TestTap", [](gpointer tap_class, gpointer) {
+        auto *const element_class = static_cast<GstElementClass *>(tap_class);
         gst_element_class_set_static_metadata(element_class, "Long name", "Generic", "Taps", "Us");
         gst_element_class_add_static_metadata(element_class, "name", "camera tap 100%");
         element_class->change_state = [](GstElement *, GstStateChange change) {
           return change == GST_STATE_CHANGE_NULL_TO_READY ? GST_STATE_CHANGE_FAILURE
                                                           : GST_STATE_CHANGE_SUCCESS;
         };
-      },
-      sizeof(GstElement), nullptr, GTypeFlags{});
+      });
   static const gboolean registered =
       gst_element_register(nullptr, "capturetap", GST_RANK_NONE, type);
   EXPECT_TRUE(registered);
@@ -77,7 +67,7 @@ GstElement *make_tap(const char *name) {
 }
 
 Element make_owned_tap(const char *name) {
-  return Element(as_element(gst_object_ref_sink(make_tap(name))), false);
+  return own(make_tap(name));
 }
 
 TEST(SetState, ReturnsSuccess) {
@@ -107,15 +97,13 @@ TEST(SetState, ReturnsAsyncForASinkThatPrerolls) {
 int answer_to_set_state = 0;
 
 Element make_answering_element() {
-  static const GType type = g_type_register_static_simple(
-      GST_TYPE_ELEMENT, "Answering_Element", sizeof(GstElementClass),
-      [](gpointer klass, gpointer) {
-        static_cast<GstElementClass *>(klass)->set_state = [](GstElement *, GstState) {
+  static const GType type =
+      make_subclass(GST_TYPE_ELEMENT, "TestAnsweringElement", [](gpointer element_class, gpointer) {
+        static_cast<GstElementClass *>(element_class)->set_state = [](GstElement *, GstState) {
           return static_cast<GstStateChangeReturn>(answer_to_set_state);
         };
-      },
-      sizeof(GstElement), nullptr, GTypeFlags{});
-  return Element(as_element(gst_object_ref_sink(g_object_new(type, nullptr))), false);
+      });
+  return make_of_type(type);
 }
 
 TEST(SetState, ReturnsEveryOtherResultUnchanged) {
@@ -524,11 +512,8 @@ TEST(ElementText, ContainsNamesByteForByte) {
 }
 
 TEST(ElementText, IsEmptyWithoutANameAndAFactory) {
-  static const GType type =
-      g_type_register_static_simple(GST_TYPE_BIN, "Nameless_Bin", sizeof(GstBinClass), nullptr,
-                                    sizeof(GstBin), nullptr, GTypeFlags{});
-  const Element bin(as_element(gst_object_ref_sink(g_object_new(type, "name", "own", nullptr))),
-                    false);
+  static const GType type = make_subclass(GST_TYPE_BIN, "TestNamelessBin");
+  const Element bin = make_of_type(type, "own");
   ASSERT_EQ(gst_element_get_factory(bin.get()), nullptr);
   expect_error(0x15110, "Failed to get parent for element own ().",
                [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gst/app/gstappsink.h>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -23,23 +23,19 @@ struct Plugin_Fault {
 };
 thread_local Plugin_Fault plugin_fault;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" GstElementFactory *gst_element_factory_find(const gchar *name) {
-  static const auto find =
-      framework<decltype(gst_element_factory_find)>("gst_element_factory_find");
+  static const auto find = replaced_function(gst_element_factory_find, __func__);
   if (plugin_fault.found_instead != nullptr)
     return GST_ELEMENT_FACTORY(gst_object_ref(plugin_fault.found_instead));
   return find(name);
 }
 
 extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
-  static const auto load = framework<decltype(gst_plugin_feature_load)>("gst_plugin_feature_load");
+  static const auto load = replaced_function(gst_plugin_feature_load, __func__);
   if (plugin_fault.not_loaded) return nullptr;
   if (plugin_fault.loaded_instead != nullptr)
     return GST_PLUGIN_FEATURE(gst_object_ref(plugin_fault.loaded_instead));
@@ -47,8 +43,7 @@ extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) 
 }
 
 extern "C" GType gst_element_factory_get_element_type(GstElementFactory *factory) {
-  static const auto get_type = framework<decltype(gst_element_factory_get_element_type)>(
-      "gst_element_factory_get_element_type");
+  static const auto get_type = replaced_function(gst_element_factory_get_element_type, __func__);
   plugin_fault.when_asked_for_type();
   return plugin_fault.without_type ? G_TYPE_INVALID : get_type(factory);
 }

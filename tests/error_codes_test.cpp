@@ -12,25 +12,21 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
 #include "depayloader_references.h"
+#include "elements.h"
 #include "errors.h"
 #include "framework_version.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
 // The function of the framework that fails on this thread instead of doing its work.
 thread_local std::string_view failing;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
+
+using kel::tavren::tests::replaced_function;
 
 // Failures that cannot be provoked in the framework otherwise. These functions replace the
 // framework's in the whole program, and forward all other calls.
@@ -38,29 +34,29 @@ Function *framework(const char *name) {
 extern "C" {
 
 gboolean gst_is_initialized() {
-  return failing != __func__ && framework<decltype(gst_is_initialized)>(__func__)();
+  return failing != __func__ && replaced_function(gst_is_initialized, __func__)();
 }
 
 GstPad *gst_pad_get_peer(GstPad *pad) {
-  return failing == __func__ ? nullptr : framework<decltype(gst_pad_get_peer)>(__func__)(pad);
+  return failing == __func__ ? nullptr : replaced_function(gst_pad_get_peer, __func__)(pad);
 }
 
 GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
   return failing == __func__ ? nullptr
-                             : framework<decltype(gst_plugin_feature_load)>(__func__)(feature);
+                             : replaced_function(gst_plugin_feature_load, __func__)(feature);
 }
 
 GType gst_element_factory_get_element_type(GstElementFactory *factory) {
   return failing == __func__
              ? 0
-             : framework<decltype(gst_element_factory_get_element_type)>(__func__)(factory);
+             : replaced_function(gst_element_factory_get_element_type, __func__)(factory);
 }
 
 GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const gchar *uri,
                                                GError **error) {
   return failing == __func__
              ? nullptr
-             : framework<decltype(gst_discoverer_discover_uri)>(__func__)(discoverer, uri, error);
+             : replaced_function(gst_discoverer_discover_uri, __func__)(discoverer, uri, error);
 }
 
 }  // extern "C"
@@ -78,10 +74,6 @@ public:
   Failing(const Failing &) = delete;
   Failing &operator=(const Failing &) = delete;
 };
-
-GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
-}
 
 // The functions below cause the errors that need more than one line.
 

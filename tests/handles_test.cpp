@@ -7,10 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
+#include "replaced_function.h"
 
 // These include the framework's declarations of the types, which must not conflict with the
 // library's.
@@ -37,9 +36,9 @@ thread_local std::vector<Counting_Call> *recorded = nullptr;
 thread_local int depth = 0;
 
 // Records a call if requested, and forwards it.
-template <typename Function, typename Argument>
-auto record(const char *name, Argument argument) {
-  const auto function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+template <typename Result, typename Argument>
+Result record(Result (*replacement)(Argument), const char *name, Argument argument) {
+  const auto function = kel::tavren::tests::replaced_function(replacement, name);
   if (recorded == nullptr) return function(argument);
   if (depth == 0) recorded->push_back({name, argument});
   struct Level {
@@ -57,46 +56,46 @@ auto record(const char *name, Argument argument) {
 extern "C" {
 
 GstMiniObject *(gst_mini_object_ref)(GstMiniObject *object) {
-  return record<decltype(gst_mini_object_ref)>(__func__, object);
+  return record(gst_mini_object_ref, __func__, object);
 }
 void(gst_mini_object_unref)(GstMiniObject *object) {
-  record<decltype(gst_mini_object_unref)>(__func__, object);
+  record(gst_mini_object_unref, __func__, object);
 }
 gpointer(gst_object_ref)(gpointer object) {
-  return record<decltype(gst_object_ref)>(__func__, object);
+  return record(gst_object_ref, __func__, object);
 }
 void(gst_object_unref)(gpointer object) {
-  record<decltype(gst_object_unref)>(__func__, object);
+  record(gst_object_unref, __func__, object);
 }
 gpointer(g_object_ref)(gpointer object) {
-  return record<gpointer(gpointer)>(__func__, object);
+  return record(g_object_ref, __func__, object);
 }
 void(g_object_unref)(gpointer object) {
-  record<void(gpointer)>(__func__, object);
+  record(g_object_unref, __func__, object);
 }
 GSource *(g_source_ref)(GSource *source) {
-  return record<decltype(g_source_ref)>(__func__, source);
+  return record(g_source_ref, __func__, source);
 }
 void(g_source_unref)(GSource *source) {
-  record<decltype(g_source_unref)>(__func__, source);
+  record(g_source_unref, __func__, source);
 }
 GMainLoop *(g_main_loop_ref)(GMainLoop *loop) {
-  return record<decltype(g_main_loop_ref)>(__func__, loop);
+  return record(g_main_loop_ref, __func__, loop);
 }
 void(g_main_loop_unref)(GMainLoop *loop) {
-  record<decltype(g_main_loop_unref)>(__func__, loop);
+  record(g_main_loop_unref, __func__, loop);
 }
 GMainContext *(g_main_context_ref)(GMainContext *context) {
-  return record<decltype(g_main_context_ref)>(__func__, context);
+  return record(g_main_context_ref, __func__, context);
 }
 void(g_main_context_unref)(GMainContext *context) {
-  record<decltype(g_main_context_unref)>(__func__, context);
+  record(g_main_context_unref, __func__, context);
 }
 void(g_free)(gpointer memory) {
-  record<void(gpointer)>(__func__, memory);
+  record(g_free, __func__, memory);
 }
 void(gst_iterator_free)(GstIterator *iterator) {
-  record<decltype(gst_iterator_free)>(__func__, iterator);
+  record(gst_iterator_free, __func__, iterator);
 }
 
 }  // extern "C"

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
 
+#include "elements.h"
 #include "live_blocks.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

@@ -6,13 +6,12 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
-
 #include "errors.h"
 #include "framework_version.h"
 #include "log_watch.h"
 #include "media_files.h"
 #include "references.h"
+#include "replaced_function.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -71,23 +70,17 @@ GList *note_list(const char *kind, GList *streams) {
   return streams;
 }
 
-// Returns the framework's function of the same name as a stand-in.
-template <typename Function>
-Function *next(Function *, const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 }  // namespace kel::tavren::tests
 
 using kel::tavren::tests::Discovery_Watch;
-using kel::tavren::tests::next;
 using kel::tavren::tests::note_list;
+using kel::tavren::tests::replaced_function;
 
 extern "C" {
 
 GstDiscoverer *gst_discoverer_new(GstClockTime timeout, GError **error) {
-  GstDiscoverer *const discoverer = next(gst_discoverer_new, "gst_discoverer_new")(timeout, error);
+  GstDiscoverer *const discoverer = replaced_function(gst_discoverer_new, __func__)(timeout, error);
   Discovery_Watch *const watch = Discovery_Watch::current;
   if (watch != nullptr) {
     watch->timeouts.push_back(timeout);
@@ -106,7 +99,7 @@ GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const 
     if (watch->find_nothing) return nullptr;
   }
   GstDiscovererInfo *const found =
-      next(gst_discoverer_discover_uri, "gst_discoverer_discover_uri")(discoverer, uri, error);
+      replaced_function(gst_discoverer_discover_uri, __func__)(discoverer, uri, error);
   if (watch != nullptr) {
     watch->watch_end(found, "found");
     if (watch->hold_found) watch->found = GST_DISCOVERER_INFO(g_object_ref(found));
@@ -118,24 +111,24 @@ GstDiscovererResult gst_discoverer_info_get_result(const GstDiscovererInfo *foun
   const Discovery_Watch *const watch = Discovery_Watch::current;
   if (watch != nullptr && watch->change_result)
     return static_cast<GstDiscovererResult>(watch->result);
-  return next(gst_discoverer_info_get_result, "gst_discoverer_info_get_result")(found);
+  return replaced_function(gst_discoverer_info_get_result, __func__)(found);
 }
 
 GList *gst_discoverer_info_get_video_streams(GstDiscovererInfo *found) {
-  return note_list("video", next(gst_discoverer_info_get_video_streams,
-                                 "gst_discoverer_info_get_video_streams")(found));
+  return note_list("video",
+                   replaced_function(gst_discoverer_info_get_video_streams, __func__)(found));
 }
 
 GList *gst_discoverer_info_get_audio_streams(GstDiscovererInfo *found) {
-  return note_list("audio", next(gst_discoverer_info_get_audio_streams,
-                                 "gst_discoverer_info_get_audio_streams")(found));
+  return note_list("audio",
+                   replaced_function(gst_discoverer_info_get_audio_streams, __func__)(found));
 }
 
 void gst_discoverer_stream_info_list_free(GList *streams) {
   if (Discovery_Watch *const watch = Discovery_Watch::current; watch != nullptr)
     watch->lists.erase(std::remove(watch->lists.begin(), watch->lists.end(), streams),
                        watch->lists.end());
-  next(gst_discoverer_stream_info_list_free, "gst_discoverer_stream_info_list_free")(streams);
+  replaced_function(gst_discoverer_stream_info_list_free, __func__)(streams);
 }
 
 GstCaps *gst_discoverer_stream_info_get_caps(GstDiscovererStreamInfo *stream) {
@@ -144,7 +137,7 @@ GstCaps *gst_discoverer_stream_info_get_caps(GstDiscovererStreamInfo *stream) {
     --watch->without_caps;
     return nullptr;
   }
-  return next(gst_discoverer_stream_info_get_caps, "gst_discoverer_stream_info_get_caps")(stream);
+  return replaced_function(gst_discoverer_stream_info_get_caps, __func__)(stream);
 }
 }
 

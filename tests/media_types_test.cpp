@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -51,11 +51,8 @@ void offer_sink_pads(gpointer element_class, gpointer) {
 // Creates an element without a factory that grants requests for any sink pad. Tests add further
 // pads.
 Element make_generous_element(const char *name) {
-  static const GType type = g_type_register_static_simple(
-      GST_TYPE_ELEMENT, "TestGenerousElement", sizeof(GstElementClass), offer_sink_pads,
-      sizeof(GstElement), nullptr, GTypeFlags{});
-  auto *const element = static_cast<GstElement *>(g_object_new(type, "name", name, nullptr));
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
+  static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestGenerousElement", offer_sink_pads);
+  return make_of_type(type, name);
 }
 
 // --- Partners
@@ -63,9 +60,7 @@ Element make_generous_element(const char *name) {
 class CorrespondingMultiqueuePad : public testing::Test {
 protected:
   Pad add_pad(const char *name, GstPadDirection direction) const {
-    Pad pad = make_pad(name, direction);
-    EXPECT_TRUE(gst_element_add_pad(element_.get(), pad.get()));
-    return pad;
+    return tests::add_pad(element_, make_pad(name, direction));
   }
 
   const Element element_ = make_generous_element("element");
@@ -115,8 +110,7 @@ TEST_F(CorrespondingMultiqueuePad, RequiresAParent) {
 
 // The parent of a ghost pad's internal pad is the ghost pad.
 TEST_F(CorrespondingMultiqueuePad, RequiresAParentThatIsAnElement) {
-  const Pad ghost(GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new_no_target("g", GST_PAD_SINK))),
-                  false);
+  const Pad ghost = own(gst_ghost_pad_new_no_target("g", GST_PAD_SINK));
   const Pad internal(GST_PAD_CAST(gst_proxy_pad_get_internal(GST_PROXY_PAD(ghost.get()))), false);
   const auto before = reference_counts({ghost.get(), internal.get()});
   expect_error(0x15070, "Could not get parent element from pad.", [&] { partner_of(internal); });
@@ -369,21 +363,21 @@ void count_buffer(GstElement *, GstBuffer *, GstPad *, std::atomic<int> *count) 
 }
 
 TEST_F(RequestNewMultiqueuePads, PassesAWholeStreamThrough) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+  const Element pipeline = make_pipeline();
   const Element source = make_element("fakesrc");
   const Element multiqueue = make_element("multiqueue");
   const Element sink = make_element("fakesink");
   g_object_set(source.get(), "num-buffers", 4, nullptr);
   g_object_set(sink.get(), "signal-handoffs", TRUE, nullptr);
   for (const Element &element : {source, multiqueue, sink})
-    ASSERT_TRUE(gst_bin_add(GST_BIN(pipeline.get()), element.get()));
+    add_to_bin(pipeline, element);
   const Stream stream = request_stream(multiqueue, "", nullptr);
   ASSERT_TRUE(Media_Helper::link_element_to_pad(source.get(), stream.sink.get()));
   ASSERT_TRUE(Media_Helper::link_pad_to_element(stream.src.get(), sink.get()));
 
   std::atomic<int> buffers{0};
   g_signal_connect(sink.get(), "handoff", G_CALLBACK(count_buffer), &buffers);
-  ASSERT_EQ(play_to_the_end(pipeline), GST_MESSAGE_EOS);
+  ASSERT_EQ(play_to_end(pipeline), GST_MESSAGE_EOS);
   EXPECT_EQ(buffers, 4);
 }
 

@@ -4,11 +4,10 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -18,21 +17,17 @@ thread_local bool links_go_away = false;
 // If set, called with each object on this thread before its parent is looked up.
 thread_local void (*before_parent_is_asked)(GstObject *) = nullptr;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" GstPad *gst_pad_get_peer(GstPad *pad) {
-  static const auto get_peer = framework<decltype(gst_pad_get_peer)>("gst_pad_get_peer");
+  static const auto get_peer = replaced_function(gst_pad_get_peer, __func__);
   return links_go_away ? nullptr : get_peer(pad);
 }
 
 extern "C" GstObject *gst_object_get_parent(GstObject *object) {
-  static const auto get_parent =
-      framework<decltype(gst_object_get_parent)>("gst_object_get_parent");
+  static const auto get_parent = replaced_function(gst_object_get_parent, __func__);
   if (before_parent_is_asked != nullptr) before_parent_is_asked(object);
   return get_parent(object);
 }
@@ -41,14 +36,6 @@ namespace kel::tavren::tests {
 namespace {
 
 using capture::Media_Helper;
-
-Element make_pipeline(const char *name) {
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(name))), false);
-}
-
-void add_to_bin(const Element &bin, const Element &element) {
-  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
-}
 
 // --- Peers
 
@@ -126,7 +113,7 @@ TEST_F(SinkPeer, IsTheElementWithOneNewReference) {
 }
 
 TEST_F(SinkPeer, MayBeAPadWithoutAnElement) {
-  const Pad lone(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("lone", GST_PAD_SRC))), false);
+  const Pad lone = make_pad("lone", GST_PAD_SRC);
   ASSERT_EQ(gst_pad_link(lone.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
   EXPECT_EQ(peer, lone);

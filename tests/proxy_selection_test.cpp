@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

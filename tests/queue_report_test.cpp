@@ -6,37 +6,34 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gst/app/gstappsrc.h>
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
 
+#include "elements.h"
 #include "framework_version.h"
 #include "grouping_locale.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
 // If set, contains the copies of names that were created on this thread and not freed.
 thread_local std::vector<gconstpointer> *names_held = nullptr;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" gchar *gst_object_get_name(GstObject *object) {
-  static const auto get_name = framework<decltype(gst_object_get_name)>("gst_object_get_name");
+  static const auto get_name = replaced_function(gst_object_get_name, __func__);
   gchar *const name = get_name(object);
   if (names_held != nullptr) names_held->push_back(name);
   return name;
 }
 
 extern "C" void(g_free)(gpointer memory) {
-  static const auto free_memory = framework<void(gpointer)>("g_free");
+  static const auto free_memory = replaced_function(g_free, __func__);
   if (names_held != nullptr)
     names_held->erase(std::remove(names_held->begin(), names_held->end(), memory),
                       names_held->end());
@@ -86,8 +83,7 @@ public:
 
 private:
   static Element launch(const std::string &description) {
-    GstElement *const pipeline = gst_parse_launch(description.c_str(), nullptr);
-    return Element(GST_ELEMENT_CAST(gst_object_ref_sink(pipeline)), false);
+    return own(gst_parse_launch(description.c_str(), nullptr));
   }
 
   static GstPadProbeReturn stay_blocked(GstPad *, GstPadProbeInfo *, gpointer) {
@@ -134,8 +130,7 @@ Element make_element_with(const Make_Level &make_level, const std::string &type_
   type.instance_size = sizeof(GstElement);
   const GType registered =
       g_type_register_static(GST_TYPE_ELEMENT, type_name.c_str(), &type, GTypeFlags{});
-  auto *const element = GST_ELEMENT(g_object_new(registered, "name", "e", nullptr));
-  return Element(GST_ELEMENT(gst_object_ref_sink(element)), false);
+  return make_of_type(registered, "e");
 }
 
 TEST(QueueReport, ContainsBuffersBytesAndSeconds) {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -16,10 +16,6 @@ using capture::Media_Helper;
 
 Pad peer_of(const Pad &pad) {
   return Pad(gst_pad_get_peer(pad.get()), false);
-}
-
-void add_to_bin(const Element &bin, const Element &element) {
-  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
 }
 
 // Releases a requested pad and the reference to it.
@@ -41,12 +37,8 @@ void offer_source_pads(gpointer element_class, gpointer) {
 }
 
 Element make_stingy_element() {
-  static const GType type =
-      g_type_register_static_simple(GST_TYPE_ELEMENT, "TestStingyElement", sizeof(GstElementClass),
-                                    offer_source_pads, sizeof(GstElement), nullptr, GTypeFlags{});
-  return Element(
-      GST_ELEMENT_CAST(gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
-      false);
+  static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestStingyElement", offer_source_pads);
+  return make_of_type(type);
 }
 
 class GetTeeSrcPad : public testing::Test {
@@ -150,17 +142,13 @@ protected:
   ~TeePadRequest() override { request_record = nullptr; }
 
   static Element make_recording_element() {
-    static const GType type = g_type_register_static_simple(
-        GST_TYPE_ELEMENT, "TestRecordingElement", sizeof(GstElementClass),
-        [](gpointer element_class, gpointer) {
+    static const GType type = make_subclass(
+        GST_TYPE_ELEMENT, "TestRecordingElement", [](gpointer element_class, gpointer) {
           offer_source_pads(element_class, nullptr);
           GST_ELEMENT_CLASS(element_class)->request_new_pad = record_request;
           GST_ELEMENT_CLASS(element_class)->release_pad = record_release;
-        },
-        sizeof(GstElement), nullptr, static_cast<GTypeFlags>(0));
-    return Element(GST_ELEMENT_CAST(
-                       gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
-                   false);
+        });
+    return make_of_type(type);
   }
 
   Request_Record record_;
@@ -331,7 +319,7 @@ TEST_F(LinkTeeToElement, CanBeCalledAgainAfterAFailure) {
 }
 
 TEST_F(LinkTeeToElement, ReleasesThePadWhileTheTeePlays) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+  const Element pipeline = make_pipeline();
   const Element sink = make_element("fakesink");
   add_to_bin(pipeline, bin_);
   add_to_bin(bin_, sink);
@@ -362,7 +350,7 @@ GstPadProbeReturn count_buffer(GstPad *, GstPadProbeInfo *, gpointer count) {
 }
 
 TEST_F(LinkTeeToElement, PassesTheWholeStreamToEachBranch) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+  const Element pipeline = make_pipeline();
   const Element source = make_element("fakesrc");
   const Element tee = make_element("tee");
   g_object_set(source.get(), "num-buffers", 7, nullptr);
@@ -382,7 +370,7 @@ TEST_F(LinkTeeToElement, PassesTheWholeStreamToEachBranch) {
                       &count, nullptr);
   }
 
-  ASSERT_EQ(play_to_the_end(pipeline), GST_MESSAGE_EOS);
+  ASSERT_EQ(play_to_end(pipeline), GST_MESSAGE_EOS);
   EXPECT_EQ(buffers[0], 7);
   EXPECT_EQ(buffers[1], 7);
 }

@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
 #include "operations.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

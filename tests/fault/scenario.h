@@ -11,7 +11,7 @@
 
 #include "depayloader_references.h"
 #include "disturbance.h"
-#include "references.h"
+#include "elements.h"
 
 namespace kel::tavren::tests {
 
@@ -72,22 +72,10 @@ inline std::ostream &operator<<(std::ostream &stream, const Scenario &scenario) 
 
 using Bus = boost::intrusive_ptr<GstBus>;
 
-inline GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
-}
-
 // Returns a pointer of the wrong type for a call.
 template <typename T>
 T *disguise(const boost::intrusive_ptr<GstPad> &pad) {
   return reinterpret_cast<T *>(pad.get());
-}
-
-// Takes ownership of a reference, including a floating one.
-inline Element own(GstElement *element) {
-  return Element(element != nullptr && g_object_is_floating(element)
-                     ? GST_ELEMENT_CAST(gst_object_ref_sink(element))
-                     : element,
-                 false);
 }
 
 // A disturbed call without a result.

@@ -10,8 +10,8 @@
 #include <sanitizer/lsan_interface.h>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "fuzzing.h"
-#include "references.h"
 
 using namespace kel::tavren::capture;
 using namespace kel::tavren::tests;

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "fuzzing.h"
-#include "references.h"
 
 using namespace kel::tavren::capture;
 using namespace kel::tavren::tests;

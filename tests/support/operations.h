@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "references.h"
+#include "elements.h"
 
 namespace kel::tavren::tests {
 
