@@ -52,8 +52,9 @@ std::vector<Scenario> all_scenarios() {
   std::vector<Scenario> all;
   for (const auto &family :
        {check_and_lookup_scenarios(), construction_scenarios(), control_scenarios(),
-        pad_and_link_scenarios(), branch_scenarios(), ancestry_scenarios(), media_type_scenarios(),
-        discovery_scenarios(), caps_scenarios(), search_scenarios(), text_scenarios()})
+        pad_scenarios(), link_scenarios(), branch_scenarios(), ancestry_scenarios(),
+        media_type_scenarios(), discovery_scenarios(), caps_scenarios(), search_scenarios(),
+        text_scenarios()})
     all.insert(all.end(), family.begin(), family.end());
   return all;
 }

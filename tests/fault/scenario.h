@@ -7,6 +7,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "depayloader_references.h"
@@ -35,6 +36,9 @@ struct Involved {
 
 // An element with an owner. If a bin rejects it, the bin releases one of its references.
 Involved owned(const char *name, const Element &element);
+
+// The caps, if there are any.
+std::vector<Involved> involve(const Caps &caps);
 
 // The factories to which the choice of an RTP proxy keeps references.
 std::vector<Involved> kept_factories();
@@ -71,6 +75,11 @@ inline std::ostream &operator<<(std::ostream &stream, const Scenario &scenario) 
 // Helper functions for scenarios.
 
 using Bus = boost::intrusive_ptr<GstBus>;
+
+Element make_tee(int pads);
+
+// A source linked to a sink.
+std::pair<Element, Element> make_linked();
 
 // Returns a pointer of the wrong type for a call.
 template <typename T>
@@ -116,7 +125,8 @@ std::string number_from(Call call) {
 std::vector<Scenario> check_and_lookup_scenarios();
 std::vector<Scenario> construction_scenarios();
 std::vector<Scenario> control_scenarios();
-std::vector<Scenario> pad_and_link_scenarios();
+std::vector<Scenario> pad_scenarios();
+std::vector<Scenario> link_scenarios();
 std::vector<Scenario> branch_scenarios();
 std::vector<Scenario> ancestry_scenarios();
 std::vector<Scenario> media_type_scenarios();
