@@ -20,8 +20,8 @@
 
 #include "framework_version.h"
 #include "heap_watch.h"
-#include "leak_watch.h"
 #include "live_blocks.h"
+#include "live_objects.h"
 #include "log_watch.h"
 #include "scenario.h"
 
@@ -129,12 +129,12 @@ Round call_once(const Call &call, const Disturbance &disturbance) {
 }
 
 // Threads of the framework may need some time to release their references.
-void expect_nothing_left(Object_Balance &objects) {
+void expect_no_more_objects(long before) {
   constexpr gint64 PATIENCE = 5 * G_TIME_SPAN_SECOND;
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
-  while (objects.now() != 0 && g_get_monotonic_time() < deadline)
+  while (live_objects() != before && g_get_monotonic_time() < deadline)
     g_usleep(G_TIME_SPAN_MILLISECOND);
-  EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
+  EXPECT_EQ(live_objects(), before) << "objects of the framework were lost";
 }
 
 // Returns whether all recorded memory is freed, which threads of the framework may do slightly
@@ -150,10 +150,10 @@ bool memory_is_freed() {
 // Waits until the framework's threads have presumably released their references.
 void wait_for_threads() {
   constexpr int CALM = 5;
-  Object_Balance objects;
-  for (int calm = 0, before = 0; calm < CALM; ++calm) {
+  long before = live_objects();
+  for (int calm = 0; calm < CALM; ++calm) {
     g_usleep(G_TIME_SPAN_MILLISECOND);
-    if (const int now = objects.now(); now != before) {
+    if (const long now = live_objects(); now != before) {
       calm = 0;
       before = now;
     }
@@ -231,7 +231,10 @@ bool is_caused_since_1_20(const Scenario &scenario) {
 
 class Faults : public testing::TestWithParam<Scenario> {
 protected:
-  static void SetUpTestSuite() { tell_replay_at_death(); }
+  static void SetUpTestSuite() {
+    count_objects();
+    tell_replay_at_death();
+  }
   static void TearDownTestSuite() {
     EXPECT_EQ(sigaction(SIGABRT, &abort_before, nullptr), 0);
     EXPECT_EQ(sigaction(SIGSEGV, &fault_before, nullptr), 0);
@@ -270,9 +273,9 @@ protected:
     constexpr int ATTEMPTS = 3;
     for (int attempt = 1;; ++attempt) {
       forget_noted_blocks();
-      Object_Balance objects;
+      const long objects = live_objects();
       Round round = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
-      expect_nothing_left(objects);
+      expect_no_more_objects(objects);
       if (memory_is_freed()) return round;
       if (attempt < ATTEMPTS) continue;
       ADD_FAILURE() << "blocks of memory that were lost: " << noted_blocks();

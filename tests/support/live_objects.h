@@ -8,11 +8,14 @@
 
 namespace kel::tavren::tests {
 
-// Starts counting. Call this immediately after the framework has been initialised.
+// Starts counting, unless it has been started. Older objects are only subtracted when they are
+// destroyed.
 void count_objects();
 
-// Returns the number of objects of each type.
-std::map<std::string, long> live_objects();
+// Returns the number of objects of all types.
+long live_objects() noexcept;
+
+std::map<std::string, long> live_objects_by_type();
 
 }  // namespace kel::tavren::tests
 
