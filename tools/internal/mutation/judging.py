@@ -2,7 +2,6 @@
 
 import os
 import resource
-import shutil
 import signal
 import subprocess
 import time
@@ -31,31 +30,17 @@ class Failed(Exception):
 
 
 def environment(kind, source):
-    variables = dict(os.environ, G_SLICE='always-malloc')
     if kind == PLAIN:
         # Fills freed and uninitialised memory, so that reads of it do not succeed by chance.
-        variables['MALLOC_PERTURB_'] = '165'
-    else:
-        variables['ASAN_OPTIONS'] = 'detect_leaks=1:fast_unwind_on_malloc=0'
-        variables['LSAN_OPTIONS'] = f'suppressions={source}/tests/support/lsan.supp'
-    return variables
+        return dict(os.environ, G_SLICE='always-malloc', MALLOC_PERTURB_='165')
+    variables = subprocess.run(
+        ['bash', '-c', 'source tools/internal/sanitizer-options && env --null'], cwd=source,
+        check=True, capture_output=True, text=True).stdout
+    return dict(entry.split('=', 1) for entry in variables.split('\0') if entry)
 
 
 def copy_project(project, copy):
-    """Copies tracked and untracked files, but not ignored ones. Identical files are not touched, so
-    that only changed files are rebuilt."""
-    listed = subprocess.run(['git', 'ls-files', '-z', '--cached', '--others', '--exclude-standard'],
-                            cwd=project, check=True, capture_output=True, text=True).stdout
-    names = {name for name in listed.split('\0') if name and (project / name).is_file()}
-    for file in [path for path in copy.rglob('*') if path.is_file()]:
-        if str(file.relative_to(copy)) not in names:
-            file.unlink()
-    for name in names:
-        source, target = project / name, copy / name
-        if not target.exists() or source.read_bytes() != target.read_bytes():
-            target.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copyfile(source, target)
-            shutil.copymode(source, target)
+    subprocess.run([project / 'tools' / 'internal' / 'copy-project', copy], check=True)
 
 
 class Build:
