@@ -28,22 +28,22 @@ using capture::Media_Helper;
 constexpr unsigned thread_count = 16;
 
 // Collects errors from threads, and reports them at the end.
-class Complaints {
+class Failures {
 public:
-  ~Complaints() {
-    for (const std::string &complaint : complaints_)
-      ADD_FAILURE() << complaint;
+  ~Failures() {
+    for (const std::string &failure : failures_)
+      ADD_FAILURE() << failure;
   }
 
-  void note(const std::string &complaint) {
-    if (complaint.empty()) return;
+  void note(const std::string &failure) {
+    if (failure.empty()) return;
     const std::lock_guard lock(mutex_);
-    complaints_.insert(complaint);
+    failures_.insert(failure);
   }
 
 private:
   std::mutex mutex_;
-  std::set<std::string> complaints_;
+  std::set<std::string> failures_;
 };
 
 class Expected_Warnings {
@@ -94,7 +94,7 @@ std::string do_each_once(unsigned thread, bool rare_ones) {
   for (std::size_t i = 0; i < operations.size(); ++i) {
     const Operation &operation = nth_operation(i, thread);
     if (operation.use == Operation::RARE && !rare_ones) continue;
-    std::string wrong = complaint(operation, *scene);
+    std::string wrong = unexpected_behaviour(operation, *scene);
     if (!wrong.empty()) return wrong;
     const std::string changes = scene->changed_counts();
     if (!changes.empty()) return operation.name + (": " + changes);
@@ -129,10 +129,10 @@ TEST(Concurrency, AllowsAllOperationsOnSeparateObjects) {
   ASSERT_EQ(do_each_once(0, true), "");
   const std::map<std::string, guint> factories = factory_counts();
   {
-    Complaints complaints;
-    on_all_threads([&complaints](unsigned thread) {
+    Failures failures;
+    on_all_threads([&failures](unsigned thread) {
       for (guint round = 0; round < rounds; ++round)
-        complaints.note(do_each_once(thread, round == 0));
+        failures.note(do_each_once(thread, round == 0));
     });
   }
   EXPECT_EQ(factory_counts(), factories);
@@ -145,11 +145,12 @@ TEST(Concurrency, AllowsReadingOperationsOnSharedObjects) {
   auto scene = std::make_unique<Scene>();
   const std::map<std::string, guint> factories = factory_counts();
   {
-    Complaints complaints;
-    on_all_threads([&complaints, &scene](unsigned thread) {
+    Failures failures;
+    on_all_threads([&failures, &scene](unsigned thread) {
       for (std::size_t i = 0; i < rounds * operations.size(); ++i) {
         const Operation &operation = nth_operation(i, thread);
-        if (operation.use == Operation::SHARED) complaints.note(complaint(operation, *scene));
+        if (operation.use == Operation::SHARED)
+          failures.note(unexpected_behaviour(operation, *scene));
       }
     });
   }

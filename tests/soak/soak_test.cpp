@@ -159,7 +159,7 @@ private:
 
   void run_one(const Operation &operation, const Scene &scene) {
     const long blocks = live_blocks();
-    const std::string wrong = complaint(operation, scene);
+    const std::string wrong = unexpected_behaviour(operation, scene);
     if (!wrong.empty()) complain(wrong);
     const std::string changes = scene.changed_counts();
     if (!changes.empty()) complain(operation.name + (": " + changes));
