@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <locale>
 #include <ostream>
 #include <set>
 #include <string>
@@ -16,6 +15,7 @@
 #include "elements.h"
 #include "errors.h"
 #include "framework_version.h"
+#include "grouping_locale.h"
 #include "log_watch.h"
 #include "replaced_function.h"
 
@@ -450,22 +450,6 @@ static_assert(capture::JPEG == 0 && capture::H264 == 1 && capture::MPEG_AUDIO ==
               capture::VIDEO_RAW == 6 && capture::AUDIO_RAW == 7 && capture::MULAW == 8 &&
               capture::UNKNOWN == 9);
 
-// A global locale that formats 1001 as 1'0'0'1.
-class Grouping_Locale {
-public:
-  Grouping_Locale() : previous_(std::locale::global(std::locale(std::locale(), new Grouping))) {}
-  ~Grouping_Locale() { std::locale::global(previous_); }
-  Grouping_Locale(const Grouping_Locale &) = delete;
-  Grouping_Locale &operator=(const Grouping_Locale &) = delete;
-
-private:
-  class Grouping : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '\''; }
-    std::string do_grouping() const override { return "\1"; }
-  };
-  std::locale previous_;
-};
-
 TEST(ErrorTexts, DoNotDependOnTheGlobalLocale) {
   const Grouping_Locale locale;
   for (const Row &row : rows) {
@@ -489,7 +473,7 @@ TEST(ErrorTexts, PrintNumbersWithoutGrouping) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
   elements.push_back(GST_ELEMENT_CAST(static_cast<gpointer>(pad.get())));
 
-  const Grouping_Locale locale;
+  const Grouping_Locale locale("\1");
   expect_error(0x15160, "element 12 in gst_element_link_many_or_throw is not a GstElement *.",
                [&elements] { link_chain(elements, std::make_index_sequence<10>()); });
 }
