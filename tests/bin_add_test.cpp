@@ -31,20 +31,6 @@ namespace {
 
 using capture::Media_Helper;
 
-GstElement *make_floating(const char *factory, const char *name) {
-  return gst_element_factory_make(factory, name);
-}
-
-std::string name_of(GstElement *element) {
-  const std::unique_ptr<char, Emancipator<char>> name(
-      gst_object_get_name(GST_OBJECT_CAST(element)));
-  return name.get();
-}
-
-bool is_child_of(GstElement *element, const Element &bin) {
-  return GST_OBJECT_PARENT(element) == GST_OBJECT_CAST(bin.get());
-}
-
 int child_count(const Element &bin) {
   return GST_BIN_NUMCHILDREN(bin.get());
 }
@@ -52,13 +38,13 @@ int child_count(const Element &bin) {
 // Creates a bin with one child, whose name is then taken.
 Element make_bin_with(const char *child_name) {
   Element bin = make_element("bin", "recording");
-  gst_bin_add(as_bin(bin), make_floating("identity", child_name));
+  gst_bin_add(as_bin(bin), gst_element_factory_make("identity", child_name));
   return bin;
 }
 
 TEST(BinAdd, TakesTheFloatingReference) {
   const Element bin = make_element("bin");
-  GstElement *const element = make_floating("identity", "parser");
+  GstElement *const element = gst_element_factory_make("identity", "parser");
   Media_Helper::gst_bin_add_or_throw(as_bin(bin), element);
   EXPECT_FALSE(g_object_is_floating(element));
   EXPECT_EQ(reference_count(element), 1U);
@@ -81,7 +67,7 @@ void expect_refused(const Element &bin, GstElement *element, const std::string &
 
 TEST(BinAddOfATakenName, DestroysAFloatingElement) {
   const Element bin = make_bin_with("parser");
-  GstElement *const element = make_floating("identity", "parser");
+  GstElement *const element = gst_element_factory_make("identity", "parser");
   const Weak_Watch watch(element);
   expect_refused(bin, element, "parser");
   EXPECT_TRUE(watch.gone());
@@ -91,7 +77,7 @@ TEST(BinAddOfATakenName, DestroysAFloatingElement) {
 
 TEST(BinAddOfATakenName, ReleasesOneOfSeveralReferencesToAFloatingElement) {
   const Element bin = make_bin_with("parser");
-  GstElement *const element = make_floating("identity", "parser");
+  GstElement *const element = gst_element_factory_make("identity", "parser");
   const Element first(element);
   const Element second(element);
   ASSERT_TRUE(g_object_is_floating(element));
@@ -121,7 +107,7 @@ TEST(BinAddOfATakenName, ReleasesTheOnlyReferenceToAnOwnedElement) {
 
 TEST(BinAddOfATakenName, PrintsTheElementAndNotTheBin) {
   const Element bin = make_bin_with("100% %s");
-  expect_refused(bin, make_floating("fakesink", "100% %s"), "100% %s");
+  expect_refused(bin, gst_element_factory_make("fakesink", "100% %s"), "100% %s");
 }
 
 // Returns a bin type of an application, without a factory.
@@ -143,7 +129,7 @@ TEST(BinAddOfATakenName, PrintsEmptyParenthesesForAnElementWithoutAFactory) {
 TEST(BinAdd, DoesNotReleaseAnElementOfAnotherBin) {
   const Element other = make_element("bin");
   const Element bin = make_element("bin");
-  GstElement *const element = make_floating("identity", "parser");
+  GstElement *const element = gst_element_factory_make("identity", "parser");
   gst_bin_add(as_bin(other), element);
   expect_refused(bin, element, "parser");
   EXPECT_EQ(reference_count(element), 1U);
@@ -170,7 +156,7 @@ TEST(BinAdd, ReleasesOneReferenceToABinAddedToItself) {
   expect_refused(owned, owned.get(), "recording");
   EXPECT_EQ(reference_count(owned.get()), 1U);
 
-  GstElement *const floating = make_floating("bin", "streaming");
+  GstElement *const floating = gst_element_factory_make("bin", "streaming");
   const Element holder(floating);
   ASSERT_TRUE(g_object_is_floating(floating));
   expect_refused(holder, floating, "streaming");
@@ -189,7 +175,7 @@ TEST(BinAdd, DoesNotReleaseABinWithAParentAddedToItself) {
 
 TEST(BinAdd, KeepsTheFloatingReferenceIfTheBinIsInvalid) {
   const Element no_bin = make_element("identity");
-  GstElement *const element = make_floating("identity", "parser");
+  GstElement *const element = gst_element_factory_make("identity", "parser");
   for (GstBin *const bin : {static_cast<GstBin *>(nullptr), as_bin(no_bin)})
     expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
                  [&] { Media_Helper::gst_bin_add_or_throw(bin, element); });

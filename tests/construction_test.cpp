@@ -12,24 +12,10 @@ namespace {
 
 using capture::Media_Helper;
 
-GstElement *make_floating(const char *factory, const char *name) {
-  return gst_element_factory_make(factory, name);
-}
-
-std::string name_of(GstElement *element) {
-  const std::unique_ptr<char, Emancipator<char>> name(
-      gst_object_get_name(GST_OBJECT_CAST(element)));
-  return name.get();
-}
-
-bool is_child_of(GstElement *element, const Element &bin) {
-  return GST_OBJECT_PARENT(element) == GST_OBJECT_CAST(bin.get());
-}
-
 // Creates a bin with one child, whose name is then taken.
 Element make_bin_with(const char *child_name) {
   Element bin = make_element("bin", "recording");
-  gst_bin_add(as_bin(bin), make_floating("identity", child_name));
+  gst_bin_add(as_bin(bin), gst_element_factory_make("identity", child_name));
   return bin;
 }
 

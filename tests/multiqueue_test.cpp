@@ -228,10 +228,6 @@ void end_stream(const Element &multiqueue, const Stream &stream) {
   gst_element_release_request_pad(multiqueue.get(), stream.sink.get());
 }
 
-std::string name_of(const Pad &pad) {
-  return GST_OBJECT_NAME(pad.get());
-}
-
 class RequestNewMultiqueuePads : public testing::Test {
 protected:
   const Element multiqueue_ = make_element("multiqueue");
@@ -249,10 +245,10 @@ TEST_F(RequestNewMultiqueuePads, ReportsABadElement) {
 TEST_F(RequestNewMultiqueuePads, LetsTheFrameworkNumberTheStreams) {
   const Stream first = request_stream(multiqueue_, "", nullptr);
   const Stream second = request_stream(multiqueue_, "", nullptr);
-  EXPECT_EQ(name_of(first.sink), "sink_0");
-  EXPECT_EQ(name_of(first.src), "src_0");
-  EXPECT_EQ(name_of(second.sink), "sink_1");
-  EXPECT_EQ(name_of(second.src), "src_1");
+  EXPECT_EQ(name_of(first.sink.get()), "sink_0");
+  EXPECT_EQ(name_of(first.src.get()), "src_0");
+  EXPECT_EQ(name_of(second.sink.get()), "sink_1");
+  EXPECT_EQ(name_of(second.src.get()), "src_1");
   EXPECT_EQ(gst_pad_get_direction(first.sink.get()), GST_PAD_SINK);
   EXPECT_EQ(gst_pad_get_direction(first.src.get()), GST_PAD_SRC);
   EXPECT_EQ(first.sink, static_pad(multiqueue_, "sink_0"));
@@ -261,8 +257,8 @@ TEST_F(RequestNewMultiqueuePads, LetsTheFrameworkNumberTheStreams) {
 
 TEST_F(RequestNewMultiqueuePads, NamesTheStream) {
   const Stream stream = request_stream(multiqueue_, "sink_7", nullptr);
-  EXPECT_EQ(name_of(stream.sink), "sink_7");
-  EXPECT_EQ(name_of(stream.src), "src_7");
+  EXPECT_EQ(name_of(stream.sink.get()), "sink_7");
+  EXPECT_EQ(name_of(stream.src.get()), "src_7");
 }
 
 TEST_F(RequestNewMultiqueuePads, ReturnsOneReferenceToEachPad) {

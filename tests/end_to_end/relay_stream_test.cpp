@@ -50,11 +50,8 @@ TEST_P(RelayedFormats, ReachTheViewerUnchanged) {
   ASSERT_TRUE(std::regex_match(relay.uri, std::regex("rtsp://127\\.0\\.0\\.1:[0-9]+/relay")))
       << relay.uri;
   expect_streams(relay.uri, kinds.video_type, kinds.audio_type);
-  relay.send_signal(SIGTERM);
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.out, relay.uri + "\n" + kinds.lines);
+  const std::string output = relay.output_after(SIGTERM);
+  EXPECT_EQ(output, relay.uri + "\n" + kinds.lines);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RelayedFormats,
@@ -76,15 +73,12 @@ TEST(RelayStream, SkipsMetadataAndReportsIt) {
   const Camera camera({"--metadata"});
   Relay relay(camera.uri);
   expect_streams(relay.uri, capture::H264, capture::MPEG_AUDIO);
-  relay.send_signal(SIGINT);
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.out, relay.uri + "\n"
-                                     "RTP video H264: rtph264depay -> rtph264pay\n"
-                                     "RTP audio MP4A-LATM: rtpmp4adepay -> rtpmp4apay\n"
-                                     "RTP_METADATA application VND.ONVIF.METADATA: not relayed, "
-                                     "metadata is no media\n");
+  const std::string output = relay.output_after(SIGINT);
+  EXPECT_EQ(output, relay.uri + "\n"
+                                "RTP video H264: rtph264depay -> rtph264pay\n"
+                                "RTP audio MP4A-LATM: rtpmp4adepay -> rtpmp4apay\n"
+                                "RTP_METADATA application VND.ONVIF.METADATA: not relayed, "
+                                "metadata is no media\n");
 }
 
 TEST(RelayStream, RelaysFormatsThatTheRegistryHasElementsFor) {
@@ -92,13 +86,10 @@ TEST(RelayStream, RelaysFormatsThatTheRegistryHasElementsFor) {
   Relay relay(camera.uri);
   EXPECT_TRUE(Viewer(relay.uri, "video").sees(50));
   EXPECT_TRUE(Viewer(relay.uri, "audio", "udp").sees(50));
-  relay.send_signal(SIGTERM);
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(outcome.out, relay.uri + "\n"
-                                     "RTP video VP8: rtpvp8depay -> rtpvp8pay\n"
-                                     "RTP audio OPUS: rtpopusdepay -> rtpopuspay\n");
+  const std::string output = relay.output_after(SIGTERM);
+  EXPECT_EQ(output, relay.uri + "\n"
+                                "RTP video VP8: rtpvp8depay -> rtpvp8pay\n"
+                                "RTP audio OPUS: rtpopusdepay -> rtpopuspay\n");
 }
 
 TEST(RelayStream, SkipsFormatsWithoutElements) {
@@ -127,10 +118,7 @@ TEST(RelayStream, ServesConcurrentAndConsecutiveViewers) {
   }
   const Viewer later(relay.uri, "audio");
   EXPECT_TRUE(later.sees(20));
-  relay.send_signal(SIGTERM);
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
+  relay.output_after(SIGTERM);
   EXPECT_TRUE(later.sees_end());
 }
 
@@ -163,10 +151,7 @@ TEST_P(RelayStreamSignals, EndTheRelayWithoutAnError) {
   const Camera camera;
   Relay relay(camera.uri);
   ASSERT_NE(relay.uri, "");
-  relay.send_signal(GetParam());
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
+  relay.output_after(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RelayStreamSignals, testing::Values(SIGINT, SIGTERM, SIGHUP));

@@ -27,12 +27,6 @@ std::string media_uri() {
   return uri;
 }
 
-// A value of an enumeration, possibly one that is not an enumerator.
-template <typename Enumeration>
-Enumeration value(int number) {
-  return static_cast<Enumeration>(number);
-}
-
 }  // namespace
 
 std::vector<Scenario> discovery_scenarios() {

@@ -81,6 +81,12 @@ Element make_tee(int pads);
 // A source linked to a sink.
 std::pair<Element, Element> make_linked();
 
+// A value of an enumeration, possibly one that is not an enumerator.
+template <typename Enumeration>
+Enumeration value(int number) {
+  return static_cast<Enumeration>(number);
+}
+
 // Returns a pointer of the wrong type for a call.
 template <typename T>
 T *disguise(const boost::intrusive_ptr<GstPad> &pad) {
@@ -98,10 +104,6 @@ std::string done(Call call) {
 template <typename Make>
 Call alone(Make make) {
   return {{}, [make] { return disturbed(make); }};
-}
-
-inline std::string name_of(gpointer object) {
-  return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
 
 // Disturbed calls that return an element or a pad, which is released, or a number.

@@ -6,16 +6,6 @@ namespace kel::tavren::tests {
 
 using capture::Media_Helper;
 
-namespace {
-
-// A value of an enumeration, possibly one that is not an enumerator.
-template <typename Enumeration>
-Enumeration value(int number) {
-  return static_cast<Enumeration>(number);
-}
-
-}  // namespace
-
 std::vector<Scenario> text_scenarios() {
   return {
       {"gst_state_to_string", "known",

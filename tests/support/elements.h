@@ -4,6 +4,7 @@
 #define TAVREN_TESTS_ELEMENTS_H
 
 #include <cstring>
+#include <string>
 
 #include "references.h"
 
@@ -26,6 +27,10 @@ inline Element make_bin(const char *name) {
 
 inline Element make_pipeline(const char *name = nullptr) {
   return own(gst_pipeline_new(name));
+}
+
+inline std::string name_of(gpointer object) {
+  return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
 
 // Registers a type that inherits everything that the function does not change.
@@ -59,6 +64,10 @@ inline GstBin *as_bin(const Element &element) {
 }
 inline GstPad *as_pad(const Element &element) {
   return GST_PAD_CAST(element.get());
+}
+
+inline bool is_child_of(GstElement *element, const Element &bin) {
+  return GST_OBJECT_PARENT(element) == GST_OBJECT_CAST(bin.get());
 }
 
 inline Element add_to_bin(const Element &bin, const Element &element) {
