@@ -24,21 +24,26 @@ std::string camera_at(const std::string &port) {
   return "rtsp://127.0.0.1:" + port + "/camera";
 }
 
-TEST(RelayRetry, ResumesForTheSameViewerWhenTheCameraReturns) {
-  auto camera = std::make_unique<Camera>();
+// A relay with a viewer, and the camera that it relays.
+struct Watched_Relay {
+  std::unique_ptr<Camera> camera = std::make_unique<Camera>();
   const std::string port = port_of(camera->uri);
-  Relay relay(camera->uri, {"--retry", "20"});
-  const Viewer viewer(relay.uri, "video");
-  ASSERT_TRUE(viewer.sees(50));
+  Relay relay{camera->uri, {"--retry", "20"}};
+  const Viewer viewer{relay.uri, "video"};
+};
 
-  camera.reset();
-  ASSERT_TRUE(relay.writes("lost the camera, trying again: "));
-  camera = std::make_unique<Camera>(std::vector<std::string>{"--port", port});
-  ASSERT_TRUE(viewer.sees(50));
-  const Viewer newcomer(relay.uri, "audio");
+TEST(RelayRetry, ResumesForTheSameViewerWhenTheCameraReturns) {
+  Watched_Relay watched;
+  ASSERT_TRUE(watched.viewer.sees(50));
+
+  watched.camera.reset();
+  ASSERT_TRUE(watched.relay.writes("lost the camera, trying again: "));
+  watched.camera = std::make_unique<Camera>(std::vector<std::string>{"--port", watched.port});
+  ASSERT_TRUE(watched.viewer.sees(50));
+  const Viewer newcomer(watched.relay.uri, "audio");
   EXPECT_TRUE(newcomer.sees(50));
 
-  const std::string output = relay.output_after(SIGTERM);
+  const std::string output = watched.relay.output_after(SIGTERM);
   EXPECT_TRUE(std::regex_search(
       output, std::regex("\ngap from [-0-9]+T[:.0-9]+Z to [-0-9]+T[:.0-9]+Z \\([.0-9]+ s\\): "
                          "gst-resource-error-quark 9: the camera ended its stream\n")))
@@ -94,17 +99,14 @@ TEST(RelayRetry, EndsOnASignal) {
 // Viewers cannot continue with different streams. They are disconnected, and get the new streams
 // when they reconnect.
 TEST(RelayRetry, ServesOtherStreamsIfTheCameraReturnsWithThem) {
-  auto camera = std::make_unique<Camera>();
-  const std::string port = port_of(camera->uri);
-  Relay relay(camera->uri, {"--retry", "20"});
-  const Viewer viewer(relay.uri, "video");
-  ASSERT_TRUE(viewer.sees(50));
-  camera.reset();
-  camera = std::make_unique<Camera>(
-      std::vector<std::string>{"--port", port, "--video", "jpeg", "--audio", "mulaw"});
-  ASSERT_TRUE(relay.writes("RTP video JPEG: rtpjpegdepay -> rtpjpegpay\n"));
-  EXPECT_TRUE(viewer.sees_end());
-  const Viewer newcomer(relay.uri, "video");
+  Watched_Relay watched;
+  ASSERT_TRUE(watched.viewer.sees(50));
+  watched.camera.reset();
+  watched.camera = std::make_unique<Camera>(
+      std::vector<std::string>{"--port", watched.port, "--video", "jpeg", "--audio", "mulaw"});
+  ASSERT_TRUE(watched.relay.writes("RTP video JPEG: rtpjpegdepay -> rtpjpegpay\n"));
+  EXPECT_TRUE(watched.viewer.sees_end());
+  const Viewer newcomer(watched.relay.uri, "video");
   EXPECT_TRUE(newcomer.sees(50));
 }
 
