@@ -71,6 +71,7 @@ TEST(CapsEqual, ComparesCapsAsTheFrameworkDoes) {
   EXPECT_FALSE(equal("video/x-raw; audio/x-raw", "audio/x-raw"));
   EXPECT_FALSE(equal("video/x-raw, width=1; video/x-raw, width=2", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw, width=1"));
+  EXPECT_FALSE(equal("video/x-raw, width=1", "video/x-raw"));
   EXPECT_FALSE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width=1"));
   EXPECT_FALSE(equal("video/x-raw", "video/x-raw(memory:GLMemory)"));
 }

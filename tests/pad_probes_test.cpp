@@ -132,6 +132,21 @@ TEST_F(SinkPadProbe, BlocksWithoutACallback) {
   EXPECT_EQ(record_.destroyed, 1);
 }
 
+TEST_F(SinkPadProbe, HoldsBuffersBackWithoutACallback) {
+  Media_Helper::add_probe_to_sink_pad_or_throw(sink_.get(), GST_PAD_PROBE_TYPE_BLOCK_DOWNSTREAM,
+                                               nullptr, nullptr, nullptr);
+  const Element pipeline = make_pipeline();
+  add_to_bin(pipeline, source_);
+  add_to_bin(pipeline, sink_);
+  ASSERT_TRUE(gst_element_link(source_.get(), sink_.get()));
+  gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+  const gint64 deadline = g_get_monotonic_time() + 10 * G_TIME_SPAN_SECOND;
+  while (!gst_pad_is_blocking(sink_pad_.get()) && g_get_monotonic_time() < deadline)
+    g_usleep(G_TIME_SPAN_MILLISECOND);
+  EXPECT_TRUE(gst_pad_is_blocking(sink_pad_.get()));
+  gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+}
+
 TEST_F(SinkPadProbe, RunsAtOnceOnAnIdlePadAndRemains) {
   add_probe(sink_, GST_PAD_PROBE_TYPE_IDLE, record_);
   EXPECT_EQ(record_.calls, 1);

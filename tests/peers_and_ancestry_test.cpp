@@ -278,6 +278,22 @@ TEST_F(Ancestry, HoldsEachAncestorWhileGettingTheNext) {
   EXPECT_TRUE(watch.gone());
 }
 
+TEST_F(Ancestry, HoldsEachAncestorWhileVerifyingIt) {
+  dying_bin = make_bin("dying");
+  const Weak_Watch watch(dying_bin.get());
+  const Element element = make_element("identity");
+  add_to_bin(dying_bin, element);
+  add_to_bin(pipeline_, dying_bin);
+  bin_was_held = false;
+  before_parent_is_asked = let_go_of_bin;
+  expect_error(0x15240, "Topmost parent mismatch of the second kind in verify_element_top_parent",
+               [&] { Media_Helper::verify_element_top_parent(element.get(), pipeline_.get()); });
+  before_parent_is_asked = nullptr;
+  EXPECT_TRUE(bin_was_held);
+  dying_bin.reset();
+  EXPECT_TRUE(watch.gone());
+}
+
 // A bin that is removed from its pipeline during the walk remains valid, because the walk keeps a
 // reference.
 TEST_F(Ancestry, MayChangeDuringTheWalk) {

@@ -167,6 +167,7 @@ TEST_F(TeePadRequest, IsReleasedBeforeTheReferenceIsDropped) {
   expect_error(0x15020, "Failed to link tee to element",
                [&] { Media_Helper::link_tee_to_element(tee_.get(), source.get()); });
   EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
+  EXPECT_EQ(record_.caps, std::vector<Caps>{nullptr});
   EXPECT_EQ(record_.references_on_release, 2u);  // the element's and the request's
   EXPECT_EQ(tee_->numsrcpads, 0);
 }

@@ -1,9 +1,11 @@
-// Access to a function of the framework that a test program replaces.
+// Functions of the framework that a test program replaces.
 
 #ifndef TAVREN_TESTS_REPLACED_FUNCTION_H
 #define TAVREN_TESTS_REPLACED_FUNCTION_H
 
 #include <dlfcn.h>
+
+#include <tavren/capture/media_helper.h>
 
 namespace kel::tavren::tests {
 
@@ -12,6 +14,18 @@ namespace kel::tavren::tests {
 template <typename Function>
 Function *replaced_function(Function *, const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+inline const void *library_with(const void *address) {
+  Dl_info info{};
+  return dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+// Returns whether the library contains an address, such as the return address of a replacement.
+inline bool is_in_library(const void *address) {
+  static const void *const library =
+      library_with(reinterpret_cast<const void *>(&capture::Media_Helper::get_media_type));
+  return library_with(address) == library;
 }
 
 }  // namespace kel::tavren::tests
