@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "depayloaders.h"
 #include "library_calls.h"
 #include "owned.h"
 #include "raw_calls.h"
@@ -180,9 +181,7 @@ void add_selection(Programme &programme) {
 }
 
 const char *raw_proxy(const GstCaps *caps) {
-  static constexpr const char *depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
-                                                 "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
-  for (const char *const name : depayloaders) {
+  for (const char *const name : tests::depayloaders) {
     GstElementFactory *const factory = gst_element_factory_find(name);
     require(factory != nullptr, "finding a factory");
     const gboolean fits = gst_element_factory_can_sink_all_caps(factory, caps);

@@ -3,34 +3,22 @@
 
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
 // If set, contains the instances that the library checked for being an element or a bin.
 thread_local std::vector<gconstpointer> *checked = nullptr;
 
-const void *library_of(const void *address) {
-  Dl_info info{};
-  return dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
-}
-
-bool is_in_library(const void *address) {
-  using kel::tavren::capture::Media_Helper;
-  return library_of(address) ==
-         library_of(reinterpret_cast<const void *>(&Media_Helper::get_media_type));
-}
-
 }  // namespace
 
 extern "C" gboolean g_type_check_instance_is_a(GTypeInstance *instance, GType type) {
-  static const auto check = reinterpret_cast<decltype(g_type_check_instance_is_a) *>(
-      dlsym(RTLD_NEXT, "g_type_check_instance_is_a"));
+  static const auto check =
+      kel::tavren::tests::replaced_function(g_type_check_instance_is_a, __func__);
   if (checked != nullptr && (type == GST_TYPE_ELEMENT || type == GST_TYPE_BIN) &&
-      is_in_library(__builtin_return_address(0)))
+      kel::tavren::tests::is_in_library(__builtin_return_address(0)))
     checked->push_back(instance);
   return check(instance, type);
 }

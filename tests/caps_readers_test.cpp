@@ -1,13 +1,12 @@
-// Reading values from caps, and computing with them.
+// Reading values from caps.
 
 #include <limits>
 #include <memory>
 #include <utility>
-#include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -16,10 +15,7 @@ using capture::Media_Helper;
 
 using Size = std::pair<unsigned long long, unsigned long long>;
 using Rate = std::pair<long long, long long>;
-
 constexpr int largest_int = std::numeric_limits<int>::max();
-constexpr unsigned long long largest = std::numeric_limits<unsigned long long>::max();
-constexpr unsigned long long half = 9223372036854775808ULL;  // 2^63
 
 // Calls a reader with caps made from a text. The reader must not change the caps.
 template <typename Reader>
@@ -51,7 +47,7 @@ void expect_checked(Reader reader, const char *error) {
   EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(buffer.get()), 1);
 }
 
-TEST(Framerate, is_read) {
+TEST(GetFramerateFromCaps, ReturnsTheFraction) {
   const struct {
     const char *caps;
     Rate rate;
@@ -70,7 +66,7 @@ TEST(Framerate, is_read) {
     EXPECT_EQ(read(Media_Helper::get_framerate_from_caps, row.caps), row.rate) << row.caps;
 }
 
-TEST(Framerate, must_be_one_fraction_of_the_first_structure) {
+TEST(GetFramerateFromCaps, RequiresASingleFractionInTheFirstStructure) {
   for (const char *const text : {
            "video/x-raw",
            "video/x-raw, width=640, height=480",
@@ -86,7 +82,7 @@ TEST(Framerate, must_be_one_fraction_of_the_first_structure) {
                       "Unable to get framerate from caps in get_framerate_from_caps");
 }
 
-TEST(Framerate, must_be_greater_than_0) {
+TEST(GetFramerateFromCaps, RequiresAPositiveFraction) {
   for (const char *const text : {
            "video/x-raw, framerate=0/1",
            "video/x-raw, framerate=-1/1",
@@ -100,7 +96,7 @@ TEST(Framerate, must_be_greater_than_0) {
 
 // The framework parses, sets and copies only fractions with a positive denominator, but a plugin
 // may set the value directly.
-TEST(Framerate, over_zero_or_less_is_refused) {
+TEST(GetFramerateFromCaps, RefusesADenominatorOfZeroOrLess) {
   for (const int denominator : {0, -1, -largest_int}) {
     const Caps caps = make_caps("video/x-raw");
     GValue framerate = G_VALUE_INIT;
@@ -114,12 +110,12 @@ TEST(Framerate, over_zero_or_less_is_refused) {
   }
 }
 
-TEST(Framerate, needs_caps) {
+TEST(GetFramerateFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_framerate_from_caps,
                  "caps in get_framerate_from_caps is not a GstCaps *.");
 }
 
-TEST(Resolution, is_read) {
+TEST(GetResolutionFromCaps, ReturnsWidthAndHeight) {
   const struct {
     const char *caps;
     Size size;
@@ -135,7 +131,7 @@ TEST(Resolution, is_read) {
     EXPECT_EQ(read(Media_Helper::get_resolution_from_caps, row.caps), row.size) << row.caps;
 }
 
-TEST(Resolution, must_be_two_integers_of_the_first_structure) {
+TEST(GetResolutionFromCaps, RequiresTwoIntegersInTheFirstStructure) {
   for (const char *const text : {
            "video/x-raw",
            "video/x-raw, width=640",
@@ -154,7 +150,7 @@ TEST(Resolution, must_be_two_integers_of_the_first_structure) {
                       "Unable to get width and/or height in get_resolution_from_caps");
 }
 
-TEST(Resolution, must_be_greater_than_0) {
+TEST(GetResolutionFromCaps, RequiresPositiveSides) {
   for (const char *const text : {
            "video/x-raw, width=0, height=480",
            "video/x-raw, width=640, height=0",
@@ -168,12 +164,12 @@ TEST(Resolution, must_be_greater_than_0) {
                       "Retrieved invalid width and/or height in get_resolution_from_caps");
 }
 
-TEST(Resolution, needs_caps) {
+TEST(GetResolutionFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_resolution_from_caps,
                  "caps in get_resolution_from_caps is not a GstCaps *.");
 }
 
-TEST(Encoding_Name, is_read) {
+TEST(GetEncodingNameFromCaps, ReturnsTheName) {
   const struct {
     const char *caps;
     const char *name;
@@ -194,7 +190,7 @@ TEST(Encoding_Name, is_read) {
     EXPECT_EQ(read(Media_Helper::get_encoding_name_from_caps, row.caps), row.name) << row.caps;
 }
 
-TEST(Encoding_Name, is_a_copy) {
+TEST(GetEncodingNameFromCaps, ReturnsACopy) {
   Caps caps = make_caps("application/x-rtp, encoding-name=H264");
   const std::string name = Media_Helper::get_encoding_name_from_caps(caps.get());
   gst_caps_set_simple(caps.get(), "encoding-name", G_TYPE_STRING, "JPEG", nullptr);
@@ -202,14 +198,14 @@ TEST(Encoding_Name, is_a_copy) {
   EXPECT_EQ(name, "H264");
 }
 
-TEST(Encoding_Name, needs_caps) {
+TEST(GetEncodingNameFromCaps, ChecksItsCaps) {
   expect_checked(Media_Helper::get_encoding_name_from_caps,
                  "caps in get_encoding_name_from_caps is not a GstCaps *.");
 }
 
 // The number of structures is not checked first, so the framework logs a critical and the reader
 // finds nothing.
-TEST(Readers, find_nothing_in_caps_without_structures) {
+TEST(CapsReaders, FindNothingInCapsWithoutStructures) {
   const Expected_Log no_structure("gst_caps_get_structure");
   const Expected_Log no_field("gst_structure_get_");
   for (const char *const text : {"EMPTY", "ANY"}) {
@@ -219,225 +215,6 @@ TEST(Readers, find_nothing_in_caps_without_structures) {
                       "Unable to get width and/or height in get_resolution_from_caps");
     EXPECT_EQ(read(Media_Helper::get_encoding_name_from_caps, text), "");
   }
-}
-
-TEST(Calculated_Resolution, fits_into_the_bounds) {
-  const struct {
-    Size bounds, source, result;
-  } rows[] = {
-      {{1280, 720}, {1920, 1080}, {1280, 720}},
-      {{640, 480}, {1920, 1080}, {640, 360}},
-      {{1920, 1080}, {640, 480}, {1440, 1080}},
-      {{720, 480}, {1920, 1080}, {720, 405}},
-      {{1024, 768}, {1920, 1080}, {1024, 576}},
-      {{352, 288}, {1920, 1080}, {352, 198}},
-      {{100, 100}, {3, 1}, {100, 33}},
-      {{100, 100}, {1, 3}, {33, 100}},
-      // the size of the source is not a limit
-      {{3840, 2160}, {4, 3}, {2880, 2160}},
-      {{1, 1}, {1, 1}, {1, 1}},
-      {{1, 1}, {1920, 1080}, {1, 0}},
-      // exactly or nearly equal shapes: the ratio is computed first, and the side is truncated
-      {{1366, 768}, {1366, 768}, {1366, 768}},
-      {{1919, 1079}, {1919, 1079}, {1919, 1079}},
-      {{49, 1}, {49, 1}, {49, 1}},
-      {{1, 49}, {1, 49}, {0, 49}},
-      {{853, 480}, {16, 9}, {853, 479}},
-      {{9, 1000}, {9, 7}, {9, 6}},
-      {{35, 1000}, {7, 3}, {35, 14}},
-      // a side may become 0
-      {{1, 100}, {1000, 1}, {1, 0}},
-      {{100, 1}, {1, 1000}, {0, 1}},
-      {{1920, 1080}, {largest, 1}, {1920, 0}},
-      {{1920, 1080}, {1, largest}, {0, 1080}},
-  };
-  for (const auto &row : rows)
-    EXPECT_EQ(Media_Helper::calculate_resolution(row.bounds, row.source), row.result)
-        << row.bounds.first << "x" << row.bounds.second << " and " << row.source.first << "x"
-        << row.source.second;
-}
-
-TEST(Calculated_Resolution, is_right_where_a_signed_number_would_not_be) {
-  const struct {
-    Size bounds, source, result;
-  } rows[] = {
-      {{half, half}, {1, 1}, {half, half}},
-      {{half, half}, {2, 1}, {half, half / 2}},
-      {{half, half}, {1, 2}, {half / 2, half}},
-      {{half + 1, half + 1}, {1, 1}, {half, half + 1}},
-      {{1920, 1080}, {half, half / 2}, {1920, 960}},
-      {{1920, 1080}, {half, half}, {1080, 1080}},
-      {{1920, 1080}, {half + 2048, half}, {1080, 1080}},
-      {{1, 1}, {largest, largest}, {1, 1}},
-      {{largest, 1}, {3, 1}, {3, 1}},
-      {{1, largest}, {1, 1}, {1, 1}},
-      {{largest, half}, {16, 9}, {16397105843297378304ULL, half}},
-      {{half / 2, largest}, {1, 3}, {half / 2, 13835058055282163712ULL}},
-      {{9007199254740993ULL, 9007199254740993ULL},
-       {1, 1},
-       {9007199254740992ULL, 9007199254740993ULL}},
-  };
-  for (const auto &row : rows)
-    EXPECT_EQ(Media_Helper::calculate_resolution(row.bounds, row.source), row.result)
-        << row.bounds.first << "x" << row.bounds.second << " and " << row.source.first << "x"
-        << row.source.second;
-}
-
-// 2^64 - 2048 is the largest double that fits. Bounds from 2^64 - 1024 are rounded to 2^64.
-TEST(Calculated_Resolution, saturates_where_a_side_does_not_fit) {
-  const unsigned long long last_that_fits = largest - 2047;
-  const unsigned long long rounds_down = largest - 1024;
-  const unsigned long long rounds_up = largest - 1023;
-  const struct {
-    Size bounds, source, result;
-  } rows[] = {
-      {{largest, largest}, {1, 1}, {largest, largest}},
-      {{largest, half}, {2, 1}, {largest, half}},
-      {{largest, half / 2}, {4, 1}, {largest, half / 2}},
-      {{rounds_up, half}, {2, 1}, {largest, half}},
-      {{rounds_up, rounds_up}, {1, 1}, {largest, rounds_up}},
-      {{rounds_down, rounds_down}, {1, 1}, {last_that_fits, rounds_down}},
-      {{last_that_fits, last_that_fits}, {1, 1}, {last_that_fits, last_that_fits}},
-      {{last_that_fits, largest}, {1, 1}, {last_that_fits, last_that_fits}},
-      {{largest, last_that_fits}, {1, 1}, {last_that_fits, last_that_fits}},
-      {{largest, 1}, {largest, 1}, {largest, 1}},
-  };
-  for (const auto &row : rows)
-    EXPECT_EQ(Media_Helper::calculate_resolution(row.bounds, row.source), row.result)
-        << row.bounds.first << "x" << row.bounds.second << " and " << row.source.first << "x"
-        << row.source.second;
-}
-
-// Returns pairs of bounds and source in which at least one side is 0.
-std::vector<std::pair<Size, Size>> invalid_resolutions() {
-  std::vector<std::pair<Size, Size>> pairs;
-  for (unsigned zeros = 1; zeros < 16; ++zeros) {
-    const auto side = [zeros](unsigned bit) { return (zeros >> bit & 1U) != 0 ? 0ULL : 7ULL; };
-    pairs.push_back({{side(0), side(1)}, {side(2), side(3)}});
-  }
-  pairs.push_back({{0, largest}, {largest, largest}});
-  pairs.push_back({{largest, largest}, {largest, 0}});
-  return pairs;
-}
-
-TEST(Calculated_Resolution, of_0_is_a_logic_error) {
-  for (const auto &[bounds, source] : invalid_resolutions()) {
-    try {
-      Media_Helper::calculate_resolution(bounds, source);
-      ADD_FAILURE() << "threw nothing";
-    } catch (const Tavren_Error<std::logic_error> &error) {
-      const Tavren_Error<std::exception> &root = error;
-      EXPECT_EQ(static_cast<int>(root.code()), 0x15250);
-      EXPECT_STREQ(error.what(), "Invalid resolution provided in calculate_resolution");
-    }
-  }
-}
-
-template <typename Class>
-bool is_caught_as() {
-  try {
-    Media_Helper::calculate_resolution({0, 1080}, {1920, 1080});
-  } catch (const Class &) {
-    return true;
-  } catch (...) {
-  }
-  return false;
-}
-
-TEST(Calculated_Resolution, of_0_is_no_backend_error) {
-  EXPECT_TRUE(is_caught_as<Tavren_Error<std::logic_error>>());
-  EXPECT_TRUE(is_caught_as<Tavren_Error<std::exception>>());
-  EXPECT_TRUE(is_caught_as<std::logic_error>());
-  EXPECT_TRUE(is_caught_as<std::exception>());
-  EXPECT_FALSE(is_caught_as<std::runtime_error>());
-  EXPECT_FALSE(is_caught_as<Tavren_Error<std::runtime_error>>());
-  EXPECT_FALSE(is_caught_as<Backend_Error<std::exception>>());
-  EXPECT_FALSE(is_caught_as<Backend_Error<std::runtime_error>>());
-}
-
-// Returns a list of caps, each a separate object.
-std::vector<Caps> make_list(const std::vector<const char *> &texts) {
-  std::vector<Caps> list;
-  for (const char *const text : texts)
-    list.push_back(make_caps(text));
-  return list;
-}
-
-TEST(Caps_Lists, are_compared_without_their_order) {
-  const char *const a = "video/x-raw, width=640";
-  const char *const b = "audio/x-raw, rate=8000";
-  const char *const c = "video/x-raw, width=320";
-  const struct {
-    std::vector<const char *> first, second;
-    bool equal;
-  } rows[] = {
-      {{}, {}, true},
-      {{}, {a}, false},
-      {{a}, {}, false},
-      {{a}, {a}, true},
-      {{a}, {b}, false},
-      {{a}, {c}, false},
-      {{a, b}, {a, b}, true},
-      {{a, b}, {b, a}, true},
-      {{a, b, c}, {c, a, b}, true},
-      {{a, b}, {a, c}, false},
-      {{a, b}, {a}, false},
-      {{a}, {a, b}, false},
-      // each partner is used once
-      {{a, a}, {a, b}, false},
-      {{a, b}, {a, a}, false},
-      {{a, a}, {a, a}, true},
-      {{a, a}, {a}, false},
-      {{a}, {a, a}, false},
-      {{a, a, b}, {a, b, b}, false},
-      {{a, b, a}, {a, a, b}, true},
-  };
-  int number = 0;
-  for (const auto &row : rows)
-    EXPECT_EQ(Media_Helper::caps_equal(make_list(row.first), make_list(row.second)), row.equal)
-        << "row " << number++;
-}
-
-TEST(Caps_Lists, hold_what_the_framework_calls_equal) {
-  const auto equal = [](const char *first, const char *second) {
-    return Media_Helper::caps_equal(make_list({first}), make_list({second}));
-  };
-  EXPECT_TRUE(equal("ANY", "ANY"));
-  EXPECT_TRUE(equal("EMPTY", "EMPTY"));
-  EXPECT_FALSE(equal("ANY", "EMPTY"));
-  EXPECT_FALSE(equal("ANY", "video/x-raw"));
-  EXPECT_TRUE(equal("video/x-raw, width=1, height=2", "video/x-raw, height=2, width=1"));
-  // Equal in what they allow, even if they are written differently.
-  EXPECT_TRUE(equal("video/x-raw; audio/x-raw", "audio/x-raw; video/x-raw"));
-  EXPECT_TRUE(equal("video/x-raw; video/x-raw, width=1", "video/x-raw"));
-  EXPECT_TRUE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width={ 2, 1 }"));
-  EXPECT_FALSE(equal("video/x-raw; audio/x-raw", "audio/x-raw"));
-  EXPECT_FALSE(equal("video/x-raw, width=1; video/x-raw, width=2", "video/x-raw, width=1"));
-  EXPECT_FALSE(equal("video/x-raw", "video/x-raw, width=1"));
-  EXPECT_FALSE(equal("video/x-raw, width=1", "video/x-raw"));
-  EXPECT_FALSE(equal("video/x-raw, width=[ 1, 2 ]", "video/x-raw, width=1"));
-  EXPECT_FALSE(equal("video/x-raw", "video/x-raw(memory:GLMemory)"));
-}
-
-TEST(Caps_Lists, stay_as_they_were) {
-  const std::vector<Caps> first = make_list({"video/x-raw", "audio/x-raw"});
-  const std::vector<Caps> second = make_list({"audio/x-raw", "video/x-raw"});
-  EXPECT_TRUE(Media_Helper::caps_equal(first, second));
-  EXPECT_FALSE(Media_Helper::caps_equal(first, {second[0], second[0]}));
-  EXPECT_TRUE(Media_Helper::caps_equal(first, first));
-  ASSERT_EQ(second.size(), 2U);
-  for (const auto *list : {&first, &second})
-    for (const Caps &caps : *list)
-      EXPECT_EQ(reference_count(caps.get()), 1);
-}
-
-TEST(Caps_Lists, given_away_are_gone) {
-  const Caps caps = make_caps("video/x-raw");
-  std::vector<Caps> first{caps};
-  std::vector<Caps> second{caps};
-  ASSERT_EQ(reference_count(caps.get()), 3);
-  EXPECT_TRUE(Media_Helper::caps_equal(std::move(first), std::move(second)));
-  EXPECT_EQ(reference_count(caps.get()), 1);
 }
 
 }  // namespace

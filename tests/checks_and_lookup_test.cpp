@@ -4,8 +4,8 @@
 #include <thread>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -73,7 +73,7 @@ void expect_failure(const Check &check, gpointer object, const std::string &desc
   expect_error(check.code, description + check.literal, [&] { check.call(object, description); });
 }
 
-TEST(Object_Checks, TakeTheirTypeAndItsSubclasses) {
+TEST(ObjectChecks, AcceptTheirTypeAndItsSubclasses) {
   for (const Subject &subject : subjects) {
     SCOPED_TRACE(subject.name);
     const Object object(subject.make());
@@ -88,19 +88,19 @@ TEST(Object_Checks, TakeTheirTypeAndItsSubclasses) {
   }
 }
 
-TEST(Object_Checks, RefuseNull) {
+TEST(ObjectChecks, RefuseNull) {
   for (const Check &check : object_checks)
     expect_failure(check, nullptr, "element in gst_element_get_bus_or_throw");
 }
 
-TEST(Object_Checks, RefuseAnInstanceWithoutAClass) {
+TEST(ObjectChecks, RefuseAnInstanceWithoutAClass) {
   GTypeInstance instance{nullptr};
   for (const Check &check : object_checks)
     expect_failure(check, &instance, "argument");
 }
 
 // GstElement is abstract: no object of the framework has exactly this type.
-TEST(Object_Checks, TakeAnElementOfNoSubclass) {
+TEST(ObjectChecks, AcceptAnInstanceOfTheAbstractElementClass) {
   const gpointer element_class = g_type_class_ref(GST_TYPE_ELEMENT);
   GTypeInstance instance{static_cast<GTypeClass *>(element_class)};
   EXPECT_NO_THROW(object_checks[0].call(&instance, "argument"));
@@ -109,7 +109,7 @@ TEST(Object_Checks, TakeAnElementOfNoSubclass) {
   g_type_class_unref(element_class);
 }
 
-TEST(Object_Checks, KeepAFloatingReferenceFloating) {
+TEST(ObjectChecks, KeepAFloatingReferenceFloating) {
   GstElement *const made = gst_element_factory_make("identity", nullptr);
   Media_Helper::is_element_or_throw(made, "argument");
   EXPECT_TRUE(g_object_is_floating(made));
@@ -117,13 +117,13 @@ TEST(Object_Checks, KeepAFloatingReferenceFloating) {
   gst_object_unref(made);
 }
 
-TEST(Object_Checks, TakeTheDescriptionAsItIs) {
+TEST(ObjectChecks, PrintTheDescriptionVerbatim) {
   for (const char *description : {"", " ", "100% of %s %1%", "\"camera\" "})
     for (const Check &check : object_checks)
       expect_failure(check, nullptr, description);
 }
 
-TEST(Object_Checks, RunOnManyThreadsAtOnce) {
+TEST(ObjectChecks, RunOnManyThreadsAtOnce) {
   const Element element = make_element("identity");
   std::array<int, 4> right{};
   std::vector<std::thread> threads;
@@ -139,7 +139,7 @@ TEST(Object_Checks, RunOnManyThreadsAtOnce) {
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 
-TEST(Caps_Check, TakesAllCaps) {
+TEST(CapsCheck, AcceptsAllCaps) {
   for (const char *text : {"video/x-raw", "video/x-raw; audio/x-raw", "ANY", "EMPTY"}) {
     const Caps caps = make_caps(text);
     EXPECT_NO_THROW(Media_Helper::is_caps_or_throw(caps.get(), "argument")) << text;
@@ -147,14 +147,14 @@ TEST(Caps_Check, TakesAllCaps) {
   }
 }
 
-TEST(Caps_Check, RefusesNull) {
+TEST(CapsCheck, RefusesNull) {
   expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
                [] { Media_Helper::is_caps_or_throw(nullptr, "caps in get_media_type"); });
   expect_error(0x15210, " is not a GstCaps *.",
                [] { Media_Helper::is_caps_or_throw(nullptr, ""); });
 }
 
-TEST(Caps_Check, RefusesOtherMiniObjects) {
+TEST(CapsCheck, RefusesOtherMiniObjects) {
   GstMiniObject *const others[] = {
       GST_MINI_OBJECT_CAST(gst_buffer_new()),
       GST_MINI_OBJECT_CAST(gst_event_new_eos()),
@@ -171,7 +171,7 @@ TEST(Caps_Check, RefusesOtherMiniObjects) {
   }
 }
 
-TEST(Element_Type_Check, RefusesZeroOnly) {
+TEST(ElementTypeCheck, RefusesOnlyZero) {
   expect_error(0x15200, "element_type in bin_has_element_type is not a valid GType.", [] {
     Media_Helper::is_valid_element_type_or_throw(0, "element_type in bin_has_element_type");
   });
@@ -181,7 +181,7 @@ TEST(Element_Type_Check, RefusesZeroOnly) {
     EXPECT_NO_THROW(Media_Helper::is_valid_element_type_or_throw(type, "argument")) << type;
 }
 
-TEST(Initialisation_Check, PassesOnceInitialised) {
+TEST(InitialisationCheck, PassesAfterInitialisation) {
   EXPECT_NO_THROW(Media_Helper::gst_is_initialized_or_throw("call gst_init first"));
 }
 
@@ -204,8 +204,8 @@ struct Argument {
 
 // The peer of the sink's pad has no parent.
 void ask_for_parent_of_stray_peer(const Good &good) {
-  const Pad stray(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("src", GST_PAD_SRC))), false);
-  const Pad sink_pad(gst_element_get_static_pad(good.sink.get(), "sink"), false);
+  const Pad stray = make_pad("src", GST_PAD_SRC);
+  const Pad sink_pad = static_pad(good.sink, "sink");
   ASSERT_EQ(gst_pad_link(stray.get(), sink_pad.get()), GST_PAD_LINK_OK);
   Media_Helper::get_element_sink_peer_or_throw(good.sink.get());
 }
@@ -254,7 +254,7 @@ const Argument arguments[] = {
 };
 // clang-format on
 
-TEST(Bad_Arguments, AreNamedByTheOperation) {
+TEST(BadArguments, AreReportedWithTheNameOfTheOperation) {
   for (const Argument &argument : arguments) {
     SCOPED_TRACE(argument.text);
     const Good good;
@@ -277,7 +277,7 @@ std::string look_up(const std::string &key, const std::map<std::string, std::str
   return Media_Helper::string_from_map_or_throw_(key, map, message);
 }
 
-TEST(Keyed_Lookup, FindsKinds) {
+TEST(KeyedLookup, FindsMediaTypes) {
   const std::map<MediaType, std::string> map = {
       {capture::JPEG, "jpegdec"}, {capture::RTP, ""}, {capture::UNKNOWN, "identity"}};
   EXPECT_EQ(look_up(capture::JPEG, map, "absent"), "jpegdec");
@@ -285,7 +285,7 @@ TEST(Keyed_Lookup, FindsKinds) {
   EXPECT_EQ(look_up(capture::UNKNOWN, map, "absent"), "identity");
 }
 
-TEST(Keyed_Lookup, FindsTexts) {
+TEST(KeyedLookup, FindsTexts) {
   const std::map<std::string, std::string> map = {
       {"", "nothing"}, {".mkv", "matroskamux"}, {"a", ""}};
   EXPECT_EQ(look_up("", map, "absent"), "nothing");
@@ -293,7 +293,7 @@ TEST(Keyed_Lookup, FindsTexts) {
   EXPECT_EQ(look_up("a", map, "absent"), "");
 }
 
-TEST(Keyed_Lookup, ThrowsTheMessageForAnAbsentKind) {
+TEST(KeyedLookup, ThrowsTheMessageForAnAbsentMediaType) {
   const std::map<MediaType, std::string> map = {{capture::JPEG, "jpegdec"},
                                                 {capture::MULAW, "mulawdec"}};
   for (const MediaType key :
@@ -301,7 +301,7 @@ TEST(Keyed_Lookup, ThrowsTheMessageForAnAbsentKind) {
     expect_error(0x15000, "no decoder: 100% %s", [&] { look_up(key, map, "no decoder: 100% %s"); });
 }
 
-TEST(Keyed_Lookup, ComparesTextsByteByByte) {
+TEST(KeyedLookup, ComparesTextsByteByByte) {
   using namespace std::string_literals;
   const std::map<std::string, std::string> map = {{".mkv", "matroskamux"}, {"a\0b"s, "two"}};
   EXPECT_EQ(look_up("a\0b"s, map, "absent"), "two");
@@ -310,26 +310,26 @@ TEST(Keyed_Lookup, ComparesTextsByteByByte) {
     expect_error(0x15000, "absent", [&] { look_up(key, map, "absent"); });
 }
 
-TEST(Keyed_Lookup, TakesAnEmptyMessage) {
+TEST(KeyedLookup, AcceptsAnEmptyMessage) {
   expect_error(0x15000, "", [] { look_up("a", {{"b", "text"}}, ""); });
   expect_error(0x15000, "", [] { look_up(capture::RTP, {{capture::JPEG, "text"}}, ""); });
 }
 
-TEST(Keyed_Lookup, FindsNothingInAnEmptyMap) {
+TEST(KeyedLookup, FindsNothingInAnEmptyMap) {
   expect_error(0x15000, "empty",
                [] { look_up("", std::map<std::string, std::string>(), "empty"); });
   expect_error(0x15000, "empty",
                [] { look_up(capture::JPEG, std::map<MediaType, std::string>(), "empty"); });
 }
 
-TEST(Keyed_Lookup, ReturnsACopy) {
+TEST(KeyedLookup, ReturnsACopy) {
   const std::map<std::string, std::string> map = {{"a", "text"}};
   std::string found = look_up("a", map, "absent");
   found += " changed";
   EXPECT_EQ(map.at("a"), "text");
 }
 
-TEST(Keyed_Lookup, LeavesTheMapAlone) {
+TEST(KeyedLookup, LeavesTheMapUnchanged) {
   const std::map<std::string, std::string> before = {{"a", "first"}, {"b", ""}};
   const std::map<std::string, std::string> map = before;
   look_up("a", map, "absent");
@@ -337,7 +337,7 @@ TEST(Keyed_Lookup, LeavesTheMapAlone) {
   EXPECT_EQ(map, before);
 }
 
-TEST(Keyed_Lookup, ReportsWhatASelectionCannotServe) {
+TEST(KeyedLookup, ReportsKeysThatASelectionDoesNotSupport) {
   const std::string no_parser = "Unknown video format : could not create video parser";
   expect_error(0x15000, "Unknown file extension : could not create muxer",
                [] { Media_Helper::select_muxer("record.ts"); });

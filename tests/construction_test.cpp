@@ -1,65 +1,25 @@
+// Construction and lookup of elements.
+
 #include <memory>
 #include <string>
-#include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
-
-namespace {
-
-// If set, collects the elements that the function under test creates.
-thread_local std::vector<std::unique_ptr<kel::tavren::tests::Weak_Watch>> *made_elements = nullptr;
-
-}  // namespace
-
-// Wraps the framework's function: an element that is created and destroyed leaves no other trace.
-extern "C" GstElement *gst_element_factory_make(const gchar *factory_name, const gchar *name) {
-  const auto make =
-      reinterpret_cast<decltype(&gst_element_factory_make)>(dlsym(RTLD_NEXT, __func__));
-  GstElement *const element = make(factory_name, name);
-  if (made_elements != nullptr && element != nullptr)
-    made_elements->push_back(std::make_unique<kel::tavren::tests::Weak_Watch>(element));
-  return element;
-}
 
 namespace kel::tavren::tests {
 namespace {
 
 using capture::Media_Helper;
 
-GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
-}
-
-GstElement *make_floating(const char *factory, const char *name) {
-  return gst_element_factory_make(factory, name);
-}
-
-std::string name_of(GstElement *element) {
-  const std::unique_ptr<char, Emancipator<char>> name(
-      gst_object_get_name(GST_OBJECT_CAST(element)));
-  return name.get();
-}
-
-bool is_child_of(GstElement *element, const Element &bin) {
-  return GST_OBJECT_PARENT(element) == GST_OBJECT_CAST(bin.get());
-}
-
-int child_count(const Element &bin) {
-  return GST_BIN_NUMCHILDREN(bin.get());
-}
-
 // Creates a bin with one child, whose name is then taken.
 Element make_bin_with(const char *child_name) {
   Element bin = make_element("bin", "recording");
-  gst_bin_add(as_bin(bin), make_floating("identity", child_name));
+  gst_bin_add(as_bin(bin), gst_element_factory_make("identity", child_name));
   return bin;
 }
 
-TEST(Factory_Find, GivesANewReference) {
+TEST(ElementFactoryFind, ReturnsANewReference) {
   GstElementFactory *const own = gst_element_factory_find("identity");
   const guint before = reference_count(own);
   GstElementFactory *const found = Media_Helper::gst_element_factory_find_or_throw("identity");
@@ -70,14 +30,14 @@ TEST(Factory_Find, GivesANewReference) {
   gst_object_unref(own);
 }
 
-TEST(Factory_Find, ThrowsForAnUnknownName) {
+TEST(ElementFactoryFind, ThrowsForAnUnknownName) {
   for (const std::string name : {"nosuchfactory", "", "Identity", "coreelements", "100% %s"})
     expect_error(0x151D0,
                  "Could not find factory for \"" + name + "\" in gst_element_factory_find_or_throw",
                  [&name] { Media_Helper::gst_element_factory_find_or_throw(name); });
 }
 
-TEST(Factory_Make, GivesAFloatingElementOfTheName) {
+TEST(ElementFactoryMake, ReturnsAFloatingElementWithTheName) {
   GstElement *const made = Media_Helper::gst_element_factory_make_or_throw("identity", "parser");
   EXPECT_TRUE(g_object_is_floating(made));
   EXPECT_EQ(reference_count(made), 1U);
@@ -95,12 +55,12 @@ int chosen_number() {
   return std::stoi(name.substr(8));
 }
 
-TEST(Factory_Make, LetsTheFrameworkChooseAName) {
+TEST(ElementFactoryMake, LetsTheFrameworkChooseAName) {
   const int first = chosen_number();
   EXPECT_EQ(chosen_number(), first + 1);
 }
 
-TEST(Factory_Make, ThrowsForAnUnknownFactory) {
+TEST(ElementFactoryMake, ThrowsForAnUnknownFactory) {
   expect_error(0x150C0, "Could not create nosuchfactory ",
                [] { Media_Helper::gst_element_factory_make_or_throw("nosuchfactory", ""); });
   expect_error(0x150C0, "Could not create nosuchfactory 100% %s",
@@ -109,7 +69,7 @@ TEST(Factory_Make, ThrowsForAnUnknownFactory) {
                [] { Media_Helper::gst_element_factory_make_or_throw("", "parser"); });
 }
 
-TEST(Parse_Launch, GivesAFloatingPipeline) {
+TEST(ParseLaunch, ReturnsAFloatingPipeline) {
   GstElement *const made = Media_Helper::gst_parse_launch_or_throw("fakesrc ! fakesink name=end");
   EXPECT_TRUE(GST_IS_PIPELINE(made));
   EXPECT_TRUE(g_object_is_floating(made));
@@ -118,7 +78,7 @@ TEST(Parse_Launch, GivesAFloatingPipeline) {
   gst_object_unref(made);
 }
 
-TEST(Parse_Launch, GivesASingleElementAsItIs) {
+TEST(ParseLaunch, ReturnsASingleElementWithoutAPipeline) {
   GstElement *const made = Media_Helper::gst_parse_launch_or_throw("identity name=parser");
   EXPECT_FALSE(GST_IS_BIN(made));
   EXPECT_TRUE(g_object_is_floating(made));
@@ -128,7 +88,7 @@ TEST(Parse_Launch, GivesASingleElementAsItIs) {
 }
 
 // The parser skips invalid parts and continues.
-TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
+TEST(ParseLaunch, AcceptsErrorsThatTheParserRecoversFrom) {
   GstElement *const made =
       Media_Helper::gst_parse_launch_or_throw("fakesrc ! nosuchelement ! fakesink");
   ASSERT_TRUE(GST_IS_PIPELINE(made));
@@ -139,7 +99,7 @@ TEST(Parse_Launch, TakesWhatTheParserRecoversFrom) {
 }
 
 // The parser decides whether to create a pipeline around a single remaining element.
-TEST(Parse_Launch, GivesWhatTheParserGives) {
+TEST(ParseLaunch, ReturnsWhatTheParserReturns) {
   for (const char *description : {"nosuchelement ! fakesink", "fakesrc ! fakesink", "identity"}) {
     GstElement *const expected = gst_parse_launch(description, nullptr);
     GstElement *const made = Media_Helper::gst_parse_launch_or_throw(description);
@@ -151,13 +111,13 @@ TEST(Parse_Launch, GivesWhatTheParserGives) {
   }
 }
 
-TEST(Parse_Launch, ThrowsWhenThereIsNothing) {
+TEST(ParseLaunch, ThrowsIfTheParserReturnsNothing) {
   for (const std::string description : {"", "nosuchelement", "! !", "100% %s"})
     expect_error(0x15120, "Could not create pipeline : " + description,
                  [&description] { Media_Helper::gst_parse_launch_or_throw(description); });
 }
 
-TEST(Bin_Get_By_Name, GivesANewReference) {
+TEST(BinGetByName, ReturnsANewReference) {
   const Element bin = make_bin_with("parser");
   GstElement *const found = Media_Helper::gst_bin_get_by_name_or_throw(as_bin(bin), "parser");
   EXPECT_EQ(name_of(found), "parser");
@@ -166,7 +126,7 @@ TEST(Bin_Get_By_Name, GivesANewReference) {
   gst_object_unref(found);
 }
 
-TEST(Bin_Get_By_Name, LooksIntoInnerBins) {
+TEST(BinGetByName, SearchesNestedBins) {
   const Element outer = make_element("pipeline");
   const Element inner = make_bin_with("parser");
   gst_bin_add(as_bin(outer), inner.get());
@@ -175,12 +135,12 @@ TEST(Bin_Get_By_Name, LooksIntoInnerBins) {
   EXPECT_EQ(reference_count(found.get()), 2U);
 }
 
-TEST(Bin_Get_By_Name, ThrowsForNull) {
+TEST(BinGetByName, ThrowsForNull) {
   expect_error(0x15130, "bin == NULL",
                [] { Media_Helper::gst_bin_get_by_name_or_throw(nullptr, "parser"); });
 }
 
-TEST(Bin_Get_By_Name, ThrowsForAnAbsentName) {
+TEST(BinGetByName, ThrowsForAnAbsentName) {
   const Element bin = make_bin_with("parser");
   for (const std::string name : {"muxer", "", "Parser", "100% %s"})
     expect_error(0x15140, "Could not retrieve element '" + name + "' from bin",
@@ -189,7 +149,7 @@ TEST(Bin_Get_By_Name, ThrowsForAnAbsentName) {
 }
 
 // The framework rejects arguments that are not bins. The library checks only for null.
-TEST(Bin_Get_By_Name, LeavesTheTypeToTheFramework) {
+TEST(BinGetByName, LeavesTheTypeCheckToTheFramework) {
   const Element element = make_element("identity", "parser");
   const Expected_Log assertion("GST_IS_BIN");
   expect_error(0x15140, "Could not retrieve element 'parser' from bin", [&element] {
@@ -197,256 +157,6 @@ TEST(Bin_Get_By_Name, LeavesTheTypeToTheFramework) {
   });
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
-
-TEST(Bin_Add, TakesOverTheFloatingReference) {
-  const Element bin = make_element("bin");
-  GstElement *const element = make_floating("identity", "parser");
-  Media_Helper::gst_bin_add_or_throw(as_bin(bin), element);
-  EXPECT_FALSE(g_object_is_floating(element));
-  EXPECT_EQ(reference_count(element), 1U);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-  EXPECT_TRUE(is_child_of(element, bin));
-}
-
-TEST(Bin_Add, LeavesTheOwnersReference) {
-  const Element bin = make_element("bin");
-  const Element element = make_element("identity");
-  Media_Helper::gst_bin_add_or_throw(as_bin(bin), element.get());
-  EXPECT_EQ(reference_count(element.get()), 2U);
-  EXPECT_TRUE(is_child_of(element.get(), bin));
-}
-
-void expect_refused(const Element &bin, GstElement *element, const std::string &name) {
-  expect_error(0x150E0, "Failed to add element " + name + " () to bin.",
-               [&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), element); });
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, DropsAFloatingElement) {
-  const Element bin = make_bin_with("parser");
-  GstElement *const element = make_floating("identity", "parser");
-  const Weak_Watch watch(element);
-  expect_refused(bin, element, "parser");
-  EXPECT_TRUE(watch.gone());
-  EXPECT_EQ(child_count(bin), 1);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAFloatingElementWithMore) {
-  const Element bin = make_bin_with("parser");
-  GstElement *const element = make_floating("identity", "parser");
-  const Element first(element);
-  const Element second(element);
-  ASSERT_TRUE(g_object_is_floating(element));
-  ASSERT_EQ(reference_count(element), 3U);
-  expect_refused(bin, element, "parser");
-  EXPECT_EQ(reference_count(element), 2U);
-  EXPECT_EQ(GST_OBJECT_PARENT(element), nullptr);
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, DropsOneReferenceOfAnOwnedElement) {
-  const Element bin = make_bin_with("parser");
-  const Element kept = make_element("identity", "parser");
-  GstElement *const element = GST_ELEMENT_CAST(gst_object_ref(kept.get()));
-  expect_refused(bin, element, "parser");
-  EXPECT_EQ(reference_count(element), 1U);
-  EXPECT_FALSE(g_object_is_floating(element));
-  EXPECT_EQ(GST_OBJECT_PARENT(element), nullptr);
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, DropsTheOnlyReferenceOfAnOwnedElement) {
-  const Element bin = make_bin_with("parser");
-  GstElement *const element = make_element("identity", "parser").detach();
-  const Weak_Watch watch(element);
-  expect_refused(bin, element, "parser");
-  EXPECT_TRUE(watch.gone());
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, NamesTheElementAndNotTheBin) {
-  const Element bin = make_bin_with("100% %s");
-  expect_refused(bin, make_floating("fakesink", "100% %s"), "100% %s");
-}
-
-// Returns a bin type of an application, without a factory.
-GType unregistered_type() {
-  static const GType type =
-      g_type_register_static_simple(GST_TYPE_BIN, "Unregistered_Bin", sizeof(GstBinClass), nullptr,
-                                    sizeof(GstBin), nullptr, GTypeFlags{});
-  return type;
-}
-
-TEST(Bin_Add_Of_A_Taken_Name, LeavesTheParenthesesOfAnElementWithoutAFactoryEmpty) {
-  const Element bin = make_bin_with("parser");
-  GstElement *const element =
-      GST_ELEMENT_CAST(g_object_new(unregistered_type(), "name", "parser", nullptr));
-  ASSERT_EQ(gst_element_get_factory(element), nullptr);
-  const Weak_Watch watch(element);
-  expect_refused(bin, element, "parser");
-  EXPECT_TRUE(watch.gone());
-}
-
-TEST(Bin_Add, KeepsAnElementOfAnotherBin) {
-  const Element other = make_element("bin");
-  const Element bin = make_element("bin");
-  GstElement *const element = make_floating("identity", "parser");
-  gst_bin_add(as_bin(other), element);
-  expect_refused(bin, element, "parser");
-  EXPECT_EQ(reference_count(element), 1U);
-  EXPECT_EQ(reference_count(other.get()), 1U);
-  EXPECT_TRUE(is_child_of(element, other));
-  EXPECT_EQ(child_count(bin), 0);
-}
-
-TEST(Bin_Add, KeepsAnElementThatIsInTheBinAlready) {
-  const Element bin = make_element("bin");
-  const Element element = make_element("identity", "parser");
-  gst_bin_add(as_bin(bin), element.get());
-  expect_refused(bin, element.get(), "parser");
-  EXPECT_EQ(reference_count(element.get()), 2U);
-  EXPECT_TRUE(is_child_of(element.get(), bin));
-  EXPECT_EQ(child_count(bin), 1);
-}
-
-// The bin has no parent, so the rule for a taken name applies to it, too.
-TEST(Bin_Add, DropsOneReferenceOfABinAddedToItself) {
-  const Expected_Log assertion("GST_ELEMENT_CAST (bin) != element");
-  const Element owned = make_element("bin", "recording");
-  gst_object_ref(owned.get());
-  expect_refused(owned, owned.get(), "recording");
-  EXPECT_EQ(reference_count(owned.get()), 1U);
-
-  GstElement *const floating = make_floating("bin", "streaming");
-  const Element holder(floating);
-  ASSERT_TRUE(g_object_is_floating(floating));
-  expect_refused(holder, floating, "streaming");
-  EXPECT_EQ(reference_count(floating), 1U);
-}
-
-TEST(Bin_Add, KeepsABinWithAParentThatIsAddedToItself) {
-  const Expected_Log assertion("GST_ELEMENT_CAST (bin) != element");
-  const Element pipeline = make_element("pipeline");
-  const Element bin = make_element("bin", "recording");
-  gst_bin_add(as_bin(pipeline), bin.get());
-  expect_refused(bin, bin.get(), "recording");
-  EXPECT_EQ(reference_count(bin.get()), 2U);
-  EXPECT_TRUE(is_child_of(bin.get(), pipeline));
-}
-
-TEST(Bin_Add, KeepsTheFloatingReferenceForAWrongBin) {
-  const Element no_bin = make_element("identity");
-  GstElement *const element = make_floating("identity", "parser");
-  for (GstBin *const bin : {static_cast<GstBin *>(nullptr), as_bin(no_bin)})
-    expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
-                 [&] { Media_Helper::gst_bin_add_or_throw(bin, element); });
-  EXPECT_TRUE(g_object_is_floating(element));
-  EXPECT_EQ(reference_count(element), 1U);
-  EXPECT_EQ(reference_count(no_bin.get()), 1U);
-  gst_object_unref(element);
-}
-
-TEST(Bin_Add, RefusesWhatIsNoElement) {
-  const Element bin = make_element("bin");
-  GstPad *const pad = gst_pad_new("src", GST_PAD_SRC);
-  for (const gpointer wrong : {static_cast<gpointer>(nullptr), static_cast<gpointer>(pad)})
-    expect_error(0x15160, "element in call to gst_bin_add_or_throw is not a GstElement *.", [&] {
-      Media_Helper::gst_bin_add_or_throw(as_bin(bin), static_cast<GstElement *>(wrong));
-    });
-  EXPECT_TRUE(g_object_is_floating(pad));
-  EXPECT_EQ(reference_count(pad), 1U);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-  gst_object_unref(pad);
-}
-
-TEST(Bin_Add, ChecksTheBinFirst) {
-  expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
-               [] { Media_Helper::gst_bin_add_or_throw(nullptr, nullptr); });
-}
-
-// The same operation under two names.
-class Create_And_Add
-    : public testing::TestWithParam<decltype(&Media_Helper::create_and_add_element_to_bin)> {
-protected:
-  Create_And_Add() { made_elements = &made_; }
-  ~Create_And_Add() override { made_elements = nullptr; }
-
-  GstElement *create(const std::string &factory, GstElement *bin, const std::string &name) {
-    made_.clear();
-    return GetParam()(factory, bin, name);
-  }
-
-  bool nothing_made() const { return made_.empty(); }
-  bool all_gone() const { return made_.size() == 1 && made_.front()->gone(); }
-
-private:
-  std::vector<std::unique_ptr<Weak_Watch>> made_;
-};
-
-TEST_P(Create_And_Add, GivesABorrowedElementOfTheBin) {
-  const Element bin = make_element("bin");
-  GstElement *const element = create("identity", bin.get(), "parser");
-  EXPECT_EQ(name_of(element), "parser");
-  EXPECT_STREQ(G_OBJECT_TYPE_NAME(element), "GstIdentity");
-  EXPECT_FALSE(g_object_is_floating(element));
-  EXPECT_EQ(reference_count(element), 1U);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-  EXPECT_TRUE(is_child_of(element, bin));
-}
-
-TEST_P(Create_And_Add, TakesAPipelineToo) {
-  const Element pipeline = make_element("pipeline");
-  GstElement *const element = create("identity", pipeline.get(), "parser");
-  EXPECT_TRUE(is_child_of(element, pipeline));
-}
-
-TEST_P(Create_And_Add, LetsTheFrameworkChooseNames) {
-  const Element bin = make_element("bin");
-  const std::string first = name_of(create("fakesink", bin.get(), ""));
-  const std::string second = name_of(create("fakesink", bin.get(), ""));
-  EXPECT_EQ(first.substr(0, 8), "fakesink");
-  EXPECT_NE(first, second);
-  EXPECT_EQ(child_count(bin), 2);
-}
-
-TEST_P(Create_And_Add, ThrowsForNull) {
-  expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
-               [this] { create("identity", nullptr, "parser"); });
-  EXPECT_TRUE(nothing_made());
-}
-
-TEST_P(Create_And_Add, ThrowsForWhatIsNoBin) {
-  const Element no_bin = make_element("identity");
-  const Expected_Log warning("invalid cast from 'GstIdentity' to 'GstBin'");
-  expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
-               [&] { create("identity", no_bin.get(), "parser"); });
-  EXPECT_TRUE(nothing_made());
-  EXPECT_EQ(reference_count(no_bin.get()), 1U);
-}
-
-TEST_P(Create_And_Add, ThrowsForAnUnknownFactory) {
-  const Element bin = make_element("bin");
-  expect_error(0x150C0, "Could not create nosuchfactory parser",
-               [&] { create("nosuchfactory", bin.get(), "parser"); });
-  expect_error(0x150C0, "Could not create nosuchfactory ",
-               [&] { create("nosuchfactory", bin.get(), ""); });
-  EXPECT_TRUE(nothing_made());
-  EXPECT_EQ(child_count(bin), 0);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-}
-
-TEST_P(Create_And_Add, LeavesNothingOfAnElementThatTheBinRefuses) {
-  const Element bin = make_bin_with("parser");
-  expect_error(0x150E0, "Failed to add element parser () to bin.",
-               [&] { create("fakesink", bin.get(), "parser"); });
-  EXPECT_TRUE(all_gone());
-  EXPECT_EQ(child_count(bin), 1);
-  EXPECT_EQ(reference_count(bin.get()), 1U);
-}
-
-INSTANTIATE_TEST_SUITE_P(Names, Create_And_Add,
-                         testing::Values(&Media_Helper::create_and_add_element_to_bin,
-                                         &Media_Helper::create_and_add_element_to_pipeline),
-                         [](const auto &test) {
-                           return std::string(test.index == 0 ? "ToBin" : "ToPipeline");
-                         });
 
 }  // namespace
 }  // namespace kel::tavren::tests

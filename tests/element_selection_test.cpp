@@ -91,13 +91,13 @@ void expect_by_name(Select_By_Name select, const char *name, const char *factory
     expect_error(0x15000, error, [&] { select(name); });
 }
 
-TEST(Muxer, is_chosen_by_extension) {
+TEST(MuxerSelection, DependsOnTheFileExtension) {
   for (const File_Row &row : files)
     expect_by_name(Media_Helper::select_muxer, row.name, row.muxer,
                    "Unknown file extension : could not create muxer");
 }
 
-TEST(Demuxer, is_chosen_by_extension) {
+TEST(DemuxerSelection, DependsOnTheFileExtension) {
   for (const File_Row &row : files)
     expect_by_name(Media_Helper::select_demuxer, row.name, row.demuxer,
                    "Unknown file extension : could not create demuxer");
@@ -142,30 +142,30 @@ void expect_by_kind(Select_By_Kind select, const char *const Kind_Row::*column, 
   }
 }
 
-TEST(Parser, is_chosen_by_kind) {
+TEST(ParserSelection, DependsOnTheMediaType) {
   expect_by_kind(Media_Helper::select_parser, &Kind_Row::parser,
                  "Unknown video format : could not create video parser");
 }
 
 // The decoder and the frame-rate element use the parser's error text.
-TEST(Decoder, is_chosen_by_kind) {
+TEST(DecoderSelection, DependsOnTheMediaType) {
   expect_by_kind(Media_Helper::select_decoder, &Kind_Row::decoder,
                  "Unknown video format : could not create video parser");
 }
 
-TEST(Video_Rate, is_chosen_by_kind) {
+TEST(VideoRateSelection, DependsOnTheMediaType) {
   expect_by_kind(Media_Helper::select_video_rate, &Kind_Row::video_rate,
                  "Unknown video format : could not create video parser");
 }
 
-TEST(Payloader, is_chosen_by_kind) {
+TEST(PayloaderSelection, DependsOnTheMediaType) {
   expect_by_kind(Media_Helper::select_payloader, &Kind_Row::payloader,
                  "Unsupported format : could not select payloader");
 }
 
 // The names refer to installed plugins, except the frame-rate element, which another project
 // provides.
-TEST(Selected_Element, is_known_to_the_registry) {
+TEST(SelectedElements, AreInTheRegistry) {
   const auto expect_known = [](const char *factory) {
     if (factory == nullptr || std::string(factory) == "tavrenvideorate") return;
     const std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)> found(

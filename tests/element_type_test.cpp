@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gst/app/gstappsink.h>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -23,23 +23,19 @@ struct Plugin_Fault {
 };
 thread_local Plugin_Fault plugin_fault;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" GstElementFactory *gst_element_factory_find(const gchar *name) {
-  static const auto find =
-      framework<decltype(gst_element_factory_find)>("gst_element_factory_find");
+  static const auto find = replaced_function(gst_element_factory_find, __func__);
   if (plugin_fault.found_instead != nullptr)
     return GST_ELEMENT_FACTORY(gst_object_ref(plugin_fault.found_instead));
   return find(name);
 }
 
 extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
-  static const auto load = framework<decltype(gst_plugin_feature_load)>("gst_plugin_feature_load");
+  static const auto load = replaced_function(gst_plugin_feature_load, __func__);
   if (plugin_fault.not_loaded) return nullptr;
   if (plugin_fault.loaded_instead != nullptr)
     return GST_PLUGIN_FEATURE(gst_object_ref(plugin_fault.loaded_instead));
@@ -47,8 +43,7 @@ extern "C" GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) 
 }
 
 extern "C" GType gst_element_factory_get_element_type(GstElementFactory *factory) {
-  static const auto get_type = framework<decltype(gst_element_factory_get_element_type)>(
-      "gst_element_factory_get_element_type");
+  static const auto get_type = replaced_function(gst_element_factory_get_element_type, __func__);
   plugin_fault.when_asked_for_type();
   return plugin_fault.without_type ? G_TYPE_INVALID : get_type(factory);
 }
@@ -58,9 +53,9 @@ namespace {
 
 using capture::Media_Helper;
 
-class Element_Type : public testing::Test {
+class GetElementType : public testing::Test {
 protected:
-  ~Element_Type() override {
+  ~GetElementType() override {
     plugin_fault = {};
     for (GstElementFactory *const factory : found_)
       gst_object_unref(factory);
@@ -75,7 +70,7 @@ private:
   std::vector<GstElementFactory *> found_;
 };
 
-TEST_F(Element_Type, IsThatOfWhatTheFactoryMakes) {
+TEST_F(GetElementType, ReturnsTheTypeThatTheFactoryCreates) {
   for (const char *const name : {"tee", "appsink", "queue", "fakesink", "pipeline"}) {
     const Element element = make_element(name);
     EXPECT_EQ(Media_Helper::get_element_type(name), G_OBJECT_TYPE(element.get())) << name;
@@ -85,13 +80,13 @@ TEST_F(Element_Type, IsThatOfWhatTheFactoryMakes) {
   EXPECT_EQ(Media_Helper::get_element_type("pipeline"), GST_TYPE_PIPELINE);
 }
 
-TEST_F(Element_Type, IsRegisteredByLoadingThePlugin) {
+TEST_F(GetElementType, RegistersTheTypeByLoadingThePlugin) {
   ASSERT_EQ(g_type_from_name("GstNavSeek"), G_TYPE_INVALID);
   const unsigned long long type = Media_Helper::get_element_type("navseek");
   EXPECT_STREQ(g_type_name(type), "GstNavSeek");
 }
 
-TEST_F(Element_Type, IsTheSameEachTimeAndCostsNoReference) {
+TEST_F(GetElementType, ReturnsTheSameTypeEachTimeWithoutLeakingAReference) {
   for (const char *const name : {"tee", "appsink"}) {
     GstElementFactory *const factory = find(name);
     const guint before = reference_count(factory);
@@ -101,7 +96,7 @@ TEST_F(Element_Type, IsTheSameEachTimeAndCostsNoReference) {
   }
 }
 
-TEST_F(Element_Type, NeedsAFactory) {
+TEST_F(GetElementType, RequiresAFactory) {
   expect_error(0x151D0,
                "Could not find factory for \"nonesuch\" in gst_element_factory_find_or_throw",
                [] { Media_Helper::get_element_type("nonesuch"); });
@@ -109,7 +104,7 @@ TEST_F(Element_Type, NeedsAFactory) {
                [] { Media_Helper::get_element_type(""); });
 }
 
-TEST_F(Element_Type, NeedsAPluginThatLoads) {
+TEST_F(GetElementType, RequiresAPluginThatLoads) {
   GstElementFactory *const factory = find("tee");
   const guint before = reference_count(factory);
   plugin_fault.not_loaded = true;
@@ -122,7 +117,7 @@ TEST_F(Element_Type, NeedsAPluginThatLoads) {
   EXPECT_EQ(reference_count(factory), before);
 }
 
-TEST_F(Element_Type, NeedsAFactoryThatKnowsIt) {
+TEST_F(GetElementType, RequiresAFactoryWithAType) {
   GstElementFactory *const factory = find("tee");
   const guint before = reference_count(factory);
   plugin_fault.without_type = true;
@@ -134,7 +129,7 @@ TEST_F(Element_Type, NeedsAFactoryThatKnowsIt) {
 }
 
 // Loading may replace the factory. Then there are two factories, and each must be released once.
-TEST_F(Element_Type, IsThatOfTheLoadedFactory) {
+TEST_F(GetElementType, ReturnsTheTypeOfTheLoadedFactory) {
   GstElementFactory *const found = find("tee");
   GstElementFactory *const loaded = find("queue");
   const unsigned long long queue_type = Media_Helper::get_element_type("queue");
@@ -183,7 +178,7 @@ private:
 };
 
 // The guards release the last references.
-TEST_F(Element_Type, DropsTheLoadedFactoryBeforeTheFoundOne) {
+TEST_F(GetElementType, ReleasesTheLoadedFactoryBeforeTheFoundOne) {
   std::string ends;
   Lone_Factory found("found ", ends);
   Lone_Factory loaded("loaded ", ends);

@@ -123,20 +123,20 @@ private:
   Function function_;
 };
 
-TEST(State, has_its_name) {
+TEST(StateText, IsTheNameOfTheState) {
   const Texts<GstState> texts(Media_Helper::gst_state_to_string);
   texts.expect_table(states);
   texts.expect_fallback("UNKNOWN", {5, 6, 7, -1});
 }
 
-TEST(State, has_its_message) {
+TEST(StateText, IsTheMessageOfTheState) {
   const Texts<GstState> texts(Media_Helper::gst_enum_message);
   texts.expect_table(state_messages);
   // GST_STATE_PAUSED, 3, has no explanation.
   texts.expect_fallback("Unknown GstState value", {3, 5, 6, 7, -1});
 }
 
-TEST(State_Change, has_its_name_between_neighbours) {
+TEST(StateChangeText, IsTheNameOfAChangeBetweenAdjacentStates) {
   const Texts<GstStateChange> texts(Media_Helper::gst_state_change_to_string);
   texts.expect_table(state_changes);
   texts.expect_fallback("UNKNOWN", {9, 18, 27, 36});
@@ -144,19 +144,19 @@ TEST(State_Change, has_its_name_between_neighbours) {
   texts.expect_fallback("UNKNOWN", {0, 1, 8, 11, 12, 16, 20, 24, 25, 29, 32, 33, 34, 37, 63, -1});
 }
 
-TEST(State_Change_Result, has_its_message) {
+TEST(StateChangeResultText, IsTheMessageOfTheResult) {
   const Texts<GstStateChangeReturn> texts(Media_Helper::gst_enum_message);
   texts.expect_table(state_change_results);
   texts.expect_fallback("Unknown GstStateChangeReturn value", {4, 5, -1});
 }
 
-TEST(Pad_Link_Result, has_its_message) {
+TEST(PadLinkResultText, IsTheMessageOfTheResult) {
   const Texts<GstPadLinkReturn> texts(Media_Helper::gst_enum_message);
   texts.expect_table(pad_link_results);
   texts.expect_fallback("Unknown GstPadLinkReturn value", {1, -7, -8, 6});
 }
 
-TEST(Message_Type, has_its_name) {
+TEST(MessageTypeText, IsTheNameOfTheType) {
   const Texts<GstMessageType> texts(Media_Helper::gst_enum_message);
   ASSERT_EQ(std::size(message_types), 36U);
   texts.expect_table(message_types);
@@ -167,7 +167,7 @@ TEST(Message_Type, has_its_name) {
 }
 
 // The values match those of the framework.
-TEST(Enumerations, are_named_by_the_framework_alike) {
+TEST(EnumerationTexts, MatchTheValuesOfTheFramework) {
   EXPECT_EQ(Media_Helper::gst_state_to_string(GST_STATE_PAUSED), "GST_STATE_PAUSED");
   EXPECT_EQ(Media_Helper::gst_enum_message(GST_STATE_PAUSED), "Unknown GstState value");
   EXPECT_EQ(Media_Helper::gst_enum_message(GST_STATE_READY),

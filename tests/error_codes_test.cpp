@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <locale>
 #include <ostream>
 #include <set>
 #include <string>
@@ -12,25 +11,22 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
 #include "depayloader_references.h"
+#include "elements.h"
 #include "errors.h"
 #include "framework_version.h"
+#include "grouping_locale.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
 // The function of the framework that fails on this thread instead of doing its work.
 thread_local std::string_view failing;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
+
+using kel::tavren::tests::replaced_function;
 
 // Failures that cannot be provoked in the framework otherwise. These functions replace the
 // framework's in the whole program, and forward all other calls.
@@ -38,29 +34,29 @@ Function *framework(const char *name) {
 extern "C" {
 
 gboolean gst_is_initialized() {
-  return failing != __func__ && framework<decltype(gst_is_initialized)>(__func__)();
+  return failing != __func__ && replaced_function(gst_is_initialized, __func__)();
 }
 
 GstPad *gst_pad_get_peer(GstPad *pad) {
-  return failing == __func__ ? nullptr : framework<decltype(gst_pad_get_peer)>(__func__)(pad);
+  return failing == __func__ ? nullptr : replaced_function(gst_pad_get_peer, __func__)(pad);
 }
 
 GstPluginFeature *gst_plugin_feature_load(GstPluginFeature *feature) {
   return failing == __func__ ? nullptr
-                             : framework<decltype(gst_plugin_feature_load)>(__func__)(feature);
+                             : replaced_function(gst_plugin_feature_load, __func__)(feature);
 }
 
 GType gst_element_factory_get_element_type(GstElementFactory *factory) {
   return failing == __func__
              ? 0
-             : framework<decltype(gst_element_factory_get_element_type)>(__func__)(factory);
+             : replaced_function(gst_element_factory_get_element_type, __func__)(factory);
 }
 
 GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const gchar *uri,
                                                GError **error) {
   return failing == __func__
              ? nullptr
-             : framework<decltype(gst_discoverer_discover_uri)>(__func__)(discoverer, uri, error);
+             : replaced_function(gst_discoverer_discover_uri, __func__)(discoverer, uri, error);
 }
 
 }  // extern "C"
@@ -78,10 +74,6 @@ public:
   Failing(const Failing &) = delete;
   Failing &operator=(const Failing &) = delete;
 };
-
-GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
-}
 
 // The functions below cause the errors that need more than one line.
 
@@ -308,15 +300,15 @@ void expect_row(const Row &row) {
     expect_error(row.code, row.text, row.site);
 }
 
-class Error_Codes : public testing::TestWithParam<Row> {};
+class ErrorCodes : public testing::TestWithParam<Row> {};
 
-TEST_P(Error_Codes, ComeFromTheirSite) {
+TEST_P(ErrorCodes, AreThrownWithTheirMessage) {
   if (!framework_can_cause(GetParam().code)) GTEST_SKIP() << "GStreamer 1.18 does not cause it";
   expect_row(GetParam());
 }
 
 // The name contains the index of the row, which distinguishes two rows with the same operation.
-INSTANTIATE_TEST_SUITE_P(All, Error_Codes, testing::ValuesIn(rows), [](const auto &test) {
+INSTANTIATE_TEST_SUITE_P(All, ErrorCodes, testing::ValuesIn(rows), [](const auto &test) {
   std::string name;
   for (const char c : std::string(test.param.operation))
     name += g_ascii_isalnum(c) ? c : '_';
@@ -433,11 +425,11 @@ std::set<int> enumerated() {
   return numbers;
 }
 
-TEST(Error_Code_Numbers, AreFixed) {
+TEST(ErrorCodeNumbers, AreFixed) {
   EXPECT_EQ(enumerated().size(), 45U);
 }
 
-TEST(Error_Code_Numbers, EachIsSeenAtASite) {
+TEST(ErrorCodeNumbers, AreAllThrownInATest) {
   std::set<int> seen;
   for (const Row &row : rows)
     try {
@@ -458,23 +450,7 @@ static_assert(capture::JPEG == 0 && capture::H264 == 1 && capture::MPEG_AUDIO ==
               capture::VIDEO_RAW == 6 && capture::AUDIO_RAW == 7 && capture::MULAW == 8 &&
               capture::UNKNOWN == 9);
 
-// A global locale that formats 1001 as 1'0'0'1.
-class Grouping_Locale {
-public:
-  Grouping_Locale() : previous_(std::locale::global(std::locale(std::locale(), new Grouping))) {}
-  ~Grouping_Locale() { std::locale::global(previous_); }
-  Grouping_Locale(const Grouping_Locale &) = delete;
-  Grouping_Locale &operator=(const Grouping_Locale &) = delete;
-
-private:
-  class Grouping : public std::numpunct<char> {
-    char do_thousands_sep() const override { return '\''; }
-    std::string do_grouping() const override { return "\1"; }
-  };
-  std::locale previous_;
-};
-
-TEST(Error_Texts, DoNotChangeWithTheGlobalLocale) {
+TEST(ErrorTexts, DoNotDependOnTheGlobalLocale) {
   const Grouping_Locale locale;
   for (const Row &row : rows) {
     SCOPED_TRACE(row);
@@ -489,7 +465,7 @@ void link_chain(const std::vector<GstElement *> &elements, std::index_sequence<I
 }
 
 // The only number that the library formats in the text of a check.
-TEST(Error_Texts, CountWithoutGrouping) {
+TEST(ErrorTexts, PrintNumbersWithoutGrouping) {
   std::vector<Element> owners;
   std::vector<GstElement *> elements;
   for (int i = 0; i < 11; ++i)
@@ -497,7 +473,7 @@ TEST(Error_Texts, CountWithoutGrouping) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
   elements.push_back(GST_ELEMENT_CAST(static_cast<gpointer>(pad.get())));
 
-  const Grouping_Locale locale;
+  const Grouping_Locale locale("\1");
   expect_error(0x15160, "element 12 in gst_element_link_many_or_throw is not a GstElement *.",
                [&elements] { link_chain(elements, std::make_index_sequence<10>()); });
 }

@@ -108,7 +108,7 @@ bool caught_as(const std::function<void()> &call) {
   return false;
 }
 
-TEST(Error, BackendErrorIsCaughtAsEveryBase) {
+TEST(TavrenError, OfTheBackendIsCaughtAsEveryBase) {
   EXPECT_TRUE(caught_as<Backend_Runtime>(fail_at_backend));
   EXPECT_TRUE(caught_as<Backend_Root>(fail_at_backend));
   EXPECT_TRUE(caught_as<Runtime_Error>(fail_at_backend));
@@ -117,26 +117,26 @@ TEST(Error, BackendErrorIsCaughtAsEveryBase) {
   EXPECT_TRUE(caught_as<std::exception>(fail_at_backend));
 }
 
-TEST(Error, BackendErrorIsNoLogicError) {
+TEST(TavrenError, OfTheBackendIsNotALogicError) {
   EXPECT_FALSE(caught_as<Logic_Error>(fail_at_backend));
   EXPECT_FALSE(caught_as<std::logic_error>(fail_at_backend));
 }
 
-TEST(Error, LogicErrorIsCaughtAsEveryBase) {
+TEST(TavrenError, OfLogicIsCaughtAsEveryBase) {
   EXPECT_TRUE(caught_as<Logic_Error>(fail_in_logic));
   EXPECT_TRUE(caught_as<Root_Error>(fail_in_logic));
   EXPECT_TRUE(caught_as<std::logic_error>(fail_in_logic));
   EXPECT_TRUE(caught_as<std::exception>(fail_in_logic));
 }
 
-TEST(Error, LogicErrorIsNoBackendError) {
+TEST(TavrenError, OfLogicIsNotABackendError) {
   EXPECT_FALSE(caught_as<Backend_Runtime>(fail_in_logic));
   EXPECT_FALSE(caught_as<Backend_Root>(fail_in_logic));
   EXPECT_FALSE(caught_as<Runtime_Error>(fail_in_logic));
   EXPECT_FALSE(caught_as<std::runtime_error>(fail_in_logic));
 }
 
-TEST(Error, RootGivesTheCodeOfTheSite) {
+TEST(TavrenError, ReturnsTheCodeThroughItsRoot) {
   try {
     Media_Helper::gst_element_get_bus_or_throw(nullptr);
     FAIL() << "threw nothing";
@@ -146,7 +146,7 @@ TEST(Error, RootGivesTheCodeOfTheSite) {
   }
 }
 
-TEST(Error, RootGivesTheCodeOfTheLogicError) {
+TEST(TavrenError, ReturnsTheCodeOfALogicErrorThroughItsRoot) {
   try {
     fail_in_logic();
     FAIL() << "threw nothing";
@@ -156,7 +156,7 @@ TEST(Error, RootGivesTheCodeOfTheLogicError) {
   }
 }
 
-TEST(Error, StandardBaseGivesTheText) {
+TEST(TavrenError, ReturnsTheTextThroughItsStandardBase) {
   try {
     fail_at_backend();
     FAIL() << "threw nothing";
@@ -165,14 +165,14 @@ TEST(Error, StandardBaseGivesTheText) {
   }
 }
 
-TEST(Error, BothBranchesShareOneCode) {
+TEST(TavrenError, HasOneCodeInBothBranches) {
   Backend_Runtime error(TEC::NOT_A_BIN, "text");
   Root_Error *const by_text = static_cast<Runtime_Error *>(&error);
   Root_Error *const by_kind = static_cast<Backend_Root *>(&error);
   EXPECT_EQ(by_text, by_kind);
 }
 
-TEST(Error, StandardBaseStandsFirst) {
+TEST(TavrenError, HasItsStandardBaseFirst) {
   const Backend_Runtime backend(TEC::NOT_A_BIN, "text");
   EXPECT_EQ(static_cast<const void *>(static_cast<const std::exception *>(&backend)),
             static_cast<const void *>(&backend));
@@ -181,7 +181,7 @@ TEST(Error, StandardBaseStandsFirst) {
             static_cast<const void *>(&logic));
 }
 
-TEST(Error, TextIsKeptUnchanged) {
+TEST(TavrenError, KeepsItsTextUnchanged) {
   const std::vector<std::string> texts = {"",
                                           " ",
                                           "%s %d %% %1%",
@@ -205,7 +205,7 @@ void expect_error_of(const Error &error, const std::string &text) {
   EXPECT_EQ(static_cast<const Base &>(error).what(), text);
 }
 
-TEST(Error, IsMadeOfEveryStandardException) {
+TEST(TavrenError, CanDeriveFromEveryStandardException) {
   expect_error_of<Tavren_Error<std::range_error>, std::range_error>(
       Tavren_Error<std::range_error>(TEC::NOT_A_BIN, "text"), "text");
   expect_error_of<Backend_Error<std::invalid_argument>, std::invalid_argument>(
@@ -216,7 +216,7 @@ TEST(Error, IsMadeOfEveryStandardException) {
       Backend_Error<std::bad_alloc>(TEC::NOT_A_BIN), std::bad_alloc().what());
 }
 
-TEST(Error, HandsAllArgumentsOnToItsBase) {
+TEST(TavrenError, PassesAllArgumentsToItsBase) {
   const std::error_code full = std::make_error_code(std::errc::no_space_on_device);
   const std::string text = std::system_error(full, "recording").what();
   const Tavren_Error<std::system_error> tavren(TEC::NOT_A_BIN, full, "recording");
@@ -235,7 +235,7 @@ TEST(Error, HandsAllArgumentsOnToItsBase) {
       "broken 7:8");
 }
 
-TEST(Error, OfAnotherBaseIsCaughtAsEveryBase) {
+TEST(TavrenError, WithAnotherBaseIsCaughtAsEveryBase) {
   const auto fail = [] { throw Backend_Error<std::range_error>(TEC::NOT_A_BIN, "text"); };
   EXPECT_TRUE(caught_as<Backend_Root>(fail));
   EXPECT_TRUE(caught_as<Root_Error>(fail));
@@ -245,14 +245,14 @@ TEST(Error, OfAnotherBaseIsCaughtAsEveryBase) {
   EXPECT_FALSE(caught_as<Backend_Runtime>(fail));
 }
 
-TEST(Error, TextIsCopied) {
+TEST(TavrenError, CopiesItsText) {
   std::string text = "text";
   const Backend_Runtime error(TEC::NOT_A_BIN, text);
   text = "other";
   EXPECT_STREQ(error.what(), "text");
 }
 
-TEST(Error, CopyOutlivesTheOriginal) {
+TEST(TavrenError, CopyOutlivesTheOriginal) {
   auto original = std::make_unique<Backend_Runtime>(TEC::NOT_A_PAD, "text");
   const Backend_Runtime copy = *original;
   original.reset();
@@ -260,7 +260,7 @@ TEST(Error, CopyOutlivesTheOriginal) {
   EXPECT_STREQ(copy.what(), "text");
 }
 
-TEST(Error, AssignmentTakesCodeAndText) {
+TEST(TavrenError, AssignmentCopiesCodeAndText) {
   Backend_Runtime error(TEC::NOT_A_PAD, "text");
   error = Backend_Runtime(TEC::NOT_A_BIN, "other");
   EXPECT_EQ(error.code(), 0x15180);
@@ -294,7 +294,7 @@ bool destroyed_through() {
   return destroyed;
 }
 
-TEST(Error, IsDestroyedThroughEveryBase) {
+TEST(TavrenError, IsDestroyedThroughEveryBase) {
   EXPECT_TRUE((destroyed_through<Backend_Runtime, Backend_Runtime>()));
   EXPECT_TRUE((destroyed_through<Backend_Root, Backend_Runtime>()));
   EXPECT_TRUE((destroyed_through<Runtime_Error, Backend_Runtime>()));
@@ -320,14 +320,14 @@ std::exception_ptr caught_elsewhere() {
   return carried;
 }
 
-TEST(Error, OutlivesTheThreadThatThrewIt) {
+TEST(TavrenError, OutlivesTheThreadThatThrewIt) {
   const std::exception_ptr carried = caught_elsewhere();
   ASSERT_TRUE(carried);
   expect_error(0x15160, "element in gst_element_get_bus_or_throw is not a GstElement *.",
                [&carried] { std::rethrow_exception(carried); });
 }
 
-TEST(Error, IsReadAndCopiedOnManyThreadsAtOnce) {
+TEST(TavrenError, IsReadAndCopiedOnManyThreadsAtOnce) {
   const std::exception_ptr carried = caught_elsewhere();
   ASSERT_TRUE(carried);
   std::array<int, 4> good{};

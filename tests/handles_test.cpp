@@ -7,10 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
+#include "replaced_function.h"
 
 // These include the framework's declarations of the types, which must not conflict with the
 // library's.
@@ -37,9 +36,9 @@ thread_local std::vector<Counting_Call> *recorded = nullptr;
 thread_local int depth = 0;
 
 // Records a call if requested, and forwards it.
-template <typename Function, typename Argument>
-auto record(const char *name, Argument argument) {
-  const auto function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+template <typename Result, typename Argument>
+Result record(Result (*replacement)(Argument), const char *name, Argument argument) {
+  const auto function = kel::tavren::tests::replaced_function(replacement, name);
   if (recorded == nullptr) return function(argument);
   if (depth == 0) recorded->push_back({name, argument});
   struct Level {
@@ -57,46 +56,46 @@ auto record(const char *name, Argument argument) {
 extern "C" {
 
 GstMiniObject *(gst_mini_object_ref)(GstMiniObject *object) {
-  return record<decltype(gst_mini_object_ref)>(__func__, object);
+  return record(gst_mini_object_ref, __func__, object);
 }
 void(gst_mini_object_unref)(GstMiniObject *object) {
-  record<decltype(gst_mini_object_unref)>(__func__, object);
+  record(gst_mini_object_unref, __func__, object);
 }
 gpointer(gst_object_ref)(gpointer object) {
-  return record<decltype(gst_object_ref)>(__func__, object);
+  return record(gst_object_ref, __func__, object);
 }
 void(gst_object_unref)(gpointer object) {
-  record<decltype(gst_object_unref)>(__func__, object);
+  record(gst_object_unref, __func__, object);
 }
 gpointer(g_object_ref)(gpointer object) {
-  return record<gpointer(gpointer)>(__func__, object);
+  return record(g_object_ref, __func__, object);
 }
 void(g_object_unref)(gpointer object) {
-  record<void(gpointer)>(__func__, object);
+  record(g_object_unref, __func__, object);
 }
 GSource *(g_source_ref)(GSource *source) {
-  return record<decltype(g_source_ref)>(__func__, source);
+  return record(g_source_ref, __func__, source);
 }
 void(g_source_unref)(GSource *source) {
-  record<decltype(g_source_unref)>(__func__, source);
+  record(g_source_unref, __func__, source);
 }
 GMainLoop *(g_main_loop_ref)(GMainLoop *loop) {
-  return record<decltype(g_main_loop_ref)>(__func__, loop);
+  return record(g_main_loop_ref, __func__, loop);
 }
 void(g_main_loop_unref)(GMainLoop *loop) {
-  record<decltype(g_main_loop_unref)>(__func__, loop);
+  record(g_main_loop_unref, __func__, loop);
 }
 GMainContext *(g_main_context_ref)(GMainContext *context) {
-  return record<decltype(g_main_context_ref)>(__func__, context);
+  return record(g_main_context_ref, __func__, context);
 }
 void(g_main_context_unref)(GMainContext *context) {
-  record<decltype(g_main_context_unref)>(__func__, context);
+  record(g_main_context_unref, __func__, context);
 }
 void(g_free)(gpointer memory) {
-  record<void(gpointer)>(__func__, memory);
+  record(g_free, __func__, memory);
 }
 void(gst_iterator_free)(GstIterator *iterator) {
-  record<decltype(gst_iterator_free)>(__func__, iterator);
+  record(gst_iterator_free, __func__, iterator);
 }
 
 }  // extern "C"
@@ -203,50 +202,50 @@ T *sink_as(gpointer object) {
   return static_cast<T *>(gst_object_ref_sink(object));
 }
 
-TEST(Handles, CountSamples) {
+TEST(Handles, CountReferencesToSamples) {
   expect_mini_object_counted(gst_sample_new(nullptr, nullptr, nullptr, nullptr));
 }
 
-TEST(Handles, CountCaps) {
+TEST(Handles, CountReferencesToCaps) {
   expect_mini_object_counted(gst_caps_new_empty_simple("video/x-raw"));
 }
 
-TEST(Handles, CountMessages) {
+TEST(Handles, CountReferencesToMessages) {
   expect_mini_object_counted(gst_message_new_eos(nullptr));
 }
 
-TEST(Handles, CountPads) {
+TEST(Handles, CountReferencesToPads) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstPad>(gst_pad_new("src", GST_PAD_SRC)));
 }
 
-TEST(Handles, CountElements) {
+TEST(Handles, CountReferencesToElements) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstElement>(gst_element_factory_make("identity", nullptr)));
 }
 
-TEST(Handles, CountAppSinks) {
+TEST(Handles, CountReferencesToAppSinks) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref",
                            sink_as<GstAppSink>(gst_element_factory_make("appsink", nullptr)));
 }
 
-TEST(Handles, CountBuses) {
+TEST(Handles, CountReferencesToBuses) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_bus_new());
 }
 
-TEST(Handles, CountRtspServers) {
+TEST(Handles, CountReferencesToRtspServers) {
   expect_object_counted_by("gst_object_ref", "gst_object_unref", gst_rtsp_server_new());
 }
 
-TEST(Handles, CountRtspMediaFactories) {
+TEST(Handles, CountReferencesToRtspMediaFactories) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_media_factory_new());
 }
 
-TEST(Handles, CountRtspAuths) {
+TEST(Handles, CountReferencesToRtspAuths) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_auth_new());
 }
 
-TEST(Handles, CountRtspMountPoints) {
+TEST(Handles, CountReferencesToRtspMountPoints) {
   expect_object_counted_by("g_object_ref", "g_object_unref", gst_rtsp_mount_points_new());
 }
 
@@ -266,7 +265,7 @@ void leave_source_to(GMainContext *context) {
   g_source_unref(source);
 }
 
-TEST(Handles, CountSources) {
+TEST(Handles, CountReferencesToSources) {
   {
     const boost::intrusive_ptr<GSource> owner(make_source(), false);
     expect_counted_by("g_source_ref", "g_source_unref", owner.get());
@@ -275,7 +274,7 @@ TEST(Handles, CountSources) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, CountMainContexts) {
+TEST(Handles, CountReferencesToMainContexts) {
   {
     const boost::intrusive_ptr<GMainContext> owner(g_main_context_new(), false);
     leave_source_to(owner.get());
@@ -285,7 +284,7 @@ TEST(Handles, CountMainContexts) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, CountMainLoops) {
+TEST(Handles, CountReferencesToMainLoops) {
   {
     GMainContext *const context = g_main_context_new();
     leave_source_to(context);
@@ -297,7 +296,7 @@ TEST(Handles, CountMainLoops) {
   EXPECT_TRUE(source_finalised);
 }
 
-TEST(Handles, TakeTheirReferenceToAnotherThread) {
+TEST(Handles, MoveTheirReferenceToAnotherThread) {
   Element element = make_element("identity");
   const Weak_Watch watch(element.get());
   std::thread([moved = std::move(element)]() mutable {
@@ -360,100 +359,6 @@ TEST(Emancipator, IsCalledByAThrow) {
               }
             }),
             (Calls{{"g_free", text}}));
-}
-
-// Callers may use either name of the guard.
-static_assert(std::is_same_v<Scope_Exit_Guard, boost::scope_exit::aux::guard<void>>);
-
-// An exception from arm() would leak the resource that the guard was to release.
-static_assert(noexcept(arm(std::declval<Scope_Exit_Guard &>(), std::declval<void (*)()>())));
-
-TEST(Scope_Exit_Guard, RunsItsActionOnceAtTheEndOfItsScope) {
-  int runs = 0;
-  {
-    Scope_Exit_Guard guard;
-    arm(guard, [&runs] { ++runs; });
-    EXPECT_EQ(runs, 0);
-  }
-  EXPECT_EQ(runs, 1);
-}
-
-TEST(Scope_Exit_Guard, RunsItsActionOnAThrow) {
-  int runs = 0;
-  try {
-    Scope_Exit_Guard guard;
-    arm(guard, [&runs] { ++runs; });
-    throw std::runtime_error("failure");
-  } catch (const std::runtime_error &) {
-    EXPECT_EQ(runs, 1);
-  }
-  EXPECT_EQ(runs, 1);
-}
-
-TEST(Scope_Exit_Guard, RunsItsActionOnAnEarlyReturn) {
-  int runs = 0;
-  const auto leave = [&runs] {
-    Scope_Exit_Guard guard;
-    arm(guard, [&runs] { ++runs; });
-    return runs;
-  };
-  EXPECT_EQ(leave(), 0);
-  EXPECT_EQ(runs, 1);
-}
-
-TEST(Scope_Exit_Guard, RunsInReverseOrder) {
-  std::string order;
-  {
-    Scope_Exit_Guard first;
-    arm(first, [&order] { order += "first"; });
-    Scope_Exit_Guard second;
-    arm(second, [&order] { order += "second "; });
-  }
-  EXPECT_EQ(order, "second first");
-}
-
-TEST(Scope_Exit_Guard, DoesNothingWhenNotArmed) {
-  bool left = false;
-  {
-    const Scope_Exit_Guard unarmed;
-    left = true;
-  }
-  EXPECT_TRUE(left);
-}
-
-TEST(Scope_Exit_Guard, RunsTheLastActionOnly) {
-  std::string ran;
-  {
-    Scope_Exit_Guard guard;
-    arm(guard, [&ran] { ran += "first"; });
-    arm(guard, [&ran] { ran += "second"; });
-  }
-  EXPECT_EQ(ran, "second");
-}
-
-TEST(Scope_Exit_Guard, GivesBackWhatTheScopeTook) {
-  const Element element = make_element("identity");
-  GstElement *const taken = GST_ELEMENT_CAST(gst_object_ref(element.get()));
-  {
-    Scope_Exit_Guard guard;
-    arm(guard, [&taken] { gst_object_unref(taken); });
-    EXPECT_EQ(reference_count(element.get()), 2U);
-  }
-  EXPECT_EQ(reference_count(element.get()), 1U);
-}
-
-// If an exception left the guard, it would be caught here, and the program would continue.
-void leave_scope_by_throwing_action() {
-  try {
-    Scope_Exit_Guard guard;
-    arm(guard, [] { throw std::runtime_error("out of the action"); });
-  } catch (...) {
-  }
-}
-
-TEST(Scope_Exit_Guard_Death_Test, EndsTheProgramWhenItsActionThrows) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  EXPECT_DEATH(leave_scope_by_throwing_action(), "out of the action");
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
 
+#include "elements.h"
 #include "live_blocks.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -33,15 +33,15 @@ void PrintTo(const Table &table, std::ostream *out) {
   *out << table.name;
 }
 
-class Lookup_Table : public testing::TestWithParam<Table> {
+class LookupTable : public testing::TestWithParam<Table> {
 protected:
-  Lookup_Table() { fail_allocations_when(count_allocation); }
-  ~Lookup_Table() override { fail_allocations_when(nullptr); }
+  LookupTable() { fail_allocations_when(count_allocation); }
+  ~LookupTable() override { fail_allocations_when(nullptr); }
 };
 
 // A map allocates each row, so a table that is kept from an earlier call would not allocate
 // anything.
-TEST_P(Lookup_Table, IsMadeInEveryCall) {
+TEST_P(LookupTable, IsCreatedInEveryCall) {
   const Table &table = GetParam();
   long first = 0;
   for (int call = 1; call <= 3; ++call) {
@@ -57,7 +57,7 @@ TEST_P(Lookup_Table, IsMadeInEveryCall) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, Lookup_Table,
+    All, LookupTable,
     testing::Values(
         Table{"get_media_type", 9,
               [] { Media_Helper::get_media_type(make_caps("image/jpeg").get()); }},

@@ -1,164 +1,22 @@
 // Discovery of real media.
 
-#include <algorithm>
-#include <limits>
+#include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "discovery_watch.h"
+#include "elements.h"
 #include "errors.h"
-#include "framework_version.h"
 #include "log_watch.h"
 #include "media_files.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
 
 using capture::Media_Helper;
 using capture::Media_Info;
-
-constexpr GstClockTime patience = 20 * GST_SECOND;
-
-// Observes and modifies the framework's discovery on this thread, while an instance exists.
-class Discovery_Watch {
-public:
-  Discovery_Watch() { current = this; }
-  ~Discovery_Watch() {
-    if (found != nullptr) g_object_unref(found);
-    current = nullptr;
-  }
-  Discovery_Watch(const Discovery_Watch &) = delete;
-  Discovery_Watch &operator=(const Discovery_Watch &) = delete;
-
-  // Modifications.
-  bool find_nothing = false;     // the discovery returns null
-  bool hold_found = false;       // the discovered information outlives the call
-  bool change_result = false;    // to the following value
-  int result = 0;                //
-  std::size_t without_caps = 0;  // this many streams, from the first on, have no caps
-
-  // Observations.
-  std::vector<GstClockTime> timeouts;
-  std::vector<std::string> uris;
-  std::vector<std::string> dropped;  // objects that were destroyed, in order
-  bool error_wanted = false;         // a detailed error was requested
-  std::vector<std::string> asked;    // kinds of streams whose lists were requested, in order
-  std::vector<GList *> lists;        // lists that were returned and not freed
-  GstDiscovererInfo *found = nullptr;
-
-  void watch_end(gpointer object, const char *name) {
-    g_object_weak_ref(
-        G_OBJECT(object),
-        [](gpointer data, GObject *) {
-          if (current != nullptr) current->dropped.emplace_back(static_cast<char *>(data));
-        },
-        const_cast<char *>(name));
-  }
-
-  static thread_local Discovery_Watch *current;
-};
-
-thread_local Discovery_Watch *Discovery_Watch::current = nullptr;
-
-GList *note_list(const char *kind, GList *streams) {
-  if (Discovery_Watch *const watch = Discovery_Watch::current; watch != nullptr) {
-    watch->asked.emplace_back(kind);
-    if (streams != nullptr) watch->lists.push_back(streams);
-  }
-  return streams;
-}
-
-// Returns the framework's function of the same name as a stand-in.
-template <typename Function>
-Function *next(Function *, const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-}  // namespace kel::tavren::tests
-
-using kel::tavren::tests::Discovery_Watch;
-using kel::tavren::tests::next;
-using kel::tavren::tests::note_list;
-
-extern "C" {
-
-GstDiscoverer *gst_discoverer_new(GstClockTime timeout, GError **error) {
-  GstDiscoverer *const discoverer = next(gst_discoverer_new, "gst_discoverer_new")(timeout, error);
-  Discovery_Watch *const watch = Discovery_Watch::current;
-  if (watch != nullptr) {
-    watch->timeouts.push_back(timeout);
-    if (error != nullptr) watch->error_wanted = true;
-    if (discoverer != nullptr) watch->watch_end(discoverer, "discoverer");
-  }
-  return discoverer;
-}
-
-GstDiscovererInfo *gst_discoverer_discover_uri(GstDiscoverer *discoverer, const gchar *uri,
-                                               GError **error) {
-  Discovery_Watch *const watch = Discovery_Watch::current;
-  if (watch != nullptr) {
-    watch->uris.emplace_back(uri);
-    if (error != nullptr) watch->error_wanted = true;
-    if (watch->find_nothing) return nullptr;
-  }
-  GstDiscovererInfo *const found =
-      next(gst_discoverer_discover_uri, "gst_discoverer_discover_uri")(discoverer, uri, error);
-  if (watch != nullptr) {
-    watch->watch_end(found, "found");
-    if (watch->hold_found) watch->found = GST_DISCOVERER_INFO(g_object_ref(found));
-  }
-  return found;
-}
-
-GstDiscovererResult gst_discoverer_info_get_result(const GstDiscovererInfo *found) {
-  const Discovery_Watch *const watch = Discovery_Watch::current;
-  if (watch != nullptr && watch->change_result)
-    return static_cast<GstDiscovererResult>(watch->result);
-  return next(gst_discoverer_info_get_result, "gst_discoverer_info_get_result")(found);
-}
-
-GList *gst_discoverer_info_get_video_streams(GstDiscovererInfo *found) {
-  return note_list("video", next(gst_discoverer_info_get_video_streams,
-                                 "gst_discoverer_info_get_video_streams")(found));
-}
-
-GList *gst_discoverer_info_get_audio_streams(GstDiscovererInfo *found) {
-  return note_list("audio", next(gst_discoverer_info_get_audio_streams,
-                                 "gst_discoverer_info_get_audio_streams")(found));
-}
-
-void gst_discoverer_stream_info_list_free(GList *streams) {
-  if (Discovery_Watch *const watch = Discovery_Watch::current; watch != nullptr)
-    watch->lists.erase(std::remove(watch->lists.begin(), watch->lists.end(), streams),
-                       watch->lists.end());
-  next(gst_discoverer_stream_info_list_free, "gst_discoverer_stream_info_list_free")(streams);
-}
-
-GstCaps *gst_discoverer_stream_info_get_caps(GstDiscovererStreamInfo *stream) {
-  Discovery_Watch *const watch = Discovery_Watch::current;
-  if (watch != nullptr && watch->without_caps > 0) {
-    --watch->without_caps;
-    return nullptr;
-  }
-  return next(gst_discoverer_stream_info_get_caps, "gst_discoverer_stream_info_get_caps")(stream);
-}
-}
-
-namespace kel::tavren::tests {
-namespace {
-
-std::vector<Caps> caps_of_streams(GList *streams) {
-  std::vector<Caps> caps;
-  for (const GList *node = streams; node != nullptr; node = node->next)
-    caps.emplace_back(gst_discoverer_stream_info_get_caps(GST_DISCOVERER_STREAM_INFO(node->data)),
-                      false);
-  gst_discoverer_stream_info_list_free(streams);
-  return caps;
-}
 
 std::string field_of(const Caps &caps, const char *name) {
   const GValue *const value = gst_structure_get_value(gst_caps_get_structure(caps.get(), 0), name);
@@ -175,7 +33,7 @@ std::string name_of(const Caps &caps) {
 
 const std::vector<std::string> in_order = {"found", "discoverer"};
 
-TEST(Media_Discovery, finds_video_and_audio) {
+TEST(GetMediaInfo, FindsVideoAndAudio) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   const std::string uri = folder.uri("camera.mkv");
@@ -195,7 +53,7 @@ TEST(Media_Discovery, finds_video_and_audio) {
   EXPECT_EQ(field_of(info->audio_caps[0], "channels"), "1");
 }
 
-TEST(Media_Discovery, keeps_the_order_of_the_streams) {
+TEST(GetMediaInfo, KeepsTheOrderOfTheStreams) {
   const Media_Folder folder;
   folder.record_two_videos("two.mkv");
   Discovery_Watch watch;
@@ -207,7 +65,7 @@ TEST(Media_Discovery, keeps_the_order_of_the_streams) {
   EXPECT_TRUE(info->audio_caps.empty());
 }
 
-TEST(Media_Discovery, finds_audio_alone) {
+TEST(GetMediaInfo, FindsAudioAlone) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const auto info = Media_Helper::get_media_info(folder.uri("audio.mka"), patience);
@@ -218,7 +76,7 @@ TEST(Media_Discovery, finds_audio_alone) {
 }
 
 // An image is a video with one picture. Its duration depends on the discoverer.
-TEST(Media_Discovery, finds_an_image) {
+TEST(GetMediaInfo, FindsAnImage) {
   const Media_Folder folder;
   folder.record_image("image.png");
   Discovery_Watch watch;
@@ -231,7 +89,7 @@ TEST(Media_Discovery, finds_an_image) {
 }
 
 // The header of a truncated recording describes the complete recording.
-TEST(Media_Discovery, finds_what_the_head_of_a_cut_off_recording_tells) {
+TEST(GetMediaInfo, FindsTheStreamsInTheHeaderOfATruncatedFile) {
   const Media_Folder folder;
   folder.record_video_and_audio("whole.mkv");
   const std::string whole = folder.read("whole.mkv");
@@ -246,32 +104,8 @@ TEST(Media_Discovery, finds_what_the_head_of_a_cut_off_recording_tells) {
   EXPECT_EQ(info->duration, gst_discoverer_info_get_duration(watch.found));
 }
 
-void expect_failure(const std::string &uri, const std::string &text) {
-  SCOPED_TRACE(uri);
-  Discovery_Watch watch;
-  expect_error(0x152C0, text, [&] { Media_Helper::get_media_info(uri, patience); });
-  EXPECT_EQ(watch.uris, std::vector<std::string>{uri});
-  EXPECT_EQ(watch.dropped, in_order);
-}
-
-TEST(Media_Discovery, fails_without_media) {
-  const Media_Folder folder;
-  folder.write("text.txt", "One line of text.\n");
-  folder.write("empty.mkv", "");
-  for (const char *const file : {"text.txt", "empty.mkv", "missing.mkv", ""})
-    expect_failure(folder.uri(file), "Discoverer returned error: GST_DISCOVERER_ERROR");
-}
-
-TEST(Media_Discovery, makes_no_uri_of_a_path) {
-  const Media_Folder folder;
-  folder.record_audio("audio.mka");
-  for (const std::string &path :
-       {folder.path("audio.mka"), std::string("audio.mka"), std::string("./audio.mka")})
-    expect_failure(path, "Discoverer returned error: GST_DISCOVERER_ERROR");
-}
-
 // URIs in a form that the framework would not produce.
-TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
+TEST(GetMediaInfo, KeepsTheUriByteForByte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const std::string plain = folder.uri("audio.mka");
@@ -286,7 +120,7 @@ TEST(Media_Discovery, takes_and_keeps_the_uri_byte_for_byte) {
 }
 
 // The discoverer reads up to the first null byte, but the record contains the URI of the caller.
-TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
+TEST(GetMediaInfo, KeepsTheUriAfterANullByte) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   const std::string plain = folder.uri("audio.mka");
@@ -296,15 +130,7 @@ TEST(Media_Discovery, keeps_the_uri_behind_a_null_byte) {
   EXPECT_EQ(watch.uris, std::vector<std::string>{plain});
 }
 
-TEST(Media_Discovery, asks_for_no_detailed_error) {
-  Discovery_Watch watch;
-  expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR",
-               [] { Media_Helper::get_media_info("file:///nonexistent.mkv", patience); });
-  EXPECT_EQ(watch.uris.size(), 1U);
-  EXPECT_FALSE(watch.error_wanted);
-}
-
-TEST(Media_Discovery, asks_for_the_videos_first_and_frees_both_lists) {
+TEST(GetMediaInfo, RequestsTheVideosFirstAndFreesBothLists) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   Discovery_Watch watch;
@@ -313,25 +139,7 @@ TEST(Media_Discovery, asks_for_the_videos_first_and_frees_both_lists) {
   EXPECT_EQ(watch.lists, std::vector<GList *>{});
 }
 
-TEST(Media_Discovery, fails_for_an_empty_uri) {
-  expect_failure("", "Discoverer returned error: GST_DISCOVERER_ERROR");
-}
-
-TEST(Media_Discovery, fails_for_a_scheme_that_nobody_handles) {
-  expect_failure("nosuchscheme://camera/1",
-                 "Discoverer returned error: GST_DISCOVERER_MISSING_PLUGINS");
-}
-
-// Nothing feeds this source.
-TEST(Media_Discovery, times_out) {
-  Discovery_Watch watch;
-  expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_TIMEOUT",
-               [] { Media_Helper::get_media_info("appsrc://", GST_SECOND); });
-  EXPECT_EQ(watch.timeouts, std::vector<GstClockTime>{1000000000ULL});
-  EXPECT_EQ(watch.dropped, in_order);
-}
-
-TEST(Media_Discovery, hands_the_timeout_on) {
+TEST(GetMediaInfo, PassesTheTimeoutOn) {
   for (const GstClockTime timeout : {1000000000ULL, 1234567890ULL, 3600000000000ULL}) {
     Discovery_Watch watch;
     EXPECT_THROW(Media_Helper::get_media_info("", timeout), std::runtime_error);
@@ -362,7 +170,7 @@ private:
 };
 
 // The discoverer may log a critical, refuse to wait, or wait for any time.
-TEST(Media_Discovery, hands_a_timeout_of_0_on) {
+TEST(GetMediaInfo, PassesATimeoutOfZeroOn) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   Object_Log log;
@@ -390,102 +198,7 @@ TEST(Media_Discovery, hands_a_timeout_of_0_on) {
   }
 }
 
-TEST(Media_Discovery, fails_without_a_discoverer) {
-  if (framework_is_1_18())
-    GTEST_SKIP() << "GStreamer 1.18 makes a discoverer for a timeout that is none";
-  const Expected_Log log("gst_discoverer_new");
-  Discovery_Watch watch;
-  expect_error(0x152A0, "Error creating discoverer in get_media_info",
-               [] { Media_Helper::get_media_info("file:///", GST_CLOCK_TIME_NONE); });
-  EXPECT_EQ(watch.timeouts, std::vector<GstClockTime>{18446744073709551615ULL});
-  EXPECT_TRUE(watch.uris.empty());
-}
-
-TEST(Media_Discovery, fails_when_the_discoverer_answers_nothing) {
-  Discovery_Watch watch;
-  watch.find_nothing = true;
-  expect_error(0x152B0, "Error discovering media in get_media_info",
-               [] { Media_Helper::get_media_info("file:///", patience); });
-  EXPECT_EQ(watch.dropped, std::vector<std::string>{"discoverer"});
-}
-
-struct Result_Row {
-  int result;
-  const char *text;
-};
-
-// clang-format off
-const Result_Row results[] = {
-    {0,  "GST_DISCOVERER_OK"},
-    {1,  "GST_DISCOVERER_URI_INVALID"},
-    {2,  "GST_DISCOVERER_ERROR"},
-    {3,  "GST_DISCOVERER_TIMEOUT"},
-    {4,  "GST_DISCOVERER_BUSY"},
-    {5,  "GST_DISCOVERER_MISSING_PLUGINS"},
-    {6,  "UNKNOWN"},
-    {7,  "UNKNOWN"},
-    {-1, "UNKNOWN"},
-    {-2, "UNKNOWN"},
-    {std::numeric_limits<int>::min(), "UNKNOWN"},
-    {std::numeric_limits<int>::max(), "UNKNOWN"},
-};
-// clang-format on
-
-TEST(Media_Discovery_Result, has_its_name) {
-  for (const Result_Row &row : results)
-    EXPECT_EQ(
-        Media_Helper::gst_discoverer_result_to_string(static_cast<GstDiscovererResult>(row.result)),
-        row.text)
-        << row.result;
-}
-
-TEST(Media_Discovery_Result, is_named_by_the_error) {
-  for (const Result_Row &row : results) {
-    if (row.result == 0) continue;
-    Discovery_Watch watch;
-    watch.change_result = true;
-    watch.result = row.result;
-    expect_error(0x152C0, std::string("Discoverer returned error: ") + row.text,
-                 [] { Media_Helper::get_media_info("", patience); });
-    EXPECT_EQ(watch.dropped, in_order);
-  }
-}
-
-// The framework's result for the beginning of a recording varies. The library returns either a
-// complete record or the corresponding error.
-TEST(Media_Discovery, answers_for_a_broken_file_as_the_discoverer_does) {
-  const Media_Folder folder;
-  folder.record_video_and_audio("whole.mkv");
-  const std::string whole = folder.read("whole.mkv");
-  for (const std::size_t size : {std::size_t{100}, std::size_t{500}, whole.size() / 4}) {
-    SCOPED_TRACE(size);
-    folder.write("broken.mkv", whole.substr(0, size));
-    Discovery_Watch watch;
-    watch.hold_found = true;
-    std::unique_ptr<Media_Info> info;
-    std::string error;
-    try {
-      info = Media_Helper::get_media_info(folder.uri("broken.mkv"), GST_SECOND);
-    } catch (const Backend_Error<std::runtime_error> &caught) {
-      error = caught.what();
-    }
-    ASSERT_NE(watch.found, nullptr);
-    const GstDiscovererResult result = gst_discoverer_info_get_result(watch.found);
-    if (result != GST_DISCOVERER_OK) {
-      EXPECT_EQ(info, nullptr);
-      EXPECT_EQ(error, std::string("Discoverer returned error: ") + results[result].text);
-      continue;
-    }
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->video_caps,
-              caps_of_streams(gst_discoverer_info_get_video_streams(watch.found)));
-    EXPECT_EQ(info->audio_caps,
-              caps_of_streams(gst_discoverer_info_get_audio_streams(watch.found)));
-    EXPECT_EQ(info->duration, gst_discoverer_info_get_duration(watch.found));
-  }
-}
-
-TEST(Media_Discovery, leaves_out_streams_without_caps) {
+TEST(GetMediaInfo, OmitsStreamsWithoutCaps) {
   const Media_Folder folder;
   folder.record_two_videos("two.mkv");
   Discovery_Watch watch;
@@ -497,7 +210,7 @@ TEST(Media_Discovery, leaves_out_streams_without_caps) {
   EXPECT_EQ(info->video_caps, std::vector<Caps>{streams[1]});
 }
 
-TEST(Media_Discovery, drops_what_was_found_before_the_discoverer) {
+TEST(GetMediaInfo, ReleasesTheResultBeforeTheDiscoverer) {
   const Media_Folder folder;
   folder.record_audio("audio.mka");
   Discovery_Watch watch;
@@ -506,7 +219,7 @@ TEST(Media_Discovery, drops_what_was_found_before_the_discoverer) {
 }
 
 // The record owns one reference to each caps, whatever other references exist.
-TEST(Media_Discovery, gives_one_reference_of_each_caps) {
+TEST(GetMediaInfo, ReturnsOneReferenceToEachCaps) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   Discovery_Watch watch;
@@ -521,7 +234,7 @@ TEST(Media_Discovery, gives_one_reference_of_each_caps) {
     EXPECT_EQ(reference_count(held[i].get()), before[i] - 1);
 }
 
-TEST(Media_Discovery, gives_caps_that_end_with_the_record) {
+TEST(GetMediaInfo, ReturnsCapsThatAreReleasedWithTheRecord) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   auto info = Media_Helper::get_media_info(folder.uri("camera.mkv"), patience);
@@ -538,7 +251,7 @@ TEST(Media_Discovery, gives_caps_that_end_with_the_record) {
   EXPECT_EQ(gone, 2);
 }
 
-TEST(Media_Info_Record, has_its_members_in_order) {
+TEST(MediaInfo, HasItsMembersInOrder) {
   const Media_Info info;
   const auto &[uri, duration, video_caps, audio_caps] = info;
   EXPECT_EQ(&uri, &info.uri);
@@ -547,7 +260,7 @@ TEST(Media_Info_Record, has_its_members_in_order) {
   EXPECT_EQ(&audio_caps, &info.audio_caps);
 }
 
-TEST(Media_Info_Record, is_empty_when_new) {
+TEST(MediaInfo, IsEmptyWhenNew) {
   const Media_Info info;
   EXPECT_EQ(info.uri, "");
   EXPECT_EQ(info.duration, 0U);
@@ -555,7 +268,7 @@ TEST(Media_Info_Record, is_empty_when_new) {
   EXPECT_TRUE(info.audio_caps.empty());
 }
 
-TEST(Media_Discovery, runs_on_several_threads_at_once) {
+TEST(GetMediaInfo, RunsOnSeveralThreadsAtOnce) {
   const Media_Folder folder;
   folder.record_video_and_audio("camera.mkv");
   folder.record_two_videos("two.mkv");

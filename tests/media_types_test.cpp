@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 using capture::Media_Helper;
 using capture::MediaType;
 
-TEST(Media_Type, has_its_numbers) {
+TEST(MediaType, HasFixedNumbers) {
   EXPECT_EQ(static_cast<int>(capture::JPEG), 0);
   EXPECT_EQ(static_cast<int>(capture::H264), 1);
   EXPECT_EQ(static_cast<int>(capture::MPEG_AUDIO), 2);
@@ -44,7 +44,7 @@ void expect_types(const std::vector<Caps_Row> &rows) {
 }
 
 // clang-format off
-TEST(Media_Type_Of_Caps, is_that_of_the_name) {
+TEST(GetMediaType, DependsOnTheNameOfTheCaps) {
   expect_types({
       {"image/jpeg",                  0},
       {"video/x-h264",                1},
@@ -65,7 +65,7 @@ TEST(Media_Type_Of_Caps, is_that_of_the_name) {
   });
 }
 
-TEST(Media_Type_Of_Caps, ignores_the_fields) {
+TEST(GetMediaType, IgnoresTheFields) {
   expect_types({
       {"image/jpeg, width=640, height=480, framerate=15/1",                            0},
       {"video/x-h264, stream-format=avc, alignment=au, profile=high",                  1},
@@ -81,7 +81,7 @@ TEST(Media_Type_Of_Caps, ignores_the_fields) {
   });
 }
 
-TEST(Media_Type_Of_Caps, is_metadata_by_the_encoding_name) {
+TEST(GetMediaType, DetectsMetadataByTheEncodingName) {
   expect_types({
       {"application/x-rtp, encoding-name=VND.ONVIF.METADATA",                          4},
       {"application/x-rtp, media=application, payload=107, clock-rate=90000, "
@@ -99,7 +99,7 @@ TEST(Media_Type_Of_Caps, is_metadata_by_the_encoding_name) {
 }
 
 // The encoding name is that of the first structure.
-TEST(Media_Type_Of_Caps, needs_one_name_in_all_structures) {
+TEST(GetMediaType, RequiresTheSameNameInAllStructures) {
   expect_types({
       {"video/x-raw; audio/x-raw",                                                     9},
       {"video/mpeg; video/x-divx",                                                     9},
@@ -111,7 +111,7 @@ TEST(Media_Type_Of_Caps, needs_one_name_in_all_structures) {
   });
 }
 
-TEST(Media_Type_Of_Caps, needs_system_memory) {
+TEST(GetMediaType, RequiresSystemMemory) {
   expect_types({
       {"video/x-raw(memory:SystemMemory), width=64",                                   6},
       {"video/x-raw(memory:GLMemory), format=RGBA",                                    9},
@@ -122,7 +122,7 @@ TEST(Media_Type_Of_Caps, needs_system_memory) {
 }
 // clang-format on
 
-TEST(Media_Type_Of_Bad_Caps, is_an_argument_error) {
+TEST(GetMediaType, ChecksItsCaps) {
   expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
                [] { Media_Helper::get_media_type(nullptr); });
 
@@ -133,7 +133,7 @@ TEST(Media_Type_Of_Bad_Caps, is_an_argument_error) {
   EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(buffer.get()), 1);
 }
 
-TEST(Media_Type_Of_Caps_In_Use, keeps_every_reference) {
+TEST(GetMediaType, LeavesTheReferenceCountUnchanged) {
   const Caps caps = make_caps("application/x-rtp, encoding-name=VND.ONVIF.METADATA");
   const Caps second = caps;
   ASSERT_EQ(reference_count(caps.get()), 2);
@@ -167,13 +167,13 @@ const Kind_Row kinds[] = {
 };
 // clang-format on
 
-TEST(Media_Type, has_its_name) {
+TEST(MediaType, HasAName) {
   for (const Kind_Row &row : kinds)
     EXPECT_EQ(Media_Helper::get_media_type_string(static_cast<MediaType>(row.type)), row.text)
         << row.type;
 }
 
-TEST(Media_Type, is_video_or_not) {
+TEST(MediaType, IsVideoOrNot) {
   for (const Kind_Row &row : kinds) {
     const auto type = static_cast<MediaType>(row.type);
     EXPECT_EQ(Media_Helper::is_video(type, false), row.video) << row.type;
@@ -181,7 +181,7 @@ TEST(Media_Type, is_video_or_not) {
   }
 }
 
-TEST(Media_Type, is_audio_or_not) {
+TEST(MediaType, IsAudioOrNot) {
   for (const Kind_Row &row : kinds) {
     const auto type = static_cast<MediaType>(row.type);
     EXPECT_EQ(Media_Helper::is_audio(type, false), row.audio) << row.type;

@@ -3,9 +3,9 @@
 #include <map>
 #include <string>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {

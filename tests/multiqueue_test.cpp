@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -51,27 +51,22 @@ void offer_sink_pads(gpointer element_class, gpointer) {
 // Creates an element without a factory that grants requests for any sink pad. Tests add further
 // pads.
 Element make_generous_element(const char *name) {
-  static const GType type = g_type_register_static_simple(
-      GST_TYPE_ELEMENT, "TestGenerousElement", sizeof(GstElementClass), offer_sink_pads,
-      sizeof(GstElement), nullptr, GTypeFlags{});
-  auto *const element = static_cast<GstElement *>(g_object_new(type, "name", name, nullptr));
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(element)), false);
+  static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestGenerousElement", offer_sink_pads);
+  return make_of_type(type, name);
 }
 
 // --- Partners
 
-class Multiqueue_Partner : public testing::Test {
+class CorrespondingMultiqueuePad : public testing::Test {
 protected:
   Pad add_pad(const char *name, GstPadDirection direction) const {
-    Pad pad = make_pad(name, direction);
-    EXPECT_TRUE(gst_element_add_pad(element_.get(), pad.get()));
-    return pad;
+    return tests::add_pad(element_, make_pad(name, direction));
   }
 
   const Element element_ = make_generous_element("element");
 };
 
-TEST_F(Multiqueue_Partner, ReportsABadPad) {
+TEST_F(CorrespondingMultiqueuePad, ReportsABadPad) {
   for (GstPad *const bad :
        {static_cast<GstPad *>(nullptr), reinterpret_cast<GstPad *>(element_.get())})
     expect_error(0x15170, "multiqueue_pad in get_corresponding_multiqueue_pad is not a GstPad *.",
@@ -79,7 +74,7 @@ TEST_F(Multiqueue_Partner, ReportsABadPad) {
   EXPECT_EQ(reference_count(element_.get()), 1u);
 }
 
-TEST_F(Multiqueue_Partner, IsThePadOfTheSameStream) {
+TEST_F(CorrespondingMultiqueuePad, IsThePadOfTheSameStream) {
   const Element multiqueue = make_element("multiqueue");
   const Pad sink_0 = request_pad(multiqueue.get(), "sink_%u");
   const Pad sink_1 = request_pad(multiqueue.get(), "sink_%u");
@@ -91,7 +86,7 @@ TEST_F(Multiqueue_Partner, IsThePadOfTheSameStream) {
   EXPECT_EQ(partner_of(sink_1), src_1);
 }
 
-TEST_F(Multiqueue_Partner, CarriesOneNewReference) {
+TEST_F(CorrespondingMultiqueuePad, IsReturnedWithOneNewReference) {
   const Element multiqueue = make_element("multiqueue");
   const Pad sink = request_pad(multiqueue.get(), "sink_%u");
   const Pad src = static_pad(multiqueue, "src_0");
@@ -105,7 +100,7 @@ TEST_F(Multiqueue_Partner, CarriesOneNewReference) {
 }
 
 // Neither the name nor the direction is checked without a parent.
-TEST_F(Multiqueue_Partner, NeedsAParent) {
+TEST_F(CorrespondingMultiqueuePad, RequiresAParent) {
   for (const Pad &pad : {make_pad("sink_0", GST_PAD_SINK), make_pad("nonsense", GST_PAD_SRC),
                          make_pad("src", GST_PAD_SRC), make_pad("src_0", GST_PAD_UNKNOWN)}) {
     expect_error(0x15070, "Could not get parent element from pad.", [&] { partner_of(pad); });
@@ -114,9 +109,8 @@ TEST_F(Multiqueue_Partner, NeedsAParent) {
 }
 
 // The parent of a ghost pad's internal pad is the ghost pad.
-TEST_F(Multiqueue_Partner, NeedsAParentThatIsAnElement) {
-  const Pad ghost(GST_PAD_CAST(gst_object_ref_sink(gst_ghost_pad_new_no_target("g", GST_PAD_SINK))),
-                  false);
+TEST_F(CorrespondingMultiqueuePad, RequiresAParentThatIsAnElement) {
+  const Pad ghost = own(gst_ghost_pad_new_no_target("g", GST_PAD_SINK));
   const Pad internal(GST_PAD_CAST(gst_proxy_pad_get_internal(GST_PROXY_PAD(ghost.get()))), false);
   const auto before = reference_counts({ghost.get(), internal.get()});
   expect_error(0x15070, "Could not get parent element from pad.", [&] { partner_of(internal); });
@@ -132,9 +126,10 @@ void PrintTo(const Named_Pad &pad, std::ostream *out) {
   *out << "direction " << pad.direction << ", name " << pad.name;
 }
 
-class Misnamed_Pad : public Multiqueue_Partner, public testing::WithParamInterface<Named_Pad> {};
+class MisnamedMultiqueuePad : public CorrespondingMultiqueuePad,
+                              public testing::WithParamInterface<Named_Pad> {};
 
-TEST_P(Misnamed_Pad, HasNoPartner) {
+TEST_P(MisnamedMultiqueuePad, HasNoCorrespondingPad) {
   const Pad pad = make_pad(GetParam().name, GetParam().direction);
   // An element rejects a pad without a direction, but can be set as the parent of one.
   ASSERT_TRUE(gst_object_set_parent(GST_OBJECT(pad.get()), GST_OBJECT(element_.get())));
@@ -146,7 +141,7 @@ TEST_P(Misnamed_Pad, HasNoPartner) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Names, Misnamed_Pad,
+    Names, MisnamedMultiqueuePad,
     testing::Values(Named_Pad{"src_0", GST_PAD_SINK}, Named_Pad{"sink_0", GST_PAD_SRC},
                     Named_Pad{"src_0", GST_PAD_UNKNOWN}, Named_Pad{"sink_0", GST_PAD_UNKNOWN},
                     Named_Pad{"video_0", GST_PAD_SRC}, Named_Pad{"Src_0", GST_PAD_SRC},
@@ -162,16 +157,16 @@ void PrintTo(const Pair_Of_Names &names, std::ostream *out) {
   *out << names.pad.name << " and " << names.partner;
 }
 
-class Named_Partner : public Multiqueue_Partner,
-                      public testing::WithParamInterface<Pair_Of_Names> {};
+class NamedMultiqueuePad : public CorrespondingMultiqueuePad,
+                           public testing::WithParamInterface<Pair_Of_Names> {};
 
-TEST_P(Named_Partner, IsFoundByItsName) {
+TEST_P(NamedMultiqueuePad, IsFoundByItsName) {
   const Pad pad = add_pad(GetParam().pad.name, GetParam().pad.direction);
   const Pad partner = add_pad(GetParam().partner, GST_PAD_SRC);
   EXPECT_EQ(partner_of(pad), partner);
 }
 
-TEST_P(Named_Partner, IsNamedWhenItIsMissing) {
+TEST_P(NamedMultiqueuePad, IsReportedByNameIfItIsMissing) {
   const Pad pad = add_pad(GetParam().pad.name, GetParam().pad.direction);
   const auto before = reference_counts({element_.get(), pad.get()});
   expect_error(0x15100,
@@ -182,7 +177,7 @@ TEST_P(Named_Partner, IsNamedWhenItIsMissing) {
 }
 
 // The prefix and the separator are removed by length only. The rest is text.
-INSTANTIATE_TEST_SUITE_P(Names, Named_Partner,
+INSTANTIATE_TEST_SUITE_P(Names, NamedMultiqueuePad,
                          testing::Values(Pair_Of_Names{{"src_12", GST_PAD_SRC}, "sink_12"},
                                          Pair_Of_Names{{"sink_3", GST_PAD_SINK}, "src_3"},
                                          Pair_Of_Names{{"srcA7", GST_PAD_SRC}, "sink_7"},
@@ -195,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Names, Named_Partner,
                                          Pair_Of_Names{{"srcX", GST_PAD_SRC}, "sink_"},
                                          Pair_Of_Names{{"sink%s", GST_PAD_SINK}, "src_s"}));
 
-TEST_F(Multiqueue_Partner, IsMissingOnAnElementThatMakesNoPairs) {
+TEST_F(CorrespondingMultiqueuePad, IsMissingOnAnElementWithoutPairsOfPads) {
   const Element funnel = make_element("funnel", "funnel");
   const Pad sink = request_pad(funnel.get(), "sink_5");
   const auto before = reference_counts({funnel.get(), sink.get()});
@@ -206,7 +201,7 @@ TEST_F(Multiqueue_Partner, IsMissingOnAnElementThatMakesNoPairs) {
 
 // A queue's pads have no suffix to copy. The standard library's text operations detect this, not a
 // check.
-TEST_F(Multiqueue_Partner, IsOutOfRangeForANameWithoutASuffix) {
+TEST_F(CorrespondingMultiqueuePad, IsOutOfRangeForANameWithoutASuffix) {
   const Element queue = make_element("queue");
   const Pad sink = static_pad(queue, "sink");
   const Pad src = static_pad(queue, "src");
@@ -233,16 +228,12 @@ void end_stream(const Element &multiqueue, const Stream &stream) {
   gst_element_release_request_pad(multiqueue.get(), stream.sink.get());
 }
 
-std::string name_of(const Pad &pad) {
-  return GST_OBJECT_NAME(pad.get());
-}
-
-class Request_New_Multiqueue_Pads : public testing::Test {
+class RequestNewMultiqueuePads : public testing::Test {
 protected:
   const Element multiqueue_ = make_element("multiqueue");
 };
 
-TEST_F(Request_New_Multiqueue_Pads, ReportsABadElement) {
+TEST_F(RequestNewMultiqueuePads, ReportsABadElement) {
   const Pad pad = make_pad("sink_0", GST_PAD_SINK);
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())})
@@ -251,26 +242,26 @@ TEST_F(Request_New_Multiqueue_Pads, ReportsABadElement) {
                  [&] { Media_Helper::request_new_multiqueue_pads(bad, "", nullptr); });
 }
 
-TEST_F(Request_New_Multiqueue_Pads, LetsTheFrameworkNumberTheStreams) {
+TEST_F(RequestNewMultiqueuePads, LetsTheFrameworkNumberTheStreams) {
   const Stream first = request_stream(multiqueue_, "", nullptr);
   const Stream second = request_stream(multiqueue_, "", nullptr);
-  EXPECT_EQ(name_of(first.sink), "sink_0");
-  EXPECT_EQ(name_of(first.src), "src_0");
-  EXPECT_EQ(name_of(second.sink), "sink_1");
-  EXPECT_EQ(name_of(second.src), "src_1");
+  EXPECT_EQ(name_of(first.sink.get()), "sink_0");
+  EXPECT_EQ(name_of(first.src.get()), "src_0");
+  EXPECT_EQ(name_of(second.sink.get()), "sink_1");
+  EXPECT_EQ(name_of(second.src.get()), "src_1");
   EXPECT_EQ(gst_pad_get_direction(first.sink.get()), GST_PAD_SINK);
   EXPECT_EQ(gst_pad_get_direction(first.src.get()), GST_PAD_SRC);
   EXPECT_EQ(first.sink, static_pad(multiqueue_, "sink_0"));
   EXPECT_EQ(first.src, static_pad(multiqueue_, "src_0"));
 }
 
-TEST_F(Request_New_Multiqueue_Pads, NamesTheStream) {
+TEST_F(RequestNewMultiqueuePads, NamesTheStream) {
   const Stream stream = request_stream(multiqueue_, "sink_7", nullptr);
-  EXPECT_EQ(name_of(stream.sink), "sink_7");
-  EXPECT_EQ(name_of(stream.src), "src_7");
+  EXPECT_EQ(name_of(stream.sink.get()), "sink_7");
+  EXPECT_EQ(name_of(stream.src.get()), "src_7");
 }
 
-TEST_F(Request_New_Multiqueue_Pads, HandsOnOneReferenceToEachPad) {
+TEST_F(RequestNewMultiqueuePads, ReturnsOneReferenceToEachPad) {
   const guint before = reference_count(multiqueue_.get());
   Stream stream = request_stream(multiqueue_, "", nullptr);
   EXPECT_EQ(reference_count(multiqueue_.get()), before);
@@ -286,7 +277,7 @@ TEST_F(Request_New_Multiqueue_Pads, HandsOnOneReferenceToEachPad) {
   EXPECT_EQ(multiqueue_->numpads, 0);
 }
 
-TEST_F(Request_New_Multiqueue_Pads, ReportsAnElementWithoutTheTemplate) {
+TEST_F(RequestNewMultiqueuePads, ReportsAnElementWithoutTheTemplate) {
   const Element tee = make_element("tee");
   const guint before = reference_count(tee.get());
   expect_error(0x15050, "Error getting pad_template",
@@ -295,7 +286,7 @@ TEST_F(Request_New_Multiqueue_Pads, ReportsAnElementWithoutTheTemplate) {
   EXPECT_EQ(reference_count(tee.get()), before);
 }
 
-TEST_F(Request_New_Multiqueue_Pads, ReportsANameThatIsTaken) {
+TEST_F(RequestNewMultiqueuePads, ReportsATakenName) {
   const Stream stream = request_stream(multiqueue_, "sink_2", nullptr);
   const std::vector<gpointer> objects{multiqueue_.get(), stream.sink.get(), stream.src.get()};
   const auto before = reference_counts(objects);
@@ -307,7 +298,7 @@ TEST_F(Request_New_Multiqueue_Pads, ReportsANameThatIsTaken) {
   EXPECT_EQ(reference_counts(objects), before);
 }
 
-TEST_F(Request_New_Multiqueue_Pads, HandsNameAndCapsOnAsTheyAre) {
+TEST_F(RequestNewMultiqueuePads, PassesNameAndCapsOnUnchanged) {
   const Element element = make_generous_element("element");
   const Caps caps = make_caps("video/x-raw, width=(int)[ 1, 640 ]");
   ASSERT_TRUE(gst_element_add_pad(element.get(), gst_pad_new("src_0", GST_PAD_SRC)));
@@ -332,7 +323,7 @@ TEST_F(Request_New_Multiqueue_Pads, HandsNameAndCapsOnAsTheyAre) {
 
 // An element that grants a pad without a partner. The caller must release the granted pad, which
 // remains on the element with the reference of the request.
-class Request_Without_A_Partner : public testing::Test {
+class RequestNewMultiqueuePadsWithoutASourcePad : public testing::Test {
 protected:
   void expect_pad_left() const {
     ASSERT_EQ(funnel_->numsinkpads, 1);
@@ -345,7 +336,7 @@ protected:
   const Element funnel_ = make_element("funnel", "funnel");
 };
 
-TEST_F(Request_Without_A_Partner, LeavesThePad) {
+TEST_F(RequestNewMultiqueuePadsWithoutASourcePad, LeavesTheSinkPad) {
   const guint before = reference_count(funnel_.get());
   expect_error(0x15100, "Failed to get static pad \"src_5\" for element funnel ().", [&] {
     Media_Helper::request_new_multiqueue_pads(funnel_.get(), "sink_5", nullptr);
@@ -355,7 +346,7 @@ TEST_F(Request_Without_A_Partner, LeavesThePad) {
 }
 
 // A funnel numbers its pads differently.
-TEST_F(Request_Without_A_Partner, LeavesThePadWhenItsNameDoesNotFit) {
+TEST_F(RequestNewMultiqueuePadsWithoutASourcePad, LeavesTheSinkPadIfItsNameDoesNotFit) {
   const guint before = reference_count(funnel_.get());
   expect_error(0x15080, "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.",
                [&] { Media_Helper::request_new_multiqueue_pads(funnel_.get(), "", nullptr); });
@@ -367,22 +358,22 @@ void count_buffer(GstElement *, GstBuffer *, GstPad *, std::atomic<int> *count) 
   ++*count;
 }
 
-TEST_F(Request_New_Multiqueue_Pads, LetsAFullStreamThrough) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+TEST_F(RequestNewMultiqueuePads, PassesAWholeStreamThrough) {
+  const Element pipeline = make_pipeline();
   const Element source = make_element("fakesrc");
   const Element multiqueue = make_element("multiqueue");
   const Element sink = make_element("fakesink");
   g_object_set(source.get(), "num-buffers", 4, nullptr);
   g_object_set(sink.get(), "signal-handoffs", TRUE, nullptr);
   for (const Element &element : {source, multiqueue, sink})
-    ASSERT_TRUE(gst_bin_add(GST_BIN(pipeline.get()), element.get()));
+    add_to_bin(pipeline, element);
   const Stream stream = request_stream(multiqueue, "", nullptr);
   ASSERT_TRUE(Media_Helper::link_element_to_pad(source.get(), stream.sink.get()));
   ASSERT_TRUE(Media_Helper::link_pad_to_element(stream.src.get(), sink.get()));
 
   std::atomic<int> buffers{0};
   g_signal_connect(sink.get(), "handoff", G_CALLBACK(count_buffer), &buffers);
-  ASSERT_EQ(play_to_the_end(pipeline), GST_MESSAGE_EOS);
+  ASSERT_EQ(play_to_end(pipeline), GST_MESSAGE_EOS);
   EXPECT_EQ(buffers, 4);
 }
 

@@ -4,11 +4,10 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
-
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -18,21 +17,17 @@ thread_local bool links_go_away = false;
 // If set, called with each object on this thread before its parent is looked up.
 thread_local void (*before_parent_is_asked)(GstObject *) = nullptr;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" GstPad *gst_pad_get_peer(GstPad *pad) {
-  static const auto get_peer = framework<decltype(gst_pad_get_peer)>("gst_pad_get_peer");
+  static const auto get_peer = replaced_function(gst_pad_get_peer, __func__);
   return links_go_away ? nullptr : get_peer(pad);
 }
 
 extern "C" GstObject *gst_object_get_parent(GstObject *object) {
-  static const auto get_parent =
-      framework<decltype(gst_object_get_parent)>("gst_object_get_parent");
+  static const auto get_parent = replaced_function(gst_object_get_parent, __func__);
   if (before_parent_is_asked != nullptr) before_parent_is_asked(object);
   return get_parent(object);
 }
@@ -42,17 +37,9 @@ namespace {
 
 using capture::Media_Helper;
 
-Element make_pipeline(const char *name) {
-  return Element(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(name))), false);
-}
-
-void add_to_bin(const Element &bin, const Element &element) {
-  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
-}
-
 // --- Peers
 
-class Sink_Peer : public testing::Test {
+class SinkPeer : public testing::Test {
 protected:
   const Element source_ = make_element("fakesrc", "source");
   const Element queue_ = make_element("queue", "queue");
@@ -77,32 +64,32 @@ protected:
   }
 };
 
-TEST_F(Sink_Peer, ReportsABadElement) {
+TEST_F(SinkPeer, ReportsABadElement) {
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad_.get())})
     expect_both(0x15160, "element in get_element_sink_peer_pad_or_throw is not a GstElement *.",
                 bad);
 }
 
-TEST_F(Sink_Peer, ReportsAnElementWithoutASinkPad) {
+TEST_F(SinkPeer, ReportsAnElementWithoutASinkPad) {
   expect_both(0x15100, "Failed to get static pad \"sink\" for element source ().", source_.get());
 }
 
-TEST_F(Sink_Peer, ReportsASinkPadThatIsNotLinked) {
+TEST_F(SinkPeer, ReportsAnUnlinkedSinkPad) {
   expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
   link();
   gst_element_unlink(queue_.get(), sink_.get());
   expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
 }
 
-TEST_F(Sink_Peer, ReportsALinkThatGoesAwayMeanwhile) {
+TEST_F(SinkPeer, ReportsALinkThatIsRemovedMeanwhile) {
   link();
   links_go_away = true;
   expect_both(0x15230, "Unable to get peer pad in et_element_sink_peer_pad_or_throw", sink_.get());
   links_go_away = false;
 }
 
-TEST_F(Sink_Peer, IsThePadWithOneNewReference) {
+TEST_F(SinkPeer, IsThePadWithOneNewReference) {
   link();
   {
     const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
@@ -113,7 +100,7 @@ TEST_F(Sink_Peer, IsThePadWithOneNewReference) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Sink_Peer, IsTheElementWithOneNewReference) {
+TEST_F(SinkPeer, IsTheElementWithOneNewReference) {
   link();
   {
     const Element peer(Media_Helper::get_element_sink_peer_or_throw(sink_.get()), false);
@@ -125,8 +112,8 @@ TEST_F(Sink_Peer, IsTheElementWithOneNewReference) {
   EXPECT_EQ(counts(), counts_before_);
 }
 
-TEST_F(Sink_Peer, MayBeAPadOfNoElement) {
-  const Pad lone(GST_PAD_CAST(gst_object_ref_sink(gst_pad_new("lone", GST_PAD_SRC))), false);
+TEST_F(SinkPeer, MayBeAPadWithoutAnElement) {
+  const Pad lone = make_pad("lone", GST_PAD_SRC);
   ASSERT_EQ(gst_pad_link(lone.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
   EXPECT_EQ(peer, lone);
@@ -138,7 +125,7 @@ TEST_F(Sink_Peer, MayBeAPadOfNoElement) {
 }
 
 // An element behind a bin's ghost pad is fed by that pad's internal pad.
-TEST_F(Sink_Peer, IsNoElementBehindAGhostPad) {
+TEST_F(SinkPeer, IsNotAnElementBehindAGhostPad) {
   const Element bin = make_bin("bin");
   add_to_bin(bin, sink_);
   GstPad *const ghost = gst_ghost_pad_new("sink", sink_pad_.get());
@@ -206,7 +193,7 @@ TEST_F(Ancestry, ReportsABadElement) {
   }
 }
 
-TEST_F(Ancestry, GoesUpToThePipeline) {
+TEST_F(Ancestry, ReachesThePipeline) {
   const auto before = counts();
   for (const Element &element : {element_, bin_}) {
     const Element top(Media_Helper::get_most_parent(element.get()), false);
@@ -216,7 +203,7 @@ TEST_F(Ancestry, GoesUpToThePipeline) {
   EXPECT_EQ(counts(), before);
 }
 
-TEST_F(Ancestry, GoesUpToTheOutermostBin) {
+TEST_F(Ancestry, ReachesTheOutermostBin) {
   const Element outermost = make_bin("outermost");
   const Element middle = make_bin("middle");
   const Element innermost = make_element("identity");
@@ -228,7 +215,7 @@ TEST_F(Ancestry, GoesUpToTheOutermostBin) {
   EXPECT_EQ(reference_count(middle.get()), 2u);  // its bin's and the handle here
 }
 
-TEST_F(Ancestry, HasNoTopForWhatStandsAlone) {
+TEST_F(Ancestry, HasNoTopForAnElementWithoutAParent) {
   const Element alone = make_element("identity");
   EXPECT_EQ(Media_Helper::get_most_parent(pipeline_.get()), nullptr);
   EXPECT_EQ(Media_Helper::get_most_parent(alone.get()), nullptr);
@@ -236,24 +223,24 @@ TEST_F(Ancestry, HasNoTopForWhatStandsAlone) {
   EXPECT_EQ(reference_count(pipeline_.get()), 1u);
 }
 
-TEST_F(Ancestry, KnowsItsOwnPipeline) {
+TEST_F(Ancestry, AcceptsThePipelineAsTheExpectedTop) {
   expect_top_parent(element_, pipeline_);
   expect_top_parent(bin_, pipeline_);
 }
 
-TEST_F(Ancestry, TakesWhatStandsAloneForItsOwnTop) {
+TEST_F(Ancestry, AcceptsAnElementWithoutAParentAsItsOwnTop) {
   expect_top_parent(pipeline_, pipeline_);
   const Element alone = make_element("identity");
   expect_top_parent(alone, alone);
 }
 
-TEST_F(Ancestry, TellsWhatStandsAloneFromAnother) {
+TEST_F(Ancestry, ReportsAnotherTopForAnElementWithoutAParent) {
   expect_mismatch("first", pipeline_, other_);
   expect_mismatch("first", pipeline_, element_);
   expect_mismatch("first", make_element("identity"), pipeline_);
 }
 
-TEST_F(Ancestry, TellsAnotherTopFromItsOwn) {
+TEST_F(Ancestry, ReportsATopThatIsNotTheExpectedOne) {
   expect_mismatch("second", element_, other_);
   expect_mismatch("second", element_, bin_);
   expect_mismatch("second", element_, element_);
@@ -272,7 +259,7 @@ void let_go_of_bin(GstObject *object) {
   if (bin_was_held) dying_bin.reset();
 }
 
-TEST_F(Ancestry, HoldsEachAncestorWhileTheNextIsAskedFor) {
+TEST_F(Ancestry, HoldsEachAncestorWhileGettingTheNext) {
   dying_bin = make_bin("dying");
   const Weak_Watch watch(dying_bin.get());
   const Element element = make_element("identity");
@@ -291,7 +278,7 @@ TEST_F(Ancestry, HoldsEachAncestorWhileTheNextIsAskedFor) {
   EXPECT_TRUE(watch.gone());
 }
 
-TEST_F(Ancestry, HoldsEachAncestorWhileItIsVerified) {
+TEST_F(Ancestry, HoldsEachAncestorWhileVerifyingIt) {
   dying_bin = make_bin("dying");
   const Weak_Watch watch(dying_bin.get());
   const Element element = make_element("identity");

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -80,7 +80,7 @@ const char *const refused[] = {
 // clang-format on
 
 // Counts the references to the factories.
-class Proxy_Selection : public testing::Test {
+class SelectProxyElements : public testing::Test {
 protected:
   // The new references to each depayloader's factory since the last call.
   void expect_taken(const Stream_Row &row) { expect_taken(row.tried); }
@@ -119,7 +119,7 @@ private:
   Factory factory_;
 };
 
-TEST_F(Proxy_Selection, takes_the_first_depayloader_that_fits) {
+TEST_F(SelectProxyElements, ReturnsTheFirstCompatibleDepayloader) {
   for (const Stream_Row &row : streams) {
     SCOPED_TRACE(row.caps);
     const Caps caps = make_caps(row.caps);
@@ -131,12 +131,12 @@ TEST_F(Proxy_Selection, takes_the_first_depayloader_that_fits) {
   }
 }
 
-TEST_F(Proxy_Selection, names_payloaders_that_are_registered) {
+TEST_F(SelectProxyElements, ReturnsRegisteredPayloaders) {
   for (const Stream_Row &row : streams)
     EXPECT_NE(find_factory(row.payloader), nullptr) << row.payloader;
 }
 
-TEST_F(Proxy_Selection, refuses_what_no_depayloader_takes) {
+TEST_F(SelectProxyElements, RefusesCapsThatNoDepayloaderAccepts) {
   for (const char *const text : refused) {
     SCOPED_TRACE(text);
     const Caps caps = make_caps(text);
@@ -148,7 +148,7 @@ TEST_F(Proxy_Selection, refuses_what_no_depayloader_takes) {
   }
 }
 
-TEST_F(Proxy_Selection, takes_caps_for_granted) {
+TEST_F(SelectProxyElements, AcceptsCapsWithoutStructures) {
   // Caps without structures have no structure that does not match.
   const Caps caps(gst_caps_new_empty(), false);
   const auto proxy = Media_Helper::select_proxy_elements(caps.get());
@@ -157,7 +157,7 @@ TEST_F(Proxy_Selection, takes_caps_for_granted) {
   expect_taken(1);
 }
 
-TEST_F(Proxy_Selection, leaves_null_to_the_framework) {
+TEST_F(SelectProxyElements, LeavesNullToTheFramework) {
   const Expected_Log log("assertion 'caps != NULL' failed");
   expect_error(0x15010, "Failed to select proxy elements: Unsupported caps.",
                [] { Media_Helper::select_proxy_elements(nullptr); });
@@ -165,7 +165,7 @@ TEST_F(Proxy_Selection, leaves_null_to_the_framework) {
   expect_taken(6);
 }
 
-TEST_F(Proxy_Selection, fails_without_the_first_depayloader_whatever_the_caps) {
+TEST_F(SelectProxyElements, FailsWithoutTheFirstDepayloaderForAllCaps) {
   const Missing_Factory missing("rtph264depay");
   const auto expect_failure = [](const char *text) {
     SCOPED_TRACE(text);
@@ -181,7 +181,7 @@ TEST_F(Proxy_Selection, fails_without_the_first_depayloader_whatever_the_caps) {
     expect_failure(text);
 }
 
-TEST_F(Proxy_Selection, fails_at_a_missing_depayloader_and_not_before) {
+TEST_F(SelectProxyElements, FailsOnlyIfItReachesAMissingDepayloader) {
   std::size_t position = 0;
   for (const char *const name : depayloaders) {
     SCOPED_TRACE(name);
@@ -201,7 +201,7 @@ TEST_F(Proxy_Selection, fails_at_a_missing_depayloader_and_not_before) {
   }
 }
 
-TEST_F(Proxy_Selection, works_again_when_the_depayloader_is_back) {
+TEST_F(SelectProxyElements, WorksAgainWhenTheDepayloaderIsBack) {
   const Caps caps = make_caps(streams[0].caps);
   {
     const Missing_Factory missing("rtph264depay");

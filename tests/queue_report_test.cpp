@@ -6,37 +6,34 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gst/app/gstappsrc.h>
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
 
+#include "elements.h"
 #include "framework_version.h"
 #include "grouping_locale.h"
 #include "log_watch.h"
-#include "references.h"
+#include "replaced_function.h"
 
 namespace {
 
 // If set, contains the copies of names that were created on this thread and not freed.
 thread_local std::vector<gconstpointer> *names_held = nullptr;
 
-template <typename Function>
-Function *framework(const char *name) {
-  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
+using kel::tavren::tests::replaced_function;
+
 extern "C" gchar *gst_object_get_name(GstObject *object) {
-  static const auto get_name = framework<decltype(gst_object_get_name)>("gst_object_get_name");
+  static const auto get_name = replaced_function(gst_object_get_name, __func__);
   gchar *const name = get_name(object);
   if (names_held != nullptr) names_held->push_back(name);
   return name;
 }
 
 extern "C" void(g_free)(gpointer memory) {
-  static const auto free_memory = framework<void(gpointer)>("g_free");
+  static const auto free_memory = replaced_function(g_free, __func__);
   if (names_held != nullptr)
     names_held->erase(std::remove(names_held->begin(), names_held->end(), memory),
                       names_held->end());
@@ -86,8 +83,7 @@ public:
 
 private:
   static Element launch(const std::string &description) {
-    GstElement *const pipeline = gst_parse_launch(description.c_str(), nullptr);
-    return Element(GST_ELEMENT_CAST(gst_object_ref_sink(pipeline)), false);
+    return own(gst_parse_launch(description.c_str(), nullptr));
   }
 
   static GstPadProbeReturn stay_blocked(GstPad *, GstPadProbeInfo *, gpointer) {
@@ -134,11 +130,10 @@ Element make_element_with(const Make_Level &make_level, const std::string &type_
   type.instance_size = sizeof(GstElement);
   const GType registered =
       g_type_register_static(GST_TYPE_ELEMENT, type_name.c_str(), &type, GTypeFlags{});
-  auto *const element = GST_ELEMENT(g_object_new(registered, "name", "e", nullptr));
-  return Element(GST_ELEMENT(gst_object_ref_sink(element)), false);
+  return make_of_type(registered, "e");
 }
 
-TEST(Queue_Report, tells_buffers_bytes_and_seconds) {
+TEST(QueueReport, ContainsBuffersBytesAndSeconds) {
   Filled_Queue queue("queue0");
   queue.add(7000, 0, 700 * GST_MSECOND);
   queue.add(6000, 700 * GST_MSECOND, 600 * GST_MSECOND);
@@ -146,7 +141,7 @@ TEST(Queue_Report, tells_buffers_bytes_and_seconds) {
   EXPECT_EQ(queue.report(), "queue0 Stats : Num Buffers = 3, Num Bytes = 14000, Num Seconds = 1");
 }
 
-TEST(Queue_Report, tells_the_levels_of_a_queue2) {
+TEST(QueueReport, ContainsTheLevelsOfAQueue2) {
   Filled_Queue queue("buffering", "queue2 use-rate-estimate=false");
   queue.add(7000, 0, 700 * GST_MSECOND);
   queue.add(6000, 700 * GST_MSECOND, 600 * GST_MSECOND);
@@ -154,7 +149,7 @@ TEST(Queue_Report, tells_the_levels_of_a_queue2) {
             "buffering Stats : Num Buffers = 2, Num Bytes = 13000, Num Seconds = 1");
 }
 
-TEST(Queue_Report, frees_the_name) {
+TEST(QueueReport, FreesTheName) {
   const Element queue = make_element("queue", "queue0");
   std::vector<gconstpointer> held;
   names_held = &held;
@@ -164,7 +159,7 @@ TEST(Queue_Report, frees_the_name) {
   EXPECT_TRUE(held.empty());
 }
 
-TEST(Queue_Report, drops_the_fraction_of_a_second) {
+TEST(QueueReport, TruncatesToWholeSeconds) {
   const struct {
     GstClockTime time;
     const char *report;
@@ -185,7 +180,7 @@ TEST(Queue_Report, drops_the_fraction_of_a_second) {
   }
 }
 
-TEST(Queue_Report, of_an_empty_queue_is_zeros) {
+TEST(QueueReport, IsZeroForAnEmptyQueue) {
   const Element queue = make_element("queue", "a queue with a longer name than most have");
   EXPECT_EQ(Media_Helper::generate_queue_stats_report(queue.get()),
             "a queue with a longer name than most have Stats : Num Buffers = 0, Num Bytes = 0, "
@@ -193,7 +188,7 @@ TEST(Queue_Report, of_an_empty_queue_is_zeros) {
   EXPECT_EQ(reference_count(queue.get()), 1U);
 }
 
-TEST(Queue_Report, does_not_change_with_the_locale) {
+TEST(QueueReport, DoesNotDependOnTheLocale) {
   Filled_Queue queue("queue0");
   queue.add(14000, 0, 12345 * GST_SECOND);
   const Grouping_Locale locale;
@@ -201,12 +196,12 @@ TEST(Queue_Report, does_not_change_with_the_locale) {
             "queue0 Stats : Num Buffers = 1, Num Bytes = 14000, Num Seconds = 12345");
 }
 
-TEST(Queue_Report, of_no_queue) {
+TEST(QueueReport, AcceptsNull) {
   EXPECT_EQ(Media_Helper::generate_queue_stats_report(nullptr), "queue == NULL");
 }
 
 // The framework writes as many bytes as the type of the property has.
-TEST(Queue_Report, takes_levels_of_any_integer_type) {
+TEST(QueueReport, AcceptsLevelsOfAnyIntegerType) {
   const struct {
     Make_Level make_level;
     const char *report;
@@ -245,7 +240,7 @@ TEST(Queue_Report, takes_levels_of_any_integer_type) {
 }
 
 // An appsrc has levels of 8 bytes.
-TEST(Queue_Report, of_an_appsrc) {
+TEST(QueueReport, ContainsTheLevelsOfAnAppsrc) {
   if (framework_is_1_18()) GTEST_SKIP() << "an appsrc of GStreamer 1.18 has no such levels";
   const Element source = make_element("appsrc", "source");
   GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, 7000, nullptr);
@@ -256,7 +251,7 @@ TEST(Queue_Report, of_an_appsrc) {
 }
 
 // The framework logs a critical about the first property. The others are not read.
-TEST(Queue_Report, of_what_is_no_queue_is_zeros) {
+TEST(QueueReport, IsZeroForAnElementThatIsNotAQueue) {
   const Element identity = make_element("identity", "no_queue");
   const Expected_Log log("current-level-buffers");
   EXPECT_EQ(Media_Helper::generate_queue_stats_report(identity.get()),
@@ -266,7 +261,7 @@ TEST(Queue_Report, of_what_is_no_queue_is_zeros) {
 }
 
 // An element gets its name when it is created. It has none only if the name is removed.
-TEST(Queue_Report, of_a_queue_without_a_name_is_empty) {
+TEST(QueueReport, IsEmptyForAQueueWithoutAName) {
   const Element queue = make_element("queue");
   g_free(GST_OBJECT_NAME(queue.get()));
   GST_OBJECT_NAME(queue.get()) = nullptr;

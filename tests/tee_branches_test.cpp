@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "elements.h"
 #include "errors.h"
 #include "log_watch.h"
-#include "references.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -16,10 +16,6 @@ using capture::Media_Helper;
 
 Pad peer_of(const Pad &pad) {
   return Pad(gst_pad_get_peer(pad.get()), false);
-}
-
-void add_to_bin(const Element &bin, const Element &element) {
-  ASSERT_TRUE(gst_bin_add(GST_BIN(bin.get()), element.get()));
 }
 
 // Releases a requested pad and the reference to it.
@@ -41,20 +37,16 @@ void offer_source_pads(gpointer element_class, gpointer) {
 }
 
 Element make_stingy_element() {
-  static const GType type =
-      g_type_register_static_simple(GST_TYPE_ELEMENT, "TestStingyElement", sizeof(GstElementClass),
-                                    offer_source_pads, sizeof(GstElement), nullptr, GTypeFlags{});
-  return Element(
-      GST_ELEMENT_CAST(gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
-      false);
+  static const GType type = make_subclass(GST_TYPE_ELEMENT, "TestStingyElement", offer_source_pads);
+  return make_of_type(type);
 }
 
-class Get_Tee_Src_Pad : public testing::Test {
+class GetTeeSrcPad : public testing::Test {
 protected:
   const Element tee_ = make_element("tee");
 };
 
-TEST_F(Get_Tee_Src_Pad, ReportsABadElement) {
+TEST_F(GetTeeSrcPad, ReportsABadElement) {
   const Pad sink_pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad.get())})
@@ -63,7 +55,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsABadElement) {
   EXPECT_EQ(tee_->numsrcpads, 0);
 }
 
-TEST_F(Get_Tee_Src_Pad, GivesANewPadEachTime) {
+TEST_F(GetTeeSrcPad, ReturnsANewPadEachTime) {
   const guint before = reference_count(tee_.get());
   Pad first(Media_Helper::get_tee_src_pad(tee_.get()), false);
   Pad second(Media_Helper::get_tee_src_pad(tee_.get()), false);
@@ -78,7 +70,7 @@ TEST_F(Get_Tee_Src_Pad, GivesANewPadEachTime) {
   end_branch(tee_, second);
 }
 
-TEST_F(Get_Tee_Src_Pad, HandsOnTheReferenceOfTheRequest) {
+TEST_F(GetTeeSrcPad, ReturnsTheReferenceOfTheRequest) {
   Pad pad(Media_Helper::get_tee_src_pad(tee_.get()), false);
   EXPECT_EQ(reference_count(pad.get()), 2u);  // the tee's and this one
   const Weak_Watch watch(pad.get());
@@ -87,7 +79,7 @@ TEST_F(Get_Tee_Src_Pad, HandsOnTheReferenceOfTheRequest) {
   EXPECT_EQ(tee_->numsrcpads, 0);
 }
 
-TEST_F(Get_Tee_Src_Pad, ReportsAnElementWithoutTheTemplate) {
+TEST_F(GetTeeSrcPad, ReportsAnElementWithoutTheTemplate) {
   const Element queue = make_element("queue");
   const guint before = reference_count(queue.get());
   expect_error(0x15030, "NULL src pad template",
@@ -96,7 +88,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementWithoutTheTemplate) {
   EXPECT_EQ(queue->numpads, 2);
 }
 
-TEST_F(Get_Tee_Src_Pad, ServesAnyElementWithTheTemplate) {
+TEST_F(GetTeeSrcPad, AcceptsAnyElementWithTheTemplate) {
   const Element selector = make_element("output-selector");
   Pad pad(Media_Helper::get_tee_src_pad(selector.get()), false);
   EXPECT_EQ(GST_OBJECT_PARENT(pad.get()), GST_OBJECT(selector.get()));
@@ -104,7 +96,7 @@ TEST_F(Get_Tee_Src_Pad, ServesAnyElementWithTheTemplate) {
   end_branch(selector, pad);
 }
 
-TEST_F(Get_Tee_Src_Pad, ReportsAnElementThatGrantsNoPad) {
+TEST_F(GetTeeSrcPad, ReportsAnElementThatProvidesNoPad) {
   const Element stingy = make_stingy_element();
   expect_error(0x15040, "Failed to get src pad from tee",
                [&] { Media_Helper::get_tee_src_pad(stingy.get()); });
@@ -112,7 +104,7 @@ TEST_F(Get_Tee_Src_Pad, ReportsAnElementThatGrantsNoPad) {
 }
 
 // The source pads of a decoder have this template, too, but cannot be requested.
-TEST_F(Get_Tee_Src_Pad, ReportsAnElementWhosePadsComeByThemselves) {
+TEST_F(GetTeeSrcPad, ReportsAnElementWithSometimesPads) {
   const Element decoder = make_element("decodebin");
   const guint before = reference_count(decoder.get());
   const Expected_Log log("gst_element_request_pad: assertion 'templ->presence");
@@ -144,37 +136,33 @@ void record_release(GstElement *element, GstPad *pad) {
   gst_element_remove_pad(element, pad);
 }
 
-class Tee_Request : public testing::Test {
+class TeePadRequest : public testing::Test {
 protected:
-  Tee_Request() { request_record = &record_; }
-  ~Tee_Request() override { request_record = nullptr; }
+  TeePadRequest() { request_record = &record_; }
+  ~TeePadRequest() override { request_record = nullptr; }
 
   static Element make_recording_element() {
-    static const GType type = g_type_register_static_simple(
-        GST_TYPE_ELEMENT, "TestRecordingElement", sizeof(GstElementClass),
-        [](gpointer element_class, gpointer) {
+    static const GType type = make_subclass(
+        GST_TYPE_ELEMENT, "TestRecordingElement", [](gpointer element_class, gpointer) {
           offer_source_pads(element_class, nullptr);
           GST_ELEMENT_CLASS(element_class)->request_new_pad = record_request;
           GST_ELEMENT_CLASS(element_class)->release_pad = record_release;
-        },
-        sizeof(GstElement), nullptr, static_cast<GTypeFlags>(0));
-    return Element(GST_ELEMENT_CAST(
-                       gst_object_ref_sink(static_cast<GstElement *>(g_object_new(type, nullptr)))),
-                   false);
+        });
+    return make_of_type(type);
   }
 
   Request_Record record_;
   const Element tee_ = make_recording_element();
 };
 
-TEST_F(Tee_Request, HasNoNameAndNoCaps) {
+TEST_F(TeePadRequest, HasNoNameAndNoCaps) {
   Pad pad(Media_Helper::get_tee_src_pad(tee_.get()), false);
   EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
   EXPECT_EQ(record_.caps, std::vector<Caps>{nullptr});
   end_branch(tee_, pad);
 }
 
-TEST_F(Tee_Request, IsGivenBackBeforeTheReferenceIsDropped) {
+TEST_F(TeePadRequest, IsReleasedBeforeTheReferenceIsDropped) {
   const Element source = make_element("fakesrc");
   expect_error(0x15020, "Failed to link tee to element",
                [&] { Media_Helper::link_tee_to_element(tee_.get(), source.get()); });
@@ -185,16 +173,16 @@ TEST_F(Tee_Request, IsGivenBackBeforeTheReferenceIsDropped) {
 }
 
 // A tee and possible branches in one bin. Records what the tee does with its pads.
-class Link_Tee : public testing::Test {
+class LinkTeeToElement : public testing::Test {
 protected:
-  Link_Tee() {
+  LinkTeeToElement() {
     add_to_bin(bin_, tee_);
     add_to_bin(bin_, queue_);
     add_to_bin(bin_, source_);
     g_signal_connect(tee_.get(), "pad-added", G_CALLBACK(remember), &added_);
   }
 
-  ~Link_Tee() override { g_signal_handlers_disconnect_by_data(tee_.get(), &added_); }
+  ~LinkTeeToElement() override { g_signal_handlers_disconnect_by_data(tee_.get(), &added_); }
 
   static void remember(GstElement *, GstPad *pad, std::vector<std::unique_ptr<Weak_Watch>> *added) {
     added->push_back(std::make_unique<Weak_Watch>(pad));
@@ -227,7 +215,7 @@ protected:
   std::vector<std::unique_ptr<Weak_Watch>> added_;
 };
 
-TEST_F(Link_Tee, ReportsABadTeeFirst) {
+TEST_F(LinkTeeToElement, ReportsABadTeeFirst) {
   const Pad pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())}) {
@@ -239,7 +227,7 @@ TEST_F(Link_Tee, ReportsABadTeeFirst) {
   EXPECT_FALSE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
 }
 
-TEST_F(Link_Tee, ReportsABadElement) {
+TEST_F(LinkTeeToElement, ReportsABadElement) {
   const Pad pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())})
@@ -248,12 +236,12 @@ TEST_F(Link_Tee, ReportsABadElement) {
   EXPECT_TRUE(added_.empty());
 }
 
-TEST_F(Link_Tee, LooksAtBothArgumentsBeforeTheTemplate) {
+TEST_F(LinkTeeToElement, ChecksBothArgumentsBeforeTheTemplate) {
   expect_error(0x15160, "element in link_tee_to_element is not a GstElement *.",
                [&] { Media_Helper::link_tee_to_element(queue_.get(), nullptr); });
 }
 
-TEST_F(Link_Tee, ReportsATeeWithoutTheTemplate) {
+TEST_F(LinkTeeToElement, ReportsATeeWithoutTheTemplate) {
   const auto before = counts();
   expect_error(0x15030, "NULL src pad template",
                [&] { Media_Helper::link_tee_to_element(source_.get(), queue_.get()); });
@@ -261,7 +249,7 @@ TEST_F(Link_Tee, ReportsATeeWithoutTheTemplate) {
   EXPECT_EQ(counts(), before);
 }
 
-TEST_F(Link_Tee, ReportsATeeThatGrantsNoPad) {
+TEST_F(LinkTeeToElement, ReportsATeeThatProvidesNoPad) {
   const Element stingy = make_stingy_element();
   const auto before = counts();
   expect_error(0x15040, "Failed to get src pad from tee",
@@ -270,7 +258,7 @@ TEST_F(Link_Tee, ReportsATeeThatGrantsNoPad) {
   EXPECT_EQ(counts(), before);
 }
 
-TEST_F(Link_Tee, LinksANewPadAndKeepsNoReferenceToIt) {
+TEST_F(LinkTeeToElement, LinksANewPadAndKeepsNoReferenceToIt) {
   const auto before = counts();
   Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
   ASSERT_EQ(added_.size(), 1u);
@@ -285,7 +273,7 @@ TEST_F(Link_Tee, LinksANewPadAndKeepsNoReferenceToIt) {
   EXPECT_TRUE(added_[0]->gone());
 }
 
-TEST_F(Link_Tee, HangsOneBranchBesideTheOther) {
+TEST_F(LinkTeeToElement, LinksSeveralBranches) {
   const Element other = make_element("queue");
   add_to_bin(bin_, other);
   Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
@@ -295,18 +283,18 @@ TEST_F(Link_Tee, HangsOneBranchBesideTheOther) {
   EXPECT_EQ(peer_of(static_pad(other, "sink")), static_pad(tee_, "src_1"));
 }
 
-TEST_F(Link_Tee, GivesThePadBackForAnElementWithoutASinkPad) {
+TEST_F(LinkTeeToElement, ReleasesThePadForAnElementWithoutASinkPad) {
   expect_no_link_to(source_);
 }
 
-TEST_F(Link_Tee, GivesThePadBackForASinkPadThatIsLinked) {
+TEST_F(LinkTeeToElement, ReleasesThePadForALinkedSinkPad) {
   Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
   expect_no_link_to(queue_);
   EXPECT_EQ(peer_of(static_pad(queue_, "sink")), static_pad(tee_, "src_0"));
   EXPECT_FALSE(added_[0]->gone());
 }
 
-TEST_F(Link_Tee, GivesThePadBackForAnElementOfAnotherBin) {
+TEST_F(LinkTeeToElement, ReleasesThePadForAnElementOfAnotherBin) {
   const Element other_bin = make_bin("other");
   const Element element = make_element("queue");
   add_to_bin(other_bin, element);
@@ -314,7 +302,7 @@ TEST_F(Link_Tee, GivesThePadBackForAnElementOfAnotherBin) {
   EXPECT_FALSE(gst_pad_is_linked(static_pad(element, "sink").get()));
 }
 
-TEST_F(Link_Tee, GivesThePadBackForFormatsThatDoNotFit) {
+TEST_F(LinkTeeToElement, ReleasesThePadForIncompatibleFormats) {
   const Element video = make_element("videotestsrc");
   const Element audio = make_element("audioconvert");
   add_to_bin(bin_, video);
@@ -324,15 +312,15 @@ TEST_F(Link_Tee, GivesThePadBackForFormatsThatDoNotFit) {
   EXPECT_FALSE(gst_pad_is_linked(static_pad(audio, "sink").get()));
 }
 
-TEST_F(Link_Tee, CanBeTriedAgain) {
+TEST_F(LinkTeeToElement, CanBeCalledAgainAfterAFailure) {
   expect_no_link_to(source_);
   Media_Helper::link_tee_to_element(tee_.get(), queue_.get());
   EXPECT_EQ(tee_->numsrcpads, 1);
   EXPECT_TRUE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
 }
 
-TEST_F(Link_Tee, GivesThePadBackWhileTheTeePlays) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+TEST_F(LinkTeeToElement, ReleasesThePadWhileTheTeePlays) {
+  const Element pipeline = make_pipeline();
   const Element sink = make_element("fakesink");
   add_to_bin(pipeline, bin_);
   add_to_bin(bin_, sink);
@@ -362,8 +350,8 @@ GstPadProbeReturn count_buffer(GstPad *, GstPadProbeInfo *, gpointer count) {
   return GST_PAD_PROBE_OK;
 }
 
-TEST_F(Link_Tee, LetsEachBranchSeeTheWholeStream) {
-  const Element pipeline(GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new(nullptr))), false);
+TEST_F(LinkTeeToElement, PassesTheWholeStreamToEachBranch) {
+  const Element pipeline = make_pipeline();
   const Element source = make_element("fakesrc");
   const Element tee = make_element("tee");
   g_object_set(source.get(), "num-buffers", 7, nullptr);
@@ -383,7 +371,7 @@ TEST_F(Link_Tee, LetsEachBranchSeeTheWholeStream) {
                       &count, nullptr);
   }
 
-  ASSERT_EQ(play_to_the_end(pipeline), GST_MESSAGE_EOS);
+  ASSERT_EQ(play_to_end(pipeline), GST_MESSAGE_EOS);
   EXPECT_EQ(buffers[0], 7);
   EXPECT_EQ(buffers[1], 7);
 }

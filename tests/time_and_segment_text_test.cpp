@@ -40,16 +40,16 @@ const Time_Row times[] = {
 };
 // clang-format on
 
-TEST(Time_Text, is_hours_minutes_seconds_nanoseconds) {
+TEST(TimeText, ContainsHoursMinutesSecondsAndNanoseconds) {
   for (const Time_Row &row : times)
     EXPECT_EQ(Media_Helper::gst_time_to_string(row.time), row.text) << row.time;
 }
 
-TEST(Time_Text, of_no_time_is_all_nines) {
+TEST(TimeText, IsAllNinesForNoTime) {
   EXPECT_EQ(Media_Helper::gst_time_to_string(GST_CLOCK_TIME_NONE), "99:99:99.999999999");
 }
 
-TEST(Time_Text, does_not_change_with_the_locale) {
+TEST(TimeText, DoesNotDependOnTheLocale) {
   const Grouping_Locale locale;
   for (const Time_Row &row : times)
     EXPECT_EQ(Media_Helper::gst_time_to_string(row.time), row.text) << row.time;
@@ -83,7 +83,7 @@ const char *const full_segment =
     "Offset = 0:00:02.000000000, Start = 0:00:03.000000000, Stop = 4000:00:00.000000000, "
     "Time = 0:00:05.000000000, Position = 0:00:06.000000000, Duration = 0:00:07.000000008. ";
 
-TEST(Segment_Text, of_a_new_segment) {
+TEST(SegmentText, DescribesANewSegment) {
   const GstSegment segment = make_segment(GST_FORMAT_TIME);
   EXPECT_EQ(
       Media_Helper::gst_segment_to_string(&segment),
@@ -92,13 +92,13 @@ TEST(Segment_Text, of_a_new_segment) {
       "Time = 0:00:00.000000000, Position = 0:00:00.000000000, Duration = 99:99:99.999999999. ");
 }
 
-TEST(Segment_Text, tells_every_field_in_its_place) {
+TEST(SegmentText, ContainsEveryFieldInOrder) {
   const GstSegment segment = make_full_segment();
   ASSERT_EQ(static_cast<int>(segment.flags), 145);
   EXPECT_EQ(Media_Helper::gst_segment_to_string(&segment), full_segment);
 }
 
-TEST(Segment_Text, does_not_change_with_the_locale) {
+TEST(SegmentText, DoesNotDependOnTheLocale) {
   GstSegment segment = make_full_segment();
   const Grouping_Locale locale;
   EXPECT_EQ(Media_Helper::gst_segment_to_string(&segment), full_segment);
@@ -108,7 +108,7 @@ TEST(Segment_Text, does_not_change_with_the_locale) {
   EXPECT_EQ(text.substr(0, text.find(", Applied")), "Segment :: Flags = 512, Rate = 123456");
 }
 
-TEST(Segment_Text, has_rates_of_six_digits) {
+TEST(SegmentText, PrintsRatesWithSixDigits) {
   const struct {
     double rate;
     const char *text;
@@ -142,7 +142,7 @@ TEST(Segment_Text, has_rates_of_six_digits) {
   }
 }
 
-TEST(Segment_Text, has_signed_flags) {
+TEST(SegmentText, PrintsFlagsAsASignedNumber) {
   const struct {
     guint flags;
     const char *text;
@@ -160,11 +160,11 @@ TEST(Segment_Text, has_signed_flags) {
   }
 }
 
-TEST(Segment_Text, of_no_segment) {
+TEST(SegmentText, AcceptsNull) {
   EXPECT_EQ(Media_Helper::gst_segment_to_string(nullptr), "NULL segment");
 }
 
-TEST(Segment_Text, of_another_format_looks_at_nothing_else) {
+TEST(SegmentText, OmitsTheFieldsOfAnotherFormat) {
   for (const GstFormat format : {GST_FORMAT_UNDEFINED, GST_FORMAT_DEFAULT, GST_FORMAT_BYTES,
                                  GST_FORMAT_BUFFERS, GST_FORMAT_PERCENT}) {
     GstSegment segment = make_full_segment();
@@ -174,7 +174,7 @@ TEST(Segment_Text, of_another_format_looks_at_nothing_else) {
   }
 }
 
-TEST(Segment_Text, leaves_the_segment_as_it_was) {
+TEST(SegmentText, LeavesTheSegmentUnchanged) {
   const GstSegment segment = make_full_segment();
   const GstSegment before = segment;
   Media_Helper::gst_segment_to_string(&segment);

@@ -1,4 +1,4 @@
-// Runs the C++ blocks of the pages; used by run_code.
+// Runs the C++ blocks of the pages; used by run-code.
 
 #include <iostream>
 #include <sstream>

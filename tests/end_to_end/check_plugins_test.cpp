@@ -68,7 +68,7 @@ std::string last_line(const std::string &text) {
   return end == std::string::npos ? "" : text.substr(text.find_last_of('\n', end - 1) + 1);
 }
 
-TEST(Check_Plugins, Finds_Every_Element_That_The_Library_Names) {
+TEST(CheckPlugins, FindsEveryElementThatTheLibraryUses) {
   const Outcome outcome = run({CHECK_PLUGINS});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -89,7 +89,7 @@ TEST(Check_Plugins, Finds_Every_Element_That_The_Library_Names) {
   }
 }
 
-TEST(Check_Plugins, Tells_What_Brings_An_Element_And_What_It_Is_For) {
+TEST(CheckPlugins, ListsThePluginAndThePurposeOfAnElement) {
   const auto rows = rows_of(run({CHECK_PLUGINS}).out);
   std::vector<std::string> row = rows.at("rtph264pay");
   ASSERT_EQ(row.size(), 8U);
@@ -100,14 +100,14 @@ TEST(Check_Plugins, Tells_What_Brings_An_Element_And_What_It_Is_For) {
   EXPECT_EQ(rows.at("appsink")[1], "GstAppSink");
 }
 
-TEST(Check_Plugins, Does_Not_Require_What_The_Wider_System_Brings) {
+TEST(CheckPlugins, DoesNotRequireElementsOfTheWiderSystem) {
   const Outcome outcome = run({CHECK_PLUGINS});
   EXPECT_EQ(rows_of(outcome.out).at("tavrenvideorate"),
             (std::vector<std::string>{"of", "the", "wider", "system,", "not", "required", "-", "-",
                                       "-", "-", "adapt", "rate", "of", "H264"}));
 }
 
-TEST(Check_Plugins, Names_The_Missing_Elements_And_Their_Package) {
+TEST(CheckPlugins, ReportsMissingElementsWithTheirPackage) {
   Plugin_Folder plugins;
   plugins.remove("libav");
   const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
@@ -123,7 +123,7 @@ TEST(Check_Plugins, Names_The_Missing_Elements_And_Their_Package) {
 }
 
 // No depayloader is registered, so there are no caps to compare, but the element is still listed.
-TEST(Check_Plugins, Names_The_Missing_Depayloader) {
+TEST(CheckPlugins, ReportsAMissingDepayloader) {
   Plugin_Folder plugins;
   plugins.remove("rtp");
   const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
@@ -133,7 +133,7 @@ TEST(Check_Plugins, Names_The_Missing_Depayloader) {
                          "rtppcmupay; install gstreamer1.0-plugins-good\n");
 }
 
-TEST(Check_Plugins, Tells_A_Plugin_That_Does_Not_Load_From_A_Missing_One) {
+TEST(CheckPlugins, DistinguishesABrokenPluginFromAMissingOne) {
   Plugin_Folder plugins;
   Child_Process::Environment environment = plugins.environment();
   ASSERT_EQ(run({CHECK_PLUGINS}, environment).status, 0);
@@ -159,7 +159,7 @@ std::vector<std::string> headings_of_codes() {
   return headings;
 }
 
-TEST(Check_Plugins, Explains_A_Code_With_Its_Section_As_Plain_Text) {
+TEST(CheckPlugins, ExplainsACodeAsPlainText) {
   const Outcome outcome = run({CHECK_PLUGINS, "--explain", "0x15080"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -180,7 +180,7 @@ TEST(Check_Plugins, Explains_A_Code_With_Its_Section_As_Plain_Text) {
             "0x15100.\n");
 }
 
-TEST(Check_Plugins, Explains_Every_Code_Without_Any_Plugin) {
+TEST(CheckPlugins, ExplainsEveryCodeWithoutAnyPlugin) {
   const Media_Folder empty;
   const Child_Process::Environment environment = {{"GST_REGISTRY", empty.path("registry.bin")},
                                                   {"GST_PLUGIN_SYSTEM_PATH", empty.path(".")},
@@ -197,7 +197,7 @@ TEST(Check_Plugins, Explains_Every_Code_Without_Any_Plugin) {
   }
 }
 
-TEST(Check_Plugins, Accepts_A_Code_As_A_Log_May_Spell_It) {
+TEST(CheckPlugins, AcceptsACodeInEverySpelling) {
   const std::string explanation = run({CHECK_PLUGINS, "--explain", "0x152E0"}).out;
   EXPECT_EQ(explanation.rfind("0x152E0 STATE_CHANGE_FAILED\n", 0), 0U);
   for (const std::string code : {"0x152e0", "0X152E0", "152E0", "152e0", "86752",
@@ -205,7 +205,7 @@ TEST(Check_Plugins, Accepts_A_Code_As_A_Log_May_Spell_It) {
     EXPECT_EQ(run({CHECK_PLUGINS, "--explain", code}).out, explanation) << code;
 }
 
-TEST(Check_Plugins, Reports_An_Unknown_Code) {
+TEST(CheckPlugins, ReportsAnUnknownCode) {
   for (const std::string code : {"0x15011", "0x152E", "STATE_CHANGE", ""}) {
     const Outcome outcome = run({CHECK_PLUGINS, "--explain=" + code});
     EXPECT_EQ(outcome.status, 1) << code;

@@ -15,7 +15,7 @@ namespace {
 const std::string failed_discovery =
     ": error 0x152C0: Discoverer returned error: GST_DISCOVERER_ERROR\n";
 
-TEST(Probe_Media, Shows_What_A_File_Holds) {
+TEST(ProbeMedia, DescribesTheStreamsOfAFile) {
   const Media_Folder folder;
   folder.record_video_and_audio("clip.mkv");
   const Outcome outcome = run({PROBE_MEDIA, folder.path("clip.mkv")});
@@ -29,7 +29,7 @@ TEST(Probe_Media, Shows_What_A_File_Holds) {
                              "audio 1  MULAW  audio/x-mulaw  -           -\n\n");
 }
 
-TEST(Probe_Media, Fits_Each_Picture_Into_A_Box) {
+TEST(ProbeMedia, FitsEachPictureIntoABox) {
   const Media_Folder folder;
   folder.record("wide.mkv", "videotestsrc num-buffers=10 ! "
                             "video/x-raw,width=320,height=180,framerate=10/1 ! x264enc ! "
@@ -44,7 +44,7 @@ TEST(Probe_Media, Fits_Each_Picture_Into_A_Box) {
                              "video 1  H264  video/x-h264  320x180     10/1        100x56\n\n");
 }
 
-TEST(Probe_Media, Shows_A_Still_Picture_Without_A_Rate) {
+TEST(ProbeMedia, DescribesAStillPictureWithoutAFramerate) {
   const Media_Folder folder;
   folder.record_image("still.png");
   const Outcome outcome = run({PROBE_MEDIA, "--fit=32x32", folder.path("still.png")});
@@ -54,7 +54,7 @@ TEST(Probe_Media, Shows_A_Still_Picture_Without_A_Rate) {
       << outcome.out;
 }
 
-TEST(Probe_Media, Goes_On_After_A_File_That_Fails) {
+TEST(ProbeMedia, ContinuesAfterAFileThatFails) {
   const Media_Folder folder;
   folder.record_audio("good.mkv");
   folder.write("bad.mkv", "this is no film");
@@ -71,7 +71,7 @@ TEST(Probe_Media, Goes_On_After_A_File_That_Fails) {
   EXPECT_EQ(outcome.out, table + table);
 }
 
-TEST(Probe_Media, Takes_A_File_Whose_Name_Looks_Like_A_Uri) {
+TEST(ProbeMedia, AcceptsAFileNameThatLooksLikeAUri) {
   const Media_Folder folder;
   folder.record_audio("rtsp:a b%20ü.mkv");
   const Outcome outcome =
@@ -80,7 +80,7 @@ TEST(Probe_Media, Takes_A_File_Whose_Name_Looks_Like_A_Uri) {
   EXPECT_NE(outcome.out.find("rtsp:a%20b%2520%C3%BC.mkv\n"), std::string::npos) << outcome.out;
 }
 
-TEST(Probe_Media, Shows_What_A_Camera_Sends) {
+TEST(ProbeMedia, DescribesTheStreamsOfACamera) {
   Child_Process camera({SIMULATED_CAMERA, "--video", "jpeg", "--audio", "mulaw"});
   const std::string uri = camera.first_line();
   ASSERT_NE(uri, "");
@@ -94,7 +94,7 @@ TEST(Probe_Media, Shows_What_A_Camera_Sends) {
 }
 
 // A camera that accepts the connection and then sends nothing.
-TEST(Probe_Media, Waits_No_Longer_Than_Told) {
+TEST(ProbeMedia, StopsWaitingAfterTheTimeout) {
   Child_Process camera({SIMULATED_CAMERA});
   const std::string uri = camera.first_line();
   ASSERT_NE(uri, "");
@@ -117,9 +117,9 @@ void PrintTo(const Refused &refused, std::ostream *out) {
   *out << refused.text;
 }
 
-class Probe_Media_Refuses : public testing::TestWithParam<Refused> {};
+class ProbeMediaErrors : public testing::TestWithParam<Refused> {};
 
-TEST_P(Probe_Media_Refuses, With_One_Line) {
+TEST_P(ProbeMediaErrors, AreReportedInOneLine) {
   std::vector<std::string> command = {PROBE_MEDIA};
   command.insert(command.end(), GetParam().arguments.begin(), GetParam().arguments.end());
   const Outcome outcome = run(command);
@@ -129,7 +129,7 @@ TEST_P(Probe_Media_Refuses, With_One_Line) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, Probe_Media_Refuses,
+    All, ProbeMediaErrors,
     testing::Values(
         Refused{{}, "nothing to probe: name a URI or a file"},
         Refused{{"--fit", "0x480", "a.mkv"},
@@ -141,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{{"--timeout", "nan", "a.mkv"}, "--timeout takes 1 to 3600 seconds"},
         Refused{{"--no-such-option"}, "Unknown option --no-such-option"}));
 
-TEST(Probe_Media, Explains_Itself) {
+TEST(ProbeMedia, PrintsItsHelp) {
   const Outcome outcome = run({PROBE_MEDIA, "--help"});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_NE(outcome.out.find("--fit=WxH"), std::string::npos) << outcome.out;

@@ -82,7 +82,7 @@ gint64 least_frames(const std::string &codec) {
 
 class Recordings : public testing::TestWithParam<Recording> {};
 
-TEST_P(Recordings, AreReadBackWhole) {
+TEST_P(Recordings, AreReadBackCompletely) {
   const Recording &wanted = GetParam();
   Scratch_Folder folder;
   const std::string file = folder.file(std::string("camera.") + wanted.container);
@@ -128,9 +128,9 @@ void PrintTo(const Refusal &refusal, std::ostream *out) {
   *out << refusal.video << " and " << refusal.audio << " in ." << refusal.container;
 }
 
-class Refusals : public testing::TestWithParam<Refusal> {};
+class RecordCameraErrors : public testing::TestWithParam<Refusal> {};
 
-TEST_P(Refusals, AreToldInOneLine) {
+TEST_P(RecordCameraErrors, AreReportedInOneLine) {
   const Refusal &refused = GetParam();
   Scratch_Folder folder;
   const std::string file = folder.file(std::string("camera.") + refused.container);
@@ -141,7 +141,7 @@ TEST_P(Refusals, AreToldInOneLine) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachReason, Refusals,
+    EachReason, RecordCameraErrors,
     testing::Values(
         Refusal{"mp4", "none", "mulaw",
                 "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold audio/x-mulaw "
@@ -169,9 +169,9 @@ void PrintTo(const Passing_Over &passing, std::ostream *out) {
   *out << passing.video << " and " << passing.audio << " in ." << passing.container;
 }
 
-class Passing_Overs : public testing::TestWithParam<Passing_Over> {};
+class SkippedStreams : public testing::TestWithParam<Passing_Over> {};
 
-TEST_P(Passing_Overs, NameTheStreamAndTheCode) {
+TEST_P(SkippedStreams, AreReportedWithTheCode) {
   const Passing_Over &passing = GetParam();
   Scratch_Folder folder;
   const std::string file = folder.file(std::string("camera.") + passing.container);
@@ -184,7 +184,7 @@ TEST_P(Passing_Overs, NameTheStreamAndTheCode) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    EachReason, Passing_Overs,
+    EachReason, SkippedStreams,
     testing::Values(Passing_Over{"mp4",
                                  "h264",
                                  "mulaw",
@@ -198,7 +198,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "(mp4mux) does not hold video/x-vp8\n",
                                  {"aac"}}));
 
-TEST(RecordCamera, KeepsAFileThatExistsUnlessToldOtherwise) {
+TEST(RecordCamera, KeepsAnExistingFileByDefault) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
   ASSERT_TRUE(g_file_set_contents(file.c_str(), "precious", -1, nullptr));
@@ -212,7 +212,7 @@ TEST(RecordCamera, KeepsAFileThatExistsUnlessToldOtherwise) {
   EXPECT_NEAR(read_back(file).duration, 1, 0.5);
 }
 
-TEST(RecordCamera, TellsThatItsFileCannotBeWritten) {
+TEST(RecordCamera, ReportsAFileThatCannotBeWritten) {
   for (const char *const file : {"/nonexistent/camera.mkv", "/proc/camera.mkv"})
     expect_one_line(record({"--output", file}),
                     "record_camera: error gst-resource-error-quark 6: ");
@@ -232,25 +232,25 @@ TEST(RecordCamera, RemovesItsOldestFilesToKeepSpaceFree) {
   EXPECT_LE(folder.list().size(), 4U);
 }
 
-TEST(RecordCamera, WritesPlainFilesOnly) {
+TEST(RecordCamera, WritesOnlyRegularFiles) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
   ASSERT_EQ(symlink("/dev/full", file.c_str()), 0);
   expect_one_line(record({"--output", file}), "cannot write " + file);
 }
 
-TEST(RecordCamera, RefusesWhatIsNoAddress) {
+TEST(RecordCamera, RefusesAnInvalidAddress) {
   for (const char *const uri : {"", "garbage", "http://127.0.0.1/"})
     expect_one_line(record({"--uri", uri}),
                     std::string("not the address of a camera: \"") + uri + '"');
 }
 
-TEST(RecordCamera, TellsThatACameraHasMetadataOnly) {
+TEST(RecordCamera, ReportsACameraWithMetadataOnly) {
   expect_one_line(record({"--video", "none", "--audio", "none", "--metadata"}),
                   "the camera offers neither video nor audio");
 }
 
-TEST(RecordCamera, KeepsTheFileWhenThePipelineCannotBeDrawn) {
+TEST(RecordCamera, KeepsTheFileIfThePipelineCannotBeDrawn) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
   expect_one_line(
@@ -259,7 +259,7 @@ TEST(RecordCamera, KeepsTheFileWhenThePipelineCannotBeDrawn) {
   EXPECT_NEAR(read_back(file).duration, 1, 0.5);
 }
 
-TEST(RecordCamera, TellsThatACameraCannotBeReached) {
+TEST(RecordCamera, ReportsAnUnreachableCamera) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
   // Nothing listens on port 9 of the loopback address.
@@ -268,7 +268,7 @@ TEST(RecordCamera, TellsThatACameraCannotBeReached) {
   EXPECT_FALSE(exists(file));
 }
 
-TEST(RecordCamera, HasHelpAndRefusesUnknownOptions) {
+TEST(RecordCamera, PrintsItsHelpAndRefusesUnknownOptions) {
   const Outcome help = record({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_NE(help.out.find("--duration"), std::string::npos);
@@ -277,7 +277,7 @@ TEST(RecordCamera, HasHelpAndRefusesUnknownOptions) {
   expect_one_line(record({"--duration", "-1"}), "--duration");
 }
 
-TEST(RecordCamera, PassesOverMetadata) {
+TEST(RecordCamera, SkipsMetadata) {
   Scratch_Folder folder;
   const std::string file = folder.file("camera.mkv");
   const Outcome outcome = record({"--duration", "1", "--metadata", "--output", file});
@@ -331,9 +331,9 @@ TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
 }
 
 // However a recording ends early, its file is finished and can be played.
-class Interrupted : public testing::TestWithParam<const char *> {
+class InterruptedRecording : public testing::TestWithParam<const char *> {
 protected:
-  Interrupted()
+  InterruptedRecording()
       : camera_({SIMULATED_CAMERA, "--lifetime", "60"}),
         file_(folder_.file(std::string("camera.") + GetParam())),
         recorder_(
@@ -355,7 +355,7 @@ protected:
   Child_Process recorder_;
 };
 
-TEST_P(Interrupted, ByCtrlC) {
+TEST_P(InterruptedRecording, IsCompleteAfterCtrlC) {
   recorder_.send_signal(SIGINT);
   const Outcome outcome = recorder_.wait();
   EXPECT_EQ(outcome.status, 0);
@@ -363,7 +363,7 @@ TEST_P(Interrupted, ByCtrlC) {
   expect_playable();
 }
 
-TEST_P(Interrupted, BySigterm) {
+TEST_P(InterruptedRecording, IsCompleteAfterSigterm) {
   recorder_.send_signal(SIGTERM);
   const Outcome outcome = recorder_.wait();
   EXPECT_EQ(outcome.status, 0);
@@ -371,7 +371,7 @@ TEST_P(Interrupted, BySigterm) {
   expect_playable();
 }
 
-TEST_P(Interrupted, ByTwoSignalsAtOnce) {
+TEST_P(InterruptedRecording, IsCompleteAfterTwoSignalsAtOnce) {
   recorder_.send_signal(SIGINT);
   recorder_.send_signal(SIGTERM);
   const Outcome outcome = recorder_.wait();
@@ -380,13 +380,13 @@ TEST_P(Interrupted, ByTwoSignalsAtOnce) {
   expect_playable();
 }
 
-TEST_P(Interrupted, ByACameraThatDies) {
+TEST_P(InterruptedRecording, IsCompleteAfterTheCameraDies) {
   camera_.send_signal(SIGKILL);
   expect_one_line(recorder_.wait(), "record_camera: error gst-resource-error-quark ");
   expect_playable();
 }
 
-TEST_P(Interrupted, ByACameraThatGoesSilent) {
+TEST_P(InterruptedRecording, IsCompleteAfterTheCameraGoesSilent) {
   camera_.send_signal(SIGSTOP);
   const Outcome outcome = recorder_.wait();
   camera_.send_signal(SIGCONT);
@@ -395,7 +395,8 @@ TEST_P(Interrupted, ByACameraThatGoesSilent) {
   expect_playable();
 }
 
-INSTANTIATE_TEST_SUITE_P(EachContainer, Interrupted, testing::Values("mkv", "mp4", "avi", "mov"));
+INSTANTIATE_TEST_SUITE_P(EachContainer, InterruptedRecording,
+                         testing::Values("mkv", "mp4", "avi", "mov"));
 
 }  // namespace
 }  // namespace kel::tavren::tests

@@ -3,6 +3,8 @@
 #ifndef TAVREN_TESTS_RELAY_H
 #define TAVREN_TESTS_RELAY_H
 
+#include <gtest/gtest.h>
+
 #include "simulated_camera.h"
 
 namespace kel::tavren::tests {
@@ -15,6 +17,14 @@ struct Relay : Child_Process {
   static std::vector<std::string> command(const std::string &camera,
                                           const std::vector<std::string> &options) {
     return words({RELAY_STREAM, "--uri", camera}, options);
+  }
+  // Stops the relay, which must end without an error, and returns its output.
+  std::string output_after(int signal) {
+    send_signal(signal);
+    const Outcome outcome = wait();
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    return outcome.out;
   }
   const std::string uri;
 };

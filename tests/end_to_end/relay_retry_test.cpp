@@ -24,32 +24,34 @@ std::string camera_at(const std::string &port) {
   return "rtsp://127.0.0.1:" + port + "/camera";
 }
 
-TEST(Relay_Retry, Goes_On_For_The_Same_Viewer_When_The_Camera_Is_Back) {
-  auto camera = std::make_unique<Camera>();
+// A relay with a viewer, and the camera that it relays.
+struct Watched_Relay {
+  std::unique_ptr<Camera> camera = std::make_unique<Camera>();
   const std::string port = port_of(camera->uri);
-  Relay relay(camera->uri, {"--retry", "20"});
-  const Viewer viewer(relay.uri, "video");
-  ASSERT_TRUE(viewer.sees(50));
+  Relay relay{camera->uri, {"--retry", "20"}};
+  const Viewer viewer{relay.uri, "video"};
+};
 
-  camera.reset();
-  ASSERT_TRUE(relay.writes("lost the camera, trying again: "));
-  camera = std::make_unique<Camera>(std::vector<std::string>{"--port", port});
-  ASSERT_TRUE(viewer.sees(50));
-  const Viewer newcomer(relay.uri, "audio");
+TEST(RelayRetry, ResumesForTheSameViewerWhenTheCameraReturns) {
+  Watched_Relay watched;
+  ASSERT_TRUE(watched.viewer.sees(50));
+
+  watched.camera.reset();
+  ASSERT_TRUE(watched.relay.writes("lost the camera, trying again: "));
+  watched.camera = std::make_unique<Camera>(std::vector<std::string>{"--port", watched.port});
+  ASSERT_TRUE(watched.viewer.sees(50));
+  const Viewer newcomer(watched.relay.uri, "audio");
   EXPECT_TRUE(newcomer.sees(50));
 
-  relay.send_signal(SIGTERM);
-  const Outcome outcome = relay.wait();
-  EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.err, "");
+  const std::string output = watched.relay.output_after(SIGTERM);
   EXPECT_TRUE(std::regex_search(
-      outcome.out, std::regex("\ngap from [-0-9]+T[:.0-9]+Z to [-0-9]+T[:.0-9]+Z \\([.0-9]+ s\\): "
-                              "gst-resource-error-quark 9: the camera ended its stream\n")))
-      << outcome.out;
+      output, std::regex("\ngap from [-0-9]+T[:.0-9]+Z to [-0-9]+T[:.0-9]+Z \\([.0-9]+ s\\): "
+                         "gst-resource-error-quark 9: the camera ended its stream\n")))
+      << output;
 }
 
 // The duration of the gap passes for the viewer, too: its RTP clock never goes back.
-TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
+TEST(RelayRetry, KeepsTheClockOfTheViewer) {
   const Camera camera({"--misbehave", "gone:1@2"});
   const Relay relay(camera.uri, {"--retry", "20"});
   const Viewer viewer(relay.uri, "video");
@@ -62,7 +64,7 @@ TEST(Relay_Retry, Keeps_The_Viewers_Clock) {
   EXPECT_EQ(gaps, 1);
 }
 
-TEST(Relay_Retry, Waits_For_A_Camera_That_Is_Away_At_The_Start) {
+TEST(RelayRetry, WaitsForACameraThatIsUnavailableAtTheStart) {
   const std::string port = free_port();
   Child_Process relay(Relay::command(camera_at(port), {"--retry", "20"}));
   g_usleep(G_TIME_SPAN_SECOND);
@@ -77,7 +79,7 @@ TEST(Relay_Retry, Waits_For_A_Camera_That_Is_Away_At_The_Start) {
   EXPECT_EQ(outcome.err.rfind("cannot reach the camera, trying again: ", 0), 0U) << outcome.err;
 }
 
-TEST(Relay_Retry, Gives_Up_After_Its_Time) {
+TEST(RelayRetry, StopsAfterTheConfiguredTime) {
   const gint64 start = g_get_monotonic_time();
   const Outcome outcome = run(Relay::command(camera_at(free_port()), {"--retry", "2"}));
   EXPECT_EQ(outcome.status, 1);
@@ -87,7 +89,7 @@ TEST(Relay_Retry, Gives_Up_After_Its_Time) {
   EXPECT_GE(g_get_monotonic_time() - start, 2 * G_TIME_SPAN_SECOND);
 }
 
-TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
+TEST(RelayRetry, EndsOnASignal) {
   Child_Process relay(Relay::command(camera_at(free_port()), {"--retry", "60"}));
   g_usleep(2 * G_TIME_SPAN_SECOND);
   relay.send_signal(SIGTERM);
@@ -96,18 +98,15 @@ TEST(Relay_Retry, Ends_When_A_Signal_Asks_For_It) {
 
 // Viewers cannot continue with different streams. They are disconnected, and get the new streams
 // when they reconnect.
-TEST(Relay_Retry, Serves_Other_Streams_If_The_Camera_Comes_Back_With_Them) {
-  auto camera = std::make_unique<Camera>();
-  const std::string port = port_of(camera->uri);
-  Relay relay(camera->uri, {"--retry", "20"});
-  const Viewer viewer(relay.uri, "video");
-  ASSERT_TRUE(viewer.sees(50));
-  camera.reset();
-  camera = std::make_unique<Camera>(
-      std::vector<std::string>{"--port", port, "--video", "jpeg", "--audio", "mulaw"});
-  ASSERT_TRUE(relay.writes("RTP video JPEG: rtpjpegdepay -> rtpjpegpay\n"));
-  EXPECT_TRUE(viewer.sees_end());
-  const Viewer newcomer(relay.uri, "video");
+TEST(RelayRetry, ServesOtherStreamsIfTheCameraReturnsWithThem) {
+  Watched_Relay watched;
+  ASSERT_TRUE(watched.viewer.sees(50));
+  watched.camera.reset();
+  watched.camera = std::make_unique<Camera>(
+      std::vector<std::string>{"--port", watched.port, "--video", "jpeg", "--audio", "mulaw"});
+  ASSERT_TRUE(watched.relay.writes("RTP video JPEG: rtpjpegdepay -> rtpjpegpay\n"));
+  EXPECT_TRUE(watched.viewer.sees_end());
+  const Viewer newcomer(watched.relay.uri, "video");
   EXPECT_TRUE(newcomer.sees(50));
 }
 

@@ -84,7 +84,7 @@ Resources resources_after_first_viewers(const Relay &relay) {
   return resources_of(relay);
 }
 
-TEST(Relay_Viewers, Take_Nothing_With_Them_One_After_The_Other) {
+TEST(RelayViewers, LeakNothingWhenTheyConnectInTurn) {
   const Camera camera;
   Relay relay(camera.uri);
   const Resources before = resources_after_first_viewers(relay);
@@ -99,7 +99,7 @@ TEST(Relay_Viewers, Take_Nothing_With_Them_One_After_The_Other) {
 
 // The camera's bit rate is so high that the buffer of a viewer that does not read is full within
 // seconds.
-TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
+TEST(RelayViewers, AreNotAffectedByStoppedOrKilledViewers) {
   const Camera camera({"--video", "jpeg", "--noise"});
   Relay relay(camera.uri);
   const Resources before = resources_after_first_viewers(relay);
@@ -136,7 +136,7 @@ TEST(Relay_Viewers, Do_Not_Suffer_From_Others_That_Are_Stopped_Or_Killed) {
 }
 
 // If the only viewer over TCP is stopped, it must not block viewers over UDP.
-TEST(Relay_Viewers, Over_Udp_Do_Not_Wait_For_One_Over_Tcp_That_Is_Stopped) {
+TEST(RelayViewers, OverUdpDoNotWaitForAStoppedViewerOverTcp) {
   const Camera camera({"--video", "jpeg", "--noise"});
   const Relay relay(camera.uri);
   const auto player = make_player(relay.uri, "tcp");

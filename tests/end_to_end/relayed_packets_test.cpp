@@ -24,7 +24,7 @@ void expect_steps(const std::vector<gint32> &steps, gint32 expected, gint32 tole
     EXPECT_LE(std::abs(step - expected), tolerance) << step;
 }
 
-TEST(Relayed_Packets, Keep_The_Cameras_Times_From_The_First_On) {
+TEST(RelayedPackets, KeepTheTimestampsOfTheCameraFromTheFirstOn) {
   const Camera camera;
   const Relay relay(camera.uri);
   const Viewer video(relay.uri, "video");
@@ -35,7 +35,7 @@ TEST(Relayed_Packets, Keep_The_Cameras_Times_From_The_First_On) {
   expect_steps(audio.timestamp_steps(), audio_step, audio_step / 20);
 }
 
-TEST(Relayed_Packets, Keep_The_Cameras_Times_Through_A_Pause_And_The_Burst_After_It) {
+TEST(RelayedPackets, KeepTheTimestampsOfTheCameraThroughAPauseAndABurst) {
   const Camera camera({"--misbehave", "pause:1.5@1"});
   const Relay relay(camera.uri);
   const Viewer viewer(relay.uri, "video");
@@ -44,7 +44,7 @@ TEST(Relayed_Packets, Keep_The_Cameras_Times_Through_A_Pause_And_The_Burst_After
 }
 
 // A key frame begins with a sequence parameter set, after an access unit delimiter.
-TEST(Relayed_Packets, Begin_With_A_Key_Frame_For_Each_Viewer) {
+TEST(RelayedPackets, BeginWithAKeyFrameForEachViewer) {
   constexpr int delimiter = 9;
   constexpr int sequence_parameter_set = 7;
   const Camera camera;
@@ -67,7 +67,7 @@ std::string complaints(const std::string &uri, const std::string &transport) {
                              : "exit status " + std::to_string(outcome.status) + ": " + outcome.err;
 }
 
-TEST(Relayed_Packets, Of_Several_Slices_Decode_Without_A_Complaint) {
+TEST(RelayedPackets, OfSeveralSlicesDecodeWithoutErrors) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const Relay relay(camera.uri);
   EXPECT_EQ(complaints(relay.uri, "tcp"), "");
@@ -75,7 +75,7 @@ TEST(Relayed_Packets, Of_Several_Slices_Decode_Without_A_Complaint) {
 }
 
 // The camera sends each slice of a picture as one packet, after an access unit delimiter.
-TEST(Relayed_Packets, Hold_As_Many_Slices_As_The_Camera_Sends) {
+TEST(RelayedPackets, ContainAllSlicesThatTheCameraSends) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const Relay relay(camera.uri);
   const Viewer viewer(relay.uri, "video");
@@ -88,26 +88,26 @@ TEST(Relayed_Packets, Hold_As_Many_Slices_As_The_Camera_Sends) {
   EXPECT_GE(std::count_if(packets.begin(), packets.end(), is_of_picture), 5);
 }
 
-class Relayed_Transports : public testing::TestWithParam<const char *> {};
+class RelayedTransports : public testing::TestWithParam<const char *> {};
 
-TEST_P(Relayed_Transports, Are_Found_By_The_Relay) {
+TEST_P(RelayedTransports, AreDetectedByTheRelay) {
   const Camera camera({"--transport", GetParam()});
   const Relay relay(camera.uri);
   const Viewer viewer(relay.uri, "video");
   EXPECT_TRUE(viewer.sees(50));
 }
 
-TEST_P(Relayed_Transports, Serve_A_Viewer) {
+TEST_P(RelayedTransports, ServeAViewer) {
   const Camera camera;
   const Relay relay(camera.uri);
   const Viewer viewer(relay.uri, "audio", GetParam());
   EXPECT_TRUE(viewer.sees(50));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Relayed_Transports, testing::Values("tcp", "udp"),
+INSTANTIATE_TEST_SUITE_P(All, RelayedTransports, testing::Values("tcp", "udp"),
                          [](const auto &transport) { return std::string(transport.param); });
 
-TEST(Relayed_Transports, Are_Not_Tried_If_Another_Is_Asked_For) {
+TEST(RelayedTransports, AreNotTriedIfAnotherIsRequested) {
   const Camera camera({"--transport", "udp"});
   const Outcome outcome = run(Relay::command(camera.uri, {"--transport", "tcp"}));
   EXPECT_EQ(outcome.status, 1);

@@ -33,7 +33,7 @@ gint64 longest_wait(const std::vector<Packet> &packets) {
   return longest;
 }
 
-TEST(Simulated_Camera, Keeps_The_Clock_Of_A_Viewer_While_Others_Come_And_Go) {
+TEST(SimulatedCamera, KeepsTheClockOfAViewerWhileOthersConnect) {
   const Camera camera;
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(20));
@@ -49,7 +49,7 @@ TEST(Simulated_Camera, Keeps_The_Clock_Of_A_Viewer_While_Others_Come_And_Go) {
   EXPECT_EQ(lost(viewer.packets()), 0);
 }
 
-TEST(Simulated_Camera, Serves_Viewers_In_Quick_Succession) {
+TEST(SimulatedCamera, ServesViewersInQuickSuccession) {
   const Camera camera;
   for (int i = 0; i < 20; ++i) {
     const Viewer viewer(camera.uri, "audio");
@@ -57,7 +57,7 @@ TEST(Simulated_Camera, Serves_Viewers_In_Quick_Succession) {
   }
 }
 
-TEST(Simulated_Camera, Listens_On_The_Port_Asked_For) {
+TEST(SimulatedCamera, ListensOnTheRequestedPort) {
   std::string port;
   {
     const Camera camera;
@@ -72,7 +72,7 @@ TEST(Simulated_Camera, Listens_On_The_Port_Asked_For) {
 }
 
 // A viewer may join in the middle of a key frame, so skip to a later one before decoding.
-TEST(Simulated_Camera, Sends_Slices_That_Decode_Without_A_Complaint) {
+TEST(SimulatedCamera, SendsSlicesThatDecodeWithoutErrors) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const std::string file = testing::TempDir() + "slices-" + std::to_string(getpid()) + ".mkv";
   const Outcome recorded = run({"ffmpeg", "-v", "fatal", "-nostdin", "-y", "-rtsp_transport", "tcp",
@@ -84,13 +84,13 @@ TEST(Simulated_Camera, Sends_Slices_That_Decode_Without_A_Complaint) {
   EXPECT_EQ(decoded.err, "");
 }
 
-TEST(Simulated_Camera, Offers_Only_The_Transport_Asked_For) {
+TEST(SimulatedCamera, OffersOnlyTheRequestedTransport) {
   const Camera camera({"--transport", "udp"});
   EXPECT_TRUE(Viewer(camera.uri, "video", "tcp").sees_end());
   EXPECT_TRUE(Viewer(camera.uri, "video", "udp").sees(20));
 }
 
-TEST(Simulated_Camera_Misbehaviour, Pause_Delays_But_Loses_Nothing) {
+TEST(SimulatedCameraMisbehaviour, PauseDelaysPacketsWithoutLoss) {
   const Camera camera({"--misbehave", "pause:1@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(150));
@@ -100,7 +100,7 @@ TEST(Simulated_Camera_Misbehaviour, Pause_Delays_But_Loses_Nothing) {
     ASSERT_EQ(step, frame_step);
 }
 
-TEST(Simulated_Camera_Misbehaviour, Drop_Loses_What_Is_Sent_Meanwhile) {
+TEST(SimulatedCameraMisbehaviour, DropLosesThePacketsSentMeanwhile) {
   const Camera camera({"--misbehave", "drop:1@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(150));
@@ -108,7 +108,7 @@ TEST(Simulated_Camera_Misbehaviour, Drop_Loses_What_Is_Sent_Meanwhile) {
   EXPECT_GT(lost(viewer.packets()), 20);
 }
 
-TEST(Simulated_Camera_Misbehaviour, Stops_One_Stream_And_Goes_On_With_The_Other) {
+TEST(SimulatedCameraMisbehaviour, StopEndsOneStreamAndContinuesTheOther) {
   const Camera camera({"--misbehave", "stop-audio@1"});
   const Viewer video(camera.uri, "video");
   const Viewer audio(camera.uri, "audio");
@@ -119,7 +119,7 @@ TEST(Simulated_Camera_Misbehaviour, Stops_One_Stream_And_Goes_On_With_The_Other)
   EXPECT_EQ(audio.packets().size(), before);
 }
 
-TEST(Simulated_Camera_Misbehaviour, Silence_Keeps_The_Connection) {
+TEST(SimulatedCameraMisbehaviour, SilenceKeepsTheConnection) {
   const Camera camera({"--misbehave", "silent@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(10));
@@ -129,7 +129,7 @@ TEST(Simulated_Camera_Misbehaviour, Silence_Keeps_The_Connection) {
   EXPECT_EQ(viewer.packets().size(), before);
 }
 
-TEST(Simulated_Camera_Misbehaviour, Close_Ends_The_Connections_But_Not_The_Camera) {
+TEST(SimulatedCameraMisbehaviour, CloseEndsTheConnectionsButNotTheCamera) {
   const Camera camera({"--misbehave", "close@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(10));
@@ -137,7 +137,7 @@ TEST(Simulated_Camera_Misbehaviour, Close_Ends_The_Connections_But_Not_The_Camer
   EXPECT_TRUE(Viewer(camera.uri, "video").sees(20));
 }
 
-TEST(Simulated_Camera_Misbehaviour, Gone_Refuses_Connections_For_A_While) {
+TEST(SimulatedCameraMisbehaviour, GoneRefusesConnectionsTemporarily) {
   const Camera camera({"--misbehave", "gone:2@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(10));
@@ -154,7 +154,7 @@ void expect_refusal(const std::vector<std::string> &options, const std::string &
   EXPECT_EQ(outcome.err, "simulated_camera: error " + text + "\n");
 }
 
-TEST(Simulated_Camera, Refuses_Bad_Options) {
+TEST(SimulatedCamera, RefusesInvalidOptions) {
   expect_refusal({"--port", "65536"}, "--port takes 0 to 65535");
   expect_refusal({"--slices", "0"}, "--slices takes 1 to 8");
   expect_refusal({"--lifetime", "0"}, "--lifetime takes 1 to 86400");

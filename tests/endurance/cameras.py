@@ -5,7 +5,7 @@ import sys
 import threading
 from pathlib import Path
 
-TEST_CAMERA = Path(__file__).resolve().parents[1] / "cameras/test_camera"
+TEST_CAMERA = Path(__file__).resolve().parents[1] / "cameras/test-camera"
 CONTENTS = (["h264-short-gop", "aac"], ["h264-short-gop"], ["h264-short-gop", "mulaw"])
 
 

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 
-#include <dlfcn.h>
-
-#include <tavren/capture/media_helper.h>
-
 #include "live_blocks.h"
+#include "replaced_function.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -20,17 +17,6 @@ bool allocation_fails() noexcept {
   const int number = ++seen.allocations;
   return number == plan.allocation ||
          (plan.persistent && plan.allocation != 0 && number > plan.allocation);
-}
-
-const void *base_of_library_with(const void *address) {
-  Dl_info info{};
-  return dladdr(address, &info) != 0 ? info.dli_fbase : nullptr;
-}
-
-bool is_in_library(const void *address) {
-  static const void *const library =
-      base_of_library_with(reinterpret_cast<const void *>(&capture::Media_Helper::get_media_type));
-  return base_of_library_with(address) == library;
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 // each of its lines, this test also makes every allocation fail, both individually and together
 // with all later ones.
 
-#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -20,172 +19,12 @@
 
 #include "framework_version.h"
 #include "heap_watch.h"
-#include "leak_watch.h"
-#include "live_blocks.h"
-#include "log_watch.h"
-#include "scenario.h"
+#include "live_objects.h"
+#include "rounds.h"
 
 namespace kel::tavren::tests {
 
 namespace {
-
-std::string text_of(const Scenario &scenario) {
-  return testing::PrintToString(scenario);
-}
-
-// Returns an empty text if there is no disturbance.
-std::string text_of(const Disturbance &disturbance) {
-  std::ostringstream text;
-  if (disturbance.call == EVERY_CALL)
-    text << disturbance.function << ", every call";
-  else if (disturbance.call != 0)
-    text << disturbance.function << " " << disturbance.call;
-  if (disturbance.call != 0 && disturbance.allocation != 0) text << ", ";
-  if (disturbance.allocation != 0)
-    text << "allocation " << disturbance.allocation << (disturbance.persistent ? " onwards" : "");
-  return text.str();
-}
-
-const std::string OUT_OF_MEMORY = "throws std::bad_alloc";
-
-std::vector<Scenario> all_scenarios() {
-  std::vector<Scenario> all;
-  for (const auto &family :
-       {check_and_lookup_scenarios(), construction_scenarios(), control_scenarios(),
-        pad_and_link_scenarios(), branch_scenarios(), ancestry_scenarios(), media_type_scenarios(),
-        discovery_scenarios(), caps_scenarios(), search_scenarios(), text_scenarios()})
-    all.insert(all.end(), family.begin(), family.end());
-  return all;
-}
-
-// Writes the result of a call to a text with reserved capacity, so that no allocation outlives the
-// call.
-void tell_outcome(const Call &call, std::string &outcome) {
-  const auto tell = [&outcome](const char *class_name, const auto &error) {
-    char number[16] = {};
-    std::to_chars(std::begin(number), std::end(number) - 1, static_cast<int>(error.code()), 16);
-    outcome.append("throws ").append(class_name).append("0x").append(number);
-    outcome.append(" \"").append(error.what()).append("\"");
-  };
-  try {
-    outcome.append("returns \"").append(call.run()).append("\"");
-  } catch (const Backend_Error<std::runtime_error> &error) {
-    outcome.clear();
-    tell("", error);
-  } catch (const Tavren_Error<std::logic_error> &error) {
-    outcome.clear();
-    tell("a logic error, ", error);
-  } catch (const std::out_of_range &) {
-    outcome = "throws std::out_of_range";
-  } catch (const std::bad_alloc &) {
-    outcome = OUT_OF_MEMORY;
-  }
-}
-
-// The result of one call.
-struct Round {
-  std::string outcome;
-  // The objects whose reference count has changed, and the differences.
-  std::string changes;
-  int allocations = 0;
-  std::vector<std::pair<std::string, int>> framework_calls;
-};
-
-std::vector<int> counts_of(const std::vector<Involved> &involved) {
-  std::vector<int> counts;
-  for (const Involved &object : involved)
-    counts.push_back(object.count());
-  return counts;
-}
-
-// Describes the changes, and reverts those that nothing else reverts.
-std::string note_changes(const std::vector<Involved> &involved, const std::vector<int> &before) {
-  std::ostringstream changes;
-  for (std::size_t i = 0; i < involved.size(); ++i)
-    if (const int change = involved[i].count() - before[i]; change != 0) {
-      changes << " [" << involved[i].name << " " << std::showpos << change << std::noshowpos << "]";
-      involved[i].make_up(change);
-    }
-  return changes.str();
-}
-
-Round call_once(const Call &call, const Disturbance &disturbance) {
-  constexpr std::size_t LONGEST_TEXT = 2000;
-  Round round;
-  round.outcome.reserve(LONGEST_TEXT);
-  const std::vector<int> before = counts_of(call.involved);
-  disturb_with(disturbance);
-
-  const long blocks_before = live_blocks();
-  tell_outcome(call, round.outcome);
-  EXPECT_EQ(live_blocks(), blocks_before) << "memory was lost";
-
-  round.changes = note_changes(call.involved, before);
-  round.allocations = observed().allocations;
-  for (const auto &[function, calls] : observed().calls)
-    round.framework_calls.emplace_back(function, calls);
-  return round;
-}
-
-// Threads of the framework may need some time to release their references.
-void expect_nothing_left(Object_Balance &objects) {
-  constexpr gint64 PATIENCE = 5 * G_TIME_SPAN_SECOND;
-  const gint64 deadline = g_get_monotonic_time() + PATIENCE;
-  while (objects.now() != 0 && g_get_monotonic_time() < deadline)
-    g_usleep(G_TIME_SPAN_MILLISECOND);
-  EXPECT_EQ(objects.now(), 0) << "objects of the framework were lost";
-}
-
-// Returns whether all recorded memory is freed, which threads of the framework may do slightly
-// later.
-bool memory_is_freed() {
-  constexpr gint64 PATIENCE = G_TIME_SPAN_SECOND;
-  const gint64 deadline = g_get_monotonic_time() + PATIENCE;
-  while (noted_blocks() != 0 && g_get_monotonic_time() < deadline)
-    g_usleep(G_TIME_SPAN_MILLISECOND);
-  return noted_blocks() == 0;
-}
-
-// Waits until the framework's threads have presumably released their references.
-void wait_for_threads() {
-  constexpr int CALM = 5;
-  Object_Balance objects;
-  for (int calm = 0, before = 0; calm < CALM; ++calm) {
-    g_usleep(G_TIME_SPAN_MILLISECOND);
-    if (const int now = objects.now(); now != before) {
-      calm = 0;
-      before = now;
-    }
-  }
-}
-
-// Makes a disturbed call on new objects and, if it failed, an undisturbed call on the same objects,
-// provided that they are unchanged.
-Round call_and_recover(const Scenario &scenario, const Disturbance &disturbance,
-                       const std::string &undisturbed) {
-  Call call = scenario.prepare();
-  Round round = call_once(call, disturbance);
-  if (round.outcome != undisturbed) {
-    if (!round.changes.empty() || scenario.trait == Trait::KEEPS_PARTIAL_WORK)
-      call = scenario.prepare();
-    EXPECT_EQ(call_once(call, {}).outcome, undisturbed) << "the next call is not what it was";
-  }
-  return round;
-}
-
-// Returns all failures of the framework in a scenario. The first entry is the undisturbed call.
-std::vector<Disturbance> framework_failures(const Scenario &scenario, const Round &undisturbed) {
-  std::vector<Disturbance> failures{{}};
-  for (const auto &[function, calls] : undisturbed.framework_calls) {
-    if (scenario.trait == Trait::CALLS_VARY) {
-      failures.push_back({function, EVERY_CALL});
-      continue;
-    }
-    for (int call = 1; call <= calls; ++call)
-      failures.push_back({function, call});
-  }
-  return failures;
-}
 
 std::string read_file(const char *path) {
   std::ifstream file(path);
@@ -230,7 +69,10 @@ bool is_caused_since_1_20(const Scenario &scenario) {
 
 class Faults : public testing::TestWithParam<Scenario> {
 protected:
-  static void SetUpTestSuite() { tell_replay_at_death(); }
+  static void SetUpTestSuite() {
+    count_objects();
+    tell_replay_at_death();
+  }
   static void TearDownTestSuite() {
     EXPECT_EQ(sigaction(SIGABRT, &abort_before, nullptr), 0);
     EXPECT_EQ(sigaction(SIGSEGV, &fault_before, nullptr), 0);
@@ -269,9 +111,9 @@ protected:
     constexpr int ATTEMPTS = 3;
     for (int attempt = 1;; ++attempt) {
       forget_noted_blocks();
-      Object_Balance objects;
+      const long objects = live_objects();
       Round round = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
-      expect_nothing_left(objects);
+      expect_no_more_objects(objects);
       if (memory_is_freed()) return round;
       if (attempt < ATTEMPTS) continue;
       ADD_FAILURE() << "blocks of memory that were lost: " << noted_blocks();
@@ -300,7 +142,7 @@ TEST_P(Faults, OfTheFrameworkAreReported) {
   RecordProperty("framework", played_ - 1);
 }
 
-TEST_P(Faults, OfAllocationLoseNothing) {
+TEST_P(Faults, OfAllocationLeakNothing) {
   int allocations = 0;
   for (Disturbance disturbance : failures_) {
     const Round failed = call_and_recover(GetParam(), disturbance, undisturbed_.outcome);
@@ -326,10 +168,10 @@ TEST_P(Faults, OfAllocationLoseNothing) {
   RecordProperty("allocations", allocations);
 }
 
-class Varying_Calls : public Faults {};
+class VaryingCalls : public Faults {};
 
 // A single failed call has either no effect or the same effect as if all of them failed.
-TEST_P(Varying_Calls, OfTheFrameworkAreReportedOneByOne) {
+TEST_P(VaryingCalls, ReportTheFailureOfEachCall) {
   for (const auto &[function, calls] : undisturbed_.framework_calls) {
     const std::string all_fail = play({function, EVERY_CALL}).outcome;
     for (int call = 1; call <= calls; ++call) {
@@ -356,7 +198,7 @@ std::string test_name(const testing::TestParamInfo<Scenario> &test) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Faults, testing::ValuesIn(all_scenarios()), test_name);
-INSTANTIATE_TEST_SUITE_P(All, Varying_Calls, testing::ValuesIn(scenarios_with_varying_calls()),
+INSTANTIATE_TEST_SUITE_P(All, VaryingCalls, testing::ValuesIn(scenarios_with_varying_calls()),
                          test_name);
 
 // Before 2.76, GLib allocates list nodes from pools unless G_SLICE disables this.
@@ -366,7 +208,7 @@ bool list_nodes_are_allocated_alone() {
 }
 
 // A watch that records nothing would make all rounds pass.
-TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
+TEST(HeapWatch, DetectsTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
     GTEST_SKIP() << "another allocator is in place";
   const Element element = make_element("identity", "parser");
@@ -387,7 +229,7 @@ TEST(Heap_Watch, SeesTextsAndListNodesThatAreNotFreed) {
 }
 
 // Each section belongs to a scenario, and each scenario has a section.
-TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
+TEST(FaultOutcomes, AreThoseOfTheScenarios) {
   std::set<std::string> titles;
   for (const Scenario &scenario : all_scenarios())
     titles.insert(text_of(scenario));
@@ -401,7 +243,7 @@ TEST(Fault_Outcomes, AreThoseOfTheScenarios) {
 }
 
 // Every function of the interface has a scenario.
-TEST(Fault_Scenarios, AreOfAllOperations) {
+TEST(FaultScenarios, CoverAllOperations) {
   std::set<std::string> operations;
   for (const Scenario &scenario : all_scenarios())
     operations.insert(scenario.operation);
@@ -431,7 +273,7 @@ std::set<std::string> defined_codes() {
 
 // Every code that is thrown occurs in the outcomes. If two places throw the same code, so does each
 // text.
-TEST(Fault_Outcomes, ReachEveryPlaceThatThrows) {
+TEST(FaultOutcomes, CoverEveryPlaceThatThrows) {
   std::set<std::string> codes;
   std::set<std::string> texts;
   for (const Scenario &scenario : all_scenarios()) {

@@ -1,13 +1,12 @@
 // Stand-ins for all functions of the framework that the library calls and that can fail. They
 // replace the framework's functions in the whole program, and forward all calls that must not fail.
 
-#include <dlfcn.h>
-
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
 #include <gst/pbutils/pbutils.h>
 
 #include "disturbance.h"
+#include "replaced_function.h"
 
 namespace {
 
@@ -15,15 +14,16 @@ namespace {
 template <typename Result, typename... Parameters>
 class Stand_In {
 public:
-  Stand_In(Result (*)(Parameters...), const char *name, const void *caller)
-      : name_(name), caller_(caller) {}
+  Stand_In(Result (*function)(Parameters...), const char *name, const void *caller)
+      : function_(function), name_(name), caller_(caller) {}
 
   Result answer(Result failure, Parameters... arguments) const {
     if (kel::tavren::tests::fails_now(name_, caller_)) return failure;
-    return reinterpret_cast<Result (*)(Parameters...)>(dlsym(RTLD_NEXT, name_))(arguments...);
+    return kel::tavren::tests::replaced_function(function_, name_)(arguments...);
   }
 
 private:
+  Result (*function_)(Parameters...);
   const char *name_;
   const void *caller_;
 };

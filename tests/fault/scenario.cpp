@@ -13,6 +13,11 @@ Involved owned(const char *name, const Element &element) {
   return involved;
 }
 
+std::vector<Involved> involve(const Caps &caps) {
+  if (!caps) return {};
+  return {{"caps", caps}};
+}
+
 std::vector<Involved> kept_factories() {
   std::vector<Involved> all;
   for (const char *const name : depayloaders) {
@@ -25,6 +30,20 @@ std::vector<Involved> kept_factories() {
     };
   }
   return all;
+}
+
+Element make_tee(int pads) {
+  Element tee = make_element("tee", "tee");
+  for (int i = 0; i < pads; ++i)
+    request_pad(tee.get(), "src_%u");
+  return tee;
+}
+
+std::pair<Element, Element> make_linked() {
+  const Element source = make_element("fakesrc", "a_source_with_a_name");
+  const Element sink = make_element("fakesink", "a_sink_with_a_name");
+  gst_element_link(source.get(), sink.get());
+  return {source, sink};
 }
 
 }  // namespace kel::tavren::tests

@@ -7,11 +7,12 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "depayloader_references.h"
 #include "disturbance.h"
-#include "references.h"
+#include "elements.h"
 
 namespace kel::tavren::tests {
 
@@ -35,6 +36,9 @@ struct Involved {
 
 // An element with an owner. If a bin rejects it, the bin releases one of its references.
 Involved owned(const char *name, const Element &element);
+
+// The caps, if there are any.
+std::vector<Involved> involve(const Caps &caps);
 
 // The factories to which the choice of an RTP proxy keeps references.
 std::vector<Involved> kept_factories();
@@ -72,22 +76,21 @@ inline std::ostream &operator<<(std::ostream &stream, const Scenario &scenario) 
 
 using Bus = boost::intrusive_ptr<GstBus>;
 
-inline GstBin *as_bin(const Element &element) {
-  return GST_BIN_CAST(element.get());
+Element make_tee(int pads);
+
+// A source linked to a sink.
+std::pair<Element, Element> make_linked();
+
+// A value of an enumeration, possibly one that is not an enumerator.
+template <typename Enumeration>
+Enumeration value(int number) {
+  return static_cast<Enumeration>(number);
 }
 
 // Returns a pointer of the wrong type for a call.
 template <typename T>
 T *disguise(const boost::intrusive_ptr<GstPad> &pad) {
   return reinterpret_cast<T *>(pad.get());
-}
-
-// Takes ownership of a reference, including a floating one.
-inline Element own(GstElement *element) {
-  return Element(element != nullptr && g_object_is_floating(element)
-                     ? GST_ELEMENT_CAST(gst_object_ref_sink(element))
-                     : element,
-                 false);
 }
 
 // A disturbed call without a result.
@@ -101,10 +104,6 @@ std::string done(Call call) {
 template <typename Make>
 Call alone(Make make) {
   return {{}, [make] { return disturbed(make); }};
-}
-
-inline std::string name_of(gpointer object) {
-  return object != nullptr ? GST_OBJECT_NAME(object) : "null";
 }
 
 // Disturbed calls that return an element or a pad, which is released, or a number.
@@ -128,7 +127,8 @@ std::string number_from(Call call) {
 std::vector<Scenario> check_and_lookup_scenarios();
 std::vector<Scenario> construction_scenarios();
 std::vector<Scenario> control_scenarios();
-std::vector<Scenario> pad_and_link_scenarios();
+std::vector<Scenario> pad_scenarios();
+std::vector<Scenario> link_scenarios();
 std::vector<Scenario> branch_scenarios();
 std::vector<Scenario> ancestry_scenarios();
 std::vector<Scenario> media_type_scenarios();

@@ -7,17 +7,13 @@
 #include <utility>
 
 #include "depayloader_references.h"
+#include "elements.h"
 #include "fuzzing.h"
-#include "references.h"
 
 using namespace kel::tavren::capture;
+using namespace kel::tavren::fuzz;
 using namespace kel::tavren::tests;
 namespace TEC = kel::tavren::TEC;
-using kel::tavren::fuzz::Outcome;
-using kel::tavren::fuzz::require;
-using kel::tavren::fuzz::run;
-using kel::tavren::fuzz::shown;
-using kel::tavren::fuzz::Tolerated_Criticals;
 
 namespace {
 

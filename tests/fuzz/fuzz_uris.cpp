@@ -8,12 +8,9 @@
 #include "references.h"
 
 using namespace kel::tavren::capture;
+using namespace kel::tavren::fuzz;
 using namespace kel::tavren::tests;
 namespace TEC = kel::tavren::TEC;
-using kel::tavren::fuzz::mark;
-using kel::tavren::fuzz::require;
-using kel::tavren::fuzz::run;
-using kel::tavren::fuzz::Tolerated_Criticals;
 
 namespace {
 

@@ -12,9 +12,8 @@
 #include "fuzzing.h"
 
 using namespace kel::tavren::capture;
+using namespace kel::tavren::fuzz;
 namespace TEC = kel::tavren::TEC;
-using kel::tavren::fuzz::require;
-using kel::tavren::fuzz::run;
 
 namespace {
 

@@ -118,13 +118,6 @@ struct Measures {
   long blocks = 0;
 };
 
-long total(const std::map<std::string, long> &counts) {
-  long sum = 0;
-  for (const auto &[name, count] : counts)
-    sum += count;
-  return sum;
-}
-
 class Soak {
 public:
   explicit Soak(const Options &options)
@@ -140,7 +133,7 @@ public:
     for (const Operation &operation : operations)
       run_on_scene([&](const Scene &scene) { run_one(operation, scene); });
     run_until(warm_up);
-    first_objects_ = live_objects();
+    first_objects_ = live_objects_by_type();
     std::fill(blocks_kept_.begin(), blocks_kept_.end(), 0);
     first_ = last_ = measure();
     for (std::uint64_t part = 1; part <= parts && good_; ++part) {
@@ -166,7 +159,7 @@ private:
 
   void run_one(const Operation &operation, const Scene &scene) {
     const long blocks = live_blocks();
-    const std::string wrong = complaint(operation, scene);
+    const std::string wrong = unexpected_behaviour(operation, scene);
     if (!wrong.empty()) complain(wrong);
     const std::string changes = scene.changed_counts();
     if (!changes.empty()) complain(operation.name + (": " + changes));
@@ -194,7 +187,7 @@ private:
 
   Measures measure() const {
     const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start_;
-    return {done_, failed_, duration.count(), resident_kib(), total(live_objects()), live_blocks()};
+    return {done_, failed_, duration.count(), resident_kib(), live_objects(), live_blocks()};
   }
 
   void compare() {
@@ -210,7 +203,7 @@ private:
 
   std::string objects_that_grew() {
     std::string text;
-    for (const auto &[type, count] : live_objects())
+    for (const auto &[type, count] : live_objects_by_type())
       if (count > first_objects_[type])
         text += " " + type + " by " + std::to_string(count - first_objects_[type]);
     return text;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "depayloaders.h"
 #include "references.h"
 
 namespace kel::tavren::tests {
@@ -16,10 +17,6 @@ using Factory = std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)>;
 inline Factory find_factory(const std::string &name) {
   return Factory(gst_element_factory_find(name.c_str()), gst_object_unref);
 }
-
-// In the order in which the library tries them.
-inline constexpr const char *depayloaders[] = {"rtph264depay", "rtpjpegdepay", "rtppcmudepay",
-                                               "rtpmp4adepay", "rtpmp4vdepay", "rtpmp4gdepay"};
 
 // Counts the references to the depayloaders' factories, and finally releases those that were kept,
 // so that leak checks do not report them.

@@ -8,11 +8,12 @@
 
 namespace kel::tavren::tests {
 
-// Groups digits by three and uses a decimal comma, until the end of its scope.
+// Groups digits and uses a decimal comma, until the end of its scope.
 class Grouping_Locale {
 public:
-  Grouping_Locale()
-      : previous_(std::locale::global(std::locale(std::locale::classic(), new Punctuation))) {}
+  explicit Grouping_Locale(const char *groups = "\3")
+      : previous_(
+            std::locale::global(std::locale(std::locale::classic(), new Punctuation(groups)))) {}
   ~Grouping_Locale() { std::locale::global(previous_); }
 
   Grouping_Locale(const Grouping_Locale &) = delete;
@@ -20,9 +21,15 @@ public:
 
 private:
   class Punctuation : public std::numpunct<char> {
+  public:
+    explicit Punctuation(const char *groups) : groups_(groups) {}
+
+  private:
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
+    std::string do_grouping() const override { return groups_; }
+
+    std::string groups_;
   };
 
   std::locale previous_;

@@ -16,13 +16,10 @@ void note_leak(GstDebugCategory *category, GstDebugLevel, const gchar *, const g
     ++leaked;
 }
 
-// Transfer full.
-GObject *leaks_tracer() {
+void require_tracer() {
   GList *const tracers = gst_tracing_get_active_tracers();
   if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
-  GObject *const tracer = G_OBJECT(g_object_ref(tracers->data));
   g_list_free_full(tracers, gst_object_unref);
-  return tracer;
 }
 
 }  // namespace
@@ -31,27 +28,7 @@ void init_and_watch_leaks(int *argc, char ***argv) {
   g_setenv("GST_TRACERS", "leaks", TRUE);
   gst_init(argc, argv);
   g_unsetenv("GST_TRACERS");
-  g_object_unref(leaks_tracer());
-}
-
-Object_Balance::Object_Balance() : tracer_(leaks_tracer()) {
-  g_signal_emit_by_name(tracer_, "activity-start-tracking");
-}
-
-Object_Balance::~Object_Balance() {
-  g_signal_emit_by_name(tracer_, "activity-stop-tracking");
-  g_object_unref(tracer_);
-}
-
-int Object_Balance::now() {
-  GstStructure *changes = nullptr;
-  g_signal_emit_by_name(tracer_, "activity-get-checkpoint", &changes);
-  const auto count = [changes](const char *list) {
-    return static_cast<int>(gst_value_list_get_size(gst_structure_get_value(changes, list)));
-  };
-  balance_ += count("objects-created-list") - count("objects-removed-list");
-  gst_structure_free(changes);
-  return balance_;
+  require_tracer();
 }
 
 bool deinit_without_leaks() {

@@ -3,6 +3,6 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
-TEST(Leak_Watch, SeesALostElement) {
+TEST(LeakWatch, DetectsALeakedElement) {
   EXPECT_NE(gst_element_factory_make("identity", "lost_element"), nullptr);
 }

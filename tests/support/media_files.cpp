@@ -8,26 +8,13 @@
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
-#include "references.h"
+#include "elements.h"
 
 namespace kel::tavren::tests {
 
 namespace {
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
-
-// Waits until a pipeline has reached EOS; any other end fails the test.
-void play_to_end(GstElement *pipeline) {
-  const boost::intrusive_ptr<GstBus> bus(gst_element_get_bus(pipeline), false);
-  ASSERT_NE(gst_element_set_state(pipeline, GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
-  const std::unique_ptr<GstMessage, decltype(&gst_message_unref)> message(
-      gst_bus_timed_pop_filtered(bus.get(), 30 * GST_SECOND,
-                                 static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)),
-      gst_message_unref);
-  gst_element_set_state(pipeline, GST_STATE_NULL);
-  ASSERT_NE(message, nullptr) << "the pipeline did not come to its end";
-  ASSERT_EQ(GST_MESSAGE_TYPE(message.get()), GST_MESSAGE_EOS);
-}
 
 }  // namespace
 
@@ -53,11 +40,11 @@ std::string Media_Folder::uri(const std::string &file) const {
 void Media_Folder::record(const std::string &file, const std::string &pipeline) const {
   GstElement *const parsed = gst_parse_launch(pipeline.c_str(), nullptr);
   ASSERT_NE(parsed, nullptr) << pipeline;
-  const Element owned(GST_ELEMENT_CAST(gst_object_ref_sink(parsed)), false);
-  const Element sink(gst_bin_get_by_name(GST_BIN(owned.get()), "file"), false);
+  const Element playing = own(parsed);
+  const Element sink(gst_bin_get_by_name(as_bin(playing), "file"), false);
   ASSERT_TRUE(sink) << pipeline;
   g_object_set(sink.get(), "location", path(file).c_str(), nullptr);
-  ASSERT_NO_FATAL_FAILURE(play_to_end(owned.get())) << pipeline;
+  ASSERT_EQ(play_to_end(playing), GST_MESSAGE_EOS) << pipeline;
 }
 
 void Media_Folder::write(const std::string &file, const std::string &contents) const {

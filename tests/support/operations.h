@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "references.h"
+#include "elements.h"
 
 namespace kel::tavren::tests {
 
@@ -60,7 +60,7 @@ extern const std::vector<Operation> operations;
 extern const std::vector<std::string> expected_warnings;
 
 // Runs an operation. Returns a description of any unexpected behaviour, otherwise an empty text.
-std::string complaint(const Operation &operation, const Scene &scene);
+std::string unexpected_behaviour(const Operation &operation, const Scene &scene);
 
 }  // namespace kel::tavren::tests
 

@@ -20,7 +20,7 @@ class StreamExpectation:
 class Case:
     """A row of the table.
 
-    camera        the arguments of test_camera; or "simulated", "vlc" or "published" with their
+    camera        the arguments of test-camera; or "simulated", "vlc" or "published" with their
                   arguments; or "" for none. With the prefix "relayed", the recorder records the output
                   of relay_stream
     to            the extension of the recorded file

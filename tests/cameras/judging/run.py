@@ -88,8 +88,8 @@ def _camera_command(words, programs, lifetime):
         return [str(programs.simulated_camera), *words[1:], "--lifetime", lifetime]
     options = ["--cache", str(programs.cache), "--lifetime", lifetime]
     if words[0] in ("vlc", "published"):
-        return [*PYTHON, str(HERE / f"{words[0]}_camera"), *words[1:], *options]
-    return [*PYTHON, str(HERE / "test_camera"), *words, *options]
+        return [*PYTHON, str(HERE / f"{words[0]}-camera"), *words[1:], *options]
+    return [*PYTHON, str(HERE / "test-camera"), *words, *options]
 
 
 def recorder_words(case, programs, folder, address):
