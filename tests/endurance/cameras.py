@@ -13,8 +13,9 @@ class Camera:
     """A test camera that can be told to misbehave. Counts the sessions that start to play."""
 
     def __init__(self, number, lifetime):
-        command = [sys.executable, "-S", str(TEST_CAMERA), *CONTENTS[number % len(CONTENTS)], "--commands",
-                   "--lifetime", str(lifetime)]
+        contents = CONTENTS[number % len(CONTENTS)]
+        self.has_one_stream = len(contents) == 1
+        command = [sys.executable, "-S", str(TEST_CAMERA), *contents, "--commands", "--lifetime", str(lifetime)]
         self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.uri = self._process.stdout.readline().strip()
         if not self.uri:
