@@ -3,7 +3,7 @@
 #include <malloc.h>
 #include <sys/resource.h>
 
-#include <iostream>
+#include <csignal>
 #include <optional>
 
 #include "camera_list.h"
@@ -216,6 +216,9 @@ struct Arguments {
 int main(int argc, char **argv) {
   using namespace kel::tavren::programs;
   limit_arenas();
+  // A log that nobody reads any more must not end the recordings.
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   Arguments arguments;
   Diagnosis_Arguments diagnosis;
   std::vector<GOptionEntry> entries = arguments.entries();
