@@ -56,7 +56,7 @@ public:
       log.write("", "metrics at http://127.0.0.1:" + std::to_string(metrics_->port()) + "/metrics",
                 nullptr);
     }
-    if (!options.status_file.empty()) file_.emplace(options.status_file, log);
+    if (!options.status_file.empty()) file_.emplace(options.status_file, status_as_json({}), log);
   }
 
   void report(const Statuses &statuses) {

@@ -7,8 +7,9 @@
 
 namespace kel::tavren::programs {
 
-Status_File::Status_File(std::string path, Event_Log &log) : path_(std::move(path)), log_(log) {
-  replace("{}\n");
+Status_File::Status_File(std::string path, const std::string &text, Event_Log &log)
+    : path_(std::move(path)), log_(log) {
+  replace(text);
 }
 
 void Status_File::write(const std::string &text) {

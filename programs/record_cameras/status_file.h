@@ -12,8 +12,9 @@ namespace kel::tavren::programs {
 
 class Status_File {
 public:
-  // The log must outlive this object. Throws std::runtime_error if the file cannot be written.
-  Status_File(std::string path, Event_Log &log);
+  // Writes the first text. The log must outlive this object. Throws std::runtime_error if the file
+  // cannot be written.
+  Status_File(std::string path, const std::string &text, Event_Log &log);
 
   // Replaces the file: a reader sees the old or the new text. Logs the first of several failures.
   void write(const std::string &text);
