@@ -10,7 +10,7 @@
 
 namespace kel::tavren::programs {
 
-// Computes retry delays of an eighth of the time that the camera has been unavailable, from a
+// Computes retry delays of a sixteenth of the time that the camera has been unavailable, from a
 // quarter of a second to half a minute: a camera that returns is missed for little longer than it
 // was away. All times are in us of the monotonic clock.
 class Retry_Schedule {
@@ -23,7 +23,7 @@ public:
     if (!since_) since_ = now;
     const gint64 left = *since_ + limit_ - now;
     if (left <= 0) return std::nullopt;
-    return now + std::min(left, std::clamp((now - *since_) / 8, shortest_pause, longest_pause));
+    return now + std::min(left, std::clamp((now - *since_) / 16, shortest_pause, longest_pause));
   }
 
   // Call this when the camera is available again.
