@@ -135,16 +135,6 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
   return source;
 }
 
-// The source names its pads recv_rtp_src_NUMBER_SSRC_PAYLOADTYPE.
-guint stream_number(GstPad *pad) {
-  const std::unique_ptr<char, Emancipator<char>> name(gst_object_get_name(GST_OBJECT(pad)));
-  const std::string text = name.get();
-  const std::string prefix = "recv_rtp_src_";
-  if (text.compare(0, prefix.size(), prefix) != 0)
-    throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "no stream of the camera is named " + text);
-  return static_cast<guint>(std::stoul(text.substr(prefix.size())));
-}
-
 std::vector<GOptionEntry> Camera_Arguments::entries() {
   // Not converted from the locale's encoding: services often run without a locale.
   return {

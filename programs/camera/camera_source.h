@@ -31,10 +31,6 @@ std::vector<Transport> transports_to_try(Transport transport);
 // authorities cannot be read. Propagates the library's exception if the element is missing.
 GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Transport transport);
 
-// Returns the number, in the camera's description, of the stream on a pad of the source. Throws
-// Bus_Error if the pad does not belong to an RTSP source.
-guint stream_number(GstPad *pad);
-
 // Parses the command line options --uri, --transport, --latency, --user, --password-file and
 // --ca-file.
 class Camera_Arguments {

@@ -6,6 +6,7 @@
 #include <tavren/capture/media_helper.h>
 
 #include "camera/camera_streams.h"
+#include "camera/source_pads.h"
 
 namespace kel::tavren::programs {
 
@@ -14,7 +15,7 @@ using capture::Media_Helper;
 namespace {
 
 constexpr gint64 take_over_delay = G_TIME_SPAN_SECOND / 2;
-constexpr int branches_kept = 3;
+constexpr int branches_kept = 1;  // of those replaced
 
 // rtpmp4adepay sends its first packet unchanged, with the lengths of the frames in front of them.
 GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexcept {
@@ -266,7 +267,7 @@ GstElement *Camera_Session::add_frame_sink(Branch &branch) {
   return sink;
 }
 
-// Keep the newest branches: the camera may return to them.
+// Keeps the newest of the replaced branches: packets of two SSRCs may arrive in turn.
 void Camera_Session::remove_old_branches(guint number) {
   std::list<Branch> old;
   {
@@ -282,6 +283,7 @@ void Camera_Session::remove_old_branches(guint number) {
     }
   }
   for (const Branch &branch : old) {
+    remove_source_pad(branch.source.get());
     if (!branch.elements.empty())
       Media_Helper::unlink_pad_from_element(branch.source.get(), branch.elements.back());
     for (GstElement *const element : branch.elements) {

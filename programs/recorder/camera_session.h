@@ -62,7 +62,7 @@ public:
 
   std::deque<Camera_Event> take_events();
 
-  // Removes the elements of the stream's branches that were replaced long ago.
+  // Removes the branches of the stream that were replaced, except for the newest.
   void remove_old_branches(guint number);
 
   // While the session is held back, its threads block before they deliver a frame.

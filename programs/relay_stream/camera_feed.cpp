@@ -6,6 +6,7 @@
 
 #include <tavren/capture/media_helper.h>
 
+#include "camera/source_pads.h"
 #include "camera/stream_clock.h"
 #include "command_line/program.h"
 
@@ -18,6 +19,9 @@ namespace {
 using Pad = boost::intrusive_ptr<GstPad>;
 using Sample = boost::intrusive_ptr<GstSample>;
 using Shared_Stream = std::shared_ptr<Relayed_Stream>;
+
+// How long a stream is silent before the camera may have returned to an earlier SSRC.
+constexpr gint64 return_delay = G_TIME_SPAN_SECOND / 2;
 
 // Between a depayloader and a payloader, where the payloader alone does not do:
 //
@@ -86,6 +90,12 @@ void drop_stream(gpointer stream) noexcept {
   delete static_cast<Shared_Stream *>(stream);
 }
 
+Relayed_Streams::const_iterator find_stream(const Relayed_Streams &streams, guint number) {
+  return std::find_if(streams.begin(), streams.end(), [number](const Shared_Stream &stream) {
+    return stream->description().number == number;
+  });
+}
+
 boost::intrusive_ptr<GstElement> make_pipeline() {
   return {GST_ELEMENT_CAST(gst_object_ref_sink(gst_pipeline_new("feed"))), false};
 }
@@ -119,6 +129,33 @@ void Camera_Feed::check() {
   }
   while (const boost::intrusive_ptr<GstMessage> message{gst_bus_pop(bus_.get()), false})
     handle(message.get());
+  remove_replaced_pads();
+}
+
+// Keeps the newest replaced pad of a stream while its successor delivers frames: packets of two
+// SSRCs may arrive in turn. If the camera returns to the SSRC of a removed pad, the source adds a
+// new pad.
+void Camera_Feed::remove_replaced_pads() {
+  std::vector<Pad> old;
+  {
+    const std::lock_guard lock(mutex_);
+    for (auto &[number, pads] : replaced_pads_) {
+      const std::size_t kept = is_silent(number) ? 0 : 1;
+      while (pads.size() > kept) {
+        old.push_back(std::move(pads.front()));
+        pads.pop_front();
+      }
+    }
+  }
+  for (const Pad &pad : old)
+    remove_source_pad(pad.get());
+}
+
+// Must be called with the mutex locked.
+bool Camera_Feed::is_silent(guint number) const {
+  const auto stream = find_stream(streams_, number);
+  return stream != streams_.end() &&
+         g_get_monotonic_time() - (*stream)->last_arrival() > return_delay;
 }
 
 void Camera_Feed::handle(GstMessage *message) {
@@ -200,12 +237,14 @@ void Camera_Feed::link_stream(GstPad *pad) {
   if (depayloader) {
     const Pad sink(Media_Helper::gst_element_get_static_pad_or_throw(depayloader.get(), "sink"),
                    false);
-    if (const Pad old{gst_pad_get_peer(sink.get()), false}) gst_pad_unlink(old.get(), sink.get());
+    if (const Pad old{gst_pad_get_peer(sink.get()), false}) {
+      gst_pad_unlink(old.get(), sink.get());
+      const std::lock_guard lock(mutex_);
+      replaced_pads_[number].push_back(old);
+    }
   } else {
     const Relayed_Streams known = streams();
-    const auto stream = std::find_if(known.begin(), known.end(), [number](const auto &candidate) {
-      return candidate->description().number == number;
-    });
+    const auto stream = find_stream(known, number);
     if (stream == known.end())
       throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the camera sends a stream that it did not offer");
     // GStreamer 1.18 also adds pads for streams that were not selected.

@@ -3,7 +3,9 @@
 #ifndef TAVREN_PROGRAMS_CAMERA_FEED_H
 #define TAVREN_PROGRAMS_CAMERA_FEED_H
 
+#include <deque>
 #include <exception>
+#include <map>
 #include <mutex>
 
 #include <gst/app/gstappsink.h>
@@ -51,6 +53,8 @@ private:
   GstElement *add_branch(const std::shared_ptr<Relayed_Stream> &stream);
   GstElement *add_sink(const std::shared_ptr<Relayed_Stream> &stream);
   void handle(GstMessage *message);
+  void remove_replaced_pads();
+  bool is_silent(guint number) const;
 
   const Relayed_Streams known_;
   const boost::intrusive_ptr<GstElement> pipeline_;
@@ -60,6 +64,8 @@ private:
   mutable std::mutex mutex_;  // guards all that follows
   Relayed_Streams streams_;
   std::exception_ptr failure_;
+  // By the number of the stream, oldest first.
+  std::map<guint, std::deque<boost::intrusive_ptr<GstPad>>> replaced_pads_;
 };
 
 }  // namespace kel::tavren::programs

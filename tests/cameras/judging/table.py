@@ -172,6 +172,9 @@ FAULTS = [
         ("h264 aac 1.5", "h264 aac 2", "h264 aac 2"), seconds=6, tolerance=1.1),
     row("an SSRC that returns", "h264 aac --misbehave ssrc@2 --misbehave first-ssrc@4", "mkv",
         FILES_OF_RETURNING_SSRC, seconds=6, tolerance=1.1),
+    row("an SSRC that returns after two others",
+        "h264 aac --misbehave ssrc@2 --misbehave ssrc@4 --misbehave first-ssrc@6", "mkv",
+        ("h264 aac 1.5", "h264 aac 2", "h264 aac 2", "h264 aac 2"), seconds=8, tolerance=1.1),
     row("new resolution, mkv", "h264 aac --misbehave switch@2 --switch-to h264-large", "mkv",
         ("h264 aac 1.5", "h264 aac 2"), seconds=4, tolerance=0.7, total=4),
     row("new resolution, mp4", "h264 aac --misbehave switch@2 --switch-to h264-large", "mp4",
@@ -395,6 +398,8 @@ RELAYED = [
         "h264 aac", seconds=5),
     row("relayed with a new SSRC", "relayed h264 aac --misbehave ssrc@4", "mp4", "h264 aac", seconds=5,
         whole=False, largest_step=1.2, tolerance=0.5),
+    row("relayed with an SSRC that returns", "relayed h264 aac --misbehave ssrc@4 --misbehave first-ssrc@6",
+        "mp4", "h264 aac", seconds=8, whole=False, largest_step=2.2, tolerance=2.2),
 ]
 
 CASES = [*CODECS, *FAULTS, *SERVERS, *CONNECTIONS, *RECORDINGS, *RELAYED]
