@@ -34,6 +34,11 @@ Caps without_stream_fields(const Caps &caps) {
   return plain;
 }
 
+bool accepts(const Caps &formats, const char *media) {
+  const Caps caps(gst_caps_new_empty_simple(media), false);
+  return gst_caps_can_intersect(formats.get(), caps.get()) != FALSE;
+}
+
 bool is_mpeg1_audio(const GstStructure *structure) {
   int version = 0;
   return gst_structure_has_name(structure, "audio/mpeg") != FALSE &&
@@ -85,6 +90,11 @@ Container choose_container(const std::string &file) {
   container.extension = file.substr(file.rfind('.'));
   container.accepted = template_caps(container.muxer, GST_PAD_SINK);
   container.formats = without_stream_fields(container.accepted);
+  // ac3parse accepts audio/ac3, which the depayloader produces, only if the next element does.
+  if (accepts(container.formats, "audio/x-ac3"))
+    container.formats.reset(
+        gst_caps_merge_structure(container.formats.detach(), gst_structure_new_empty("audio/ac3")),
+        false);
   container.has_times = container.muxer != "avimux";
   return container;
 }

@@ -84,10 +84,10 @@ bool leads_to(const std::string &parser, const Caps &media, const Container &con
 }
 
 // The headers of these formats are part of the stream. Only a parser moves them to the caps, where
-// a muxer expects them.
+// a muxer expects them. Muxers do not accept audio/ac3, which a parser renames to audio/x-ac3.
 bool needs_parser(const Caps &media) {
-  return is_named(media, "audio/x-speex") || is_named(media, "audio/x-vorbis") ||
-         is_named(media, "video/x-theora");
+  return is_named(media, "audio/ac3") || is_named(media, "audio/x-speex") ||
+         is_named(media, "audio/x-vorbis") || is_named(media, "video/x-theora");
 }
 
 //! [choose a parser]

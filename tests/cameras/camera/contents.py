@@ -78,6 +78,8 @@ CONTENTS = {
     "mp3": Content(_tone(44100), "-c:a libmp3lame -b:a 128k"),
     "speex": Content(_tone(16000), "-c:a libspeex"),
     "mp2": Content(_tone(44100), "-c:a mp2 -b:a 128k"),
+    "ac3": Content(_tone(48000), "-c:a ac3 -b:a 128k"),
+    "h263": Content(_pictures("352x288"), "-c:v h263p -b:v 400k -g 25"),
 }
 
 
