@@ -33,6 +33,9 @@ constexpr gint64 return_delay = G_TIME_SPAN_SECOND / 2;
 // vp9parse         as mpegvideoparse.
 // aacparse         gives a time to all the frames of a packet. The depayloader does that for the
 //                  first.
+// ac3parse         names the media as the payloader expects. It links to the depayloader only if
+// the
+//                  sink accepts both names.
 struct Parser {
   const char *depayloader;
   const char *factory;
@@ -46,6 +49,7 @@ constexpr Parser parsers[] = {
     {"rtpmp4vdepay", "mpeg4videoparse", "video/mpeg, mpegversion=4, parsed=true"},
     {"rtpvp9depay", "vp9parse", "video/x-vp9, parsed=true"},
     {"rtpmp4gdepay", "aacparse", "audio/mpeg, framed=true"},
+    {"rtpac3depay", "ac3parse", "audio/x-ac3; audio/ac3"},
 };
 
 const Parser *find_parser(const std::string &depayloader) {

@@ -389,6 +389,7 @@ RELAYED = [
     row("relayed jpeg and mulaw", "relayed mjpeg mulaw", "mkv", "mjpeg pcm_mulaw"),
     row("relayed mpeg4 and mp2", "relayed mpeg4 mp2", "avi", "mpeg4 mp2"),
     row("relayed vp8 and opus", "relayed vp8 opus", "mkv", "vp8 opus"),
+    row("relayed VLC, h264 and ac3", "relayed vlc h264 ac3", "mkv", "h264 ac3"),
     row("relayed vp9", "relayed vp9", "mp4", "vp9", needs=VP9_PARSER),
     row("relayed aac latm", "relayed h264 aac-latm", "mp4", "h264 aac"),
     row("relayed l16", "relayed h264 l16", "mkv", "h264 pcm_s16be"),
