@@ -34,8 +34,7 @@ constexpr gint64 return_delay = G_TIME_SPAN_SECOND / 2;
 // aacparse         gives a time to all the frames of a packet. The depayloader does that for the
 //                  first.
 // ac3parse         names the media as the payloader expects. It links to the depayloader only if
-// the
-//                  sink accepts both names.
+//                  the sink accepts both names.
 struct Parser {
   const char *depayloader;
   const char *factory;
