@@ -7,6 +7,7 @@
 #include <tavren/capture/media_helper.h>
 #include <tavren/handles/scope_exit_guard.h>
 
+#include "description_repair.h"
 #include "keep_alive.h"
 #include "stream_addresses.h"
 
@@ -64,7 +65,10 @@ GstRTSPResult after_send(GstRTSPExtension *extension, GstRTSPMessage *request,
 
 GstRTSPResult parse_description(GstRTSPExtension *extension, GstSDPMessage *description,
                                 GstStructure *) noexcept {
-  return call([=] { session_of(extension).addresses.note_description(description); });
+  return call([=] {
+    repair_description(description);
+    session_of(extension).addresses.note_description(description);
+  });
 }
 
 // rtspsrc does not wait for a response if the response pointer is null.
@@ -105,7 +109,7 @@ void finalize(GObject *object) {
 void init_class(gpointer type, gpointer) {
   gst_element_class_set_static_metadata(
       GST_ELEMENT_CLASS(type), "RTSP extension", "Network/Extension/Protocol",
-      "Appends stream addresses and keeps sessions open", "The programs");
+      "Repairs descriptions, appends stream addresses and keeps sessions open", "The programs");
   G_OBJECT_CLASS(type)->finalize = finalize;
 }
 

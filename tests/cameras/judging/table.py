@@ -236,6 +236,9 @@ SERVERS = [
     row("packets before the answer to PLAY", "h264 aac --early", "mp4", "h264 aac"),
     row("camera sends requests", "h264 aac --asks", "mp4", "h264 aac", seconds=4),
     row("camera sends requests, UDP", "h264 aac --asks --transport udp", "mkv", "h264 aac", seconds=4),
+    row("a backchannel", "h264 aac --backchannel", "mkv", "h264 aac"),
+    row("protocol RTP/AVP/TCP", "h264 aac --protocol RTP/AVP/TCP", "mp4", "h264 aac"),
+    row("protocol in lower case, UDP", "h264 aac --transport udp --protocol rtp/avp/udp", "mkv", "h264 aac"),
     row("a stream of metadata that sends nothing", "h264 aac --metadata", "mp4", "h264 aac",
         lines=r"VND\.ONVIF\.METADATA.*not recorded"),
 ]
@@ -390,6 +393,7 @@ RELAYED = [
     row("relayed mpeg4 and mp2", "relayed mpeg4 mp2", "avi", "mpeg4 mp2"),
     row("relayed vp8 and opus", "relayed vp8 opus", "mkv", "vp8 opus"),
     row("relayed VLC, h264 and ac3", "relayed vlc h264 ac3", "mkv", "h264 ac3"),
+    row("relayed with a backchannel", "relayed h264 aac --backchannel", "mkv", "h264 aac"),
     row("relayed vp9", "relayed vp9", "mp4", "vp9", needs=VP9_PARSER),
     row("relayed aac latm", "relayed h264 aac-latm", "mp4", "h264 aac"),
     row("relayed l16", "relayed h264 l16", "mkv", "h264 pcm_s16be"),
