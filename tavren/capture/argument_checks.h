@@ -14,7 +14,7 @@
 
 namespace kel::tavren::capture {
 
-// Throws an error with the description, followed by what is wrong.
+// Throws an error whose message is the description followed by `what`.
 [[noreturn]] void throw_bad_argument(TEC::Tavren_Error_Code code, std::string_view description,
                                      const char *what);
 
@@ -23,7 +23,7 @@ namespace kel::tavren::capture {
 }
 
 // As GST_IS_ELEMENT, which first compares the type of the instance itself: GstElement is abstract,
-// so that comparison never succeeds. g_type_check_instance_is_a answers FALSE for null too.
+// so that comparison never succeeds. g_type_check_instance_is_a returns FALSE for null too.
 inline bool is_element(GstElement *element) noexcept {
   return g_type_check_instance_is_a(reinterpret_cast<GTypeInstance *>(element), GST_TYPE_ELEMENT);
 }

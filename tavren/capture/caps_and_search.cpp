@@ -24,7 +24,7 @@ unsigned long long to_pixels(double length) {
 
 // Returns the caps with which a search compares; null if the element has none.
 Caps caps_of(GstElement *element) noexcept {
-  if (GST_IS_APP_SINK(element))  // GCOVR_EXCL_BR_LINE: null or no class, excluded before
+  if (GST_IS_APP_SINK(element))  // GCOVR_EXCL_BR_LINE: never null or without a class
     return Caps(gst_app_sink_get_caps(GST_APP_SINK_CAST(element)), false);
 
   const boost::intrusive_ptr<GstPad> pad(gst_element_get_static_pad(element, "sink"), false);

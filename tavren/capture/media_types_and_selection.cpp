@@ -11,9 +11,9 @@ namespace {
 
 using Caps = boost::intrusive_ptr<GstCaps>;
 
-// Returns the file name from its last dot on, including the dot. A name with a leading dot is all
-// extension. Boost's extension() differs for such names in newer versions, and terminates the
-// process when memory is exhausted in older ones. "." and ".." return ".", which is in no table.
+// Returns the extension of a file name, including the dot. ".mkv" is an extension without a name.
+// Boost's extension() differs for such names in newer versions, and terminates the process when
+// memory is exhausted in older ones. "." and ".." return ".", which is in no table.
 std::string extension_of(const std::string &filename) {
   const boost::filesystem::path path(filename);
   const boost::filesystem::path::string_type &whole = path.native();

@@ -38,15 +38,16 @@ std::string fill(const char *format, std::initializer_list<const char *> values)
 // The functions below build messages outside the operations, so that a successful call sets up no
 // frame for one.
 
-// Puts the text between the two others.
+// Throws an error whose message is the text between `before` and `after`.
 [[noreturn]] void throw_quoting(TEC::Tavren_Error_Code code, const char *before,
                                 const std::string &text, const char *after);
 
-// Fills the format with the name of the element.
+// Throws an error whose message is the format filled with the name of the element.
 [[noreturn]] void throw_naming(TEC::Tavren_Error_Code code, const char *format,
                                GstElement *element);
 
-// Fills the format with the name of the element and the name in its factory's metadata.
+// Throws an error whose message is the format filled with the name of the element and the name in
+// its factory's metadata.
 [[noreturn]] void throw_naming_with_factory(TEC::Tavren_Error_Code code, const char *format,
                                             GstElement *element);
 

@@ -10,8 +10,8 @@ namespace kel::tavren::capture {
 namespace {
 
 using Element = boost::intrusive_ptr<GstElement>;
-// Calls gst_object_unref directly: the extra jump through a handle's adapter would show in
-// operations this short.
+// Calls gst_object_unref directly: in operations this short, the extra jump through a handle's
+// adapter is measurable.
 using Pad = std::unique_ptr<GstPad, decltype(&gst_object_unref)>;
 
 // Adopts a reference that a call returned.

@@ -30,9 +30,9 @@ class Tavren_Error;
 
 /// The root of the hierarchy: catch it to get the code of any error of the library.
 ///
-/// It holds only the code. It is not a `std::exception`: get the message from the standard base of
-/// the thrown object. All other classes derive from it virtually, so an error has one code however
-/// it is caught.
+/// It contains only the code. It is not a `std::exception`: get the message from the standard base
+/// of the thrown object. All other classes derive from it virtually, so an error has one code
+/// however it is caught.
 template <>
 class TAVREN_CAPTURE_EXPORT Tavren_Error<std::exception> {
 public:

@@ -78,7 +78,7 @@ enum Tavren_Error_Code : std::int32_t {
 
   /// `gst_element_sync_state_with_parent_or_throw`: the element could not change to the state of
   /// its parent.
-  /// Check whether the element has a parent, and the bus for the element's own error.
+  /// Check whether the element has a parent, and look at the bus for the element's own error.
   STATE_SYNC_WITH_PARENT_FAILED = 0x150F0,
 
   /// `gst_element_get_static_pad_or_throw` and the operations that use it: no pad of that name.
