@@ -99,7 +99,7 @@ Camera_Stream describe_stream(guint number, GstCaps *offered) {
   Camera_Stream stream{number, offered_rtp_caps(offered), {}, {}, {}};
   GstCaps *const caps = stream.caps.get();
   if (Media_Helper::get_media_type(caps) == capture::RTP_METADATA) {
-    stream.obstacle = "metadata is no media";
+    stream.obstacle = "metadata is not media";
     return stream;
   }
   try {

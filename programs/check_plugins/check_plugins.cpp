@@ -247,7 +247,7 @@ struct Shortage {
     if (!code) return;
     const std::string advice =
         packages.empty() ? "" : "; install " + join({packages.begin(), packages.end()});
-    throw Error(*code, "required elements cannot be made: " + join(elements) + advice);
+    throw Error(*code, "required elements cannot be created: " + join(elements) + advice);
   }
 };
 
@@ -257,11 +257,11 @@ void check() {
   Packages_Of_Files packages;
   Shortage shortage;
   std::vector<Text_Row> rows = {
-      {"ELEMENT", "STATE", "TYPE", "PLUG-IN", "VERSION", "PACKAGE", "FOR"}};
+      {"ELEMENT", "STATE", "TYPE", "PLUGIN", "VERSION", "PACKAGE", "FOR"}};
   for (const auto &[name, purposes] : elements_of_the_library()) {
     Finding finding = examine(name, packages);
     if (finding.failure && name == wider)
-      finding.state = "of the wider system, not required";
+      finding.state = "part of the wider system, not required";
     else if (finding.failure)
       shortage.add(name, finding);
     rows.push_back({name, finding.state, finding.type, finding.plugin, finding.version,
@@ -283,12 +283,12 @@ int main(int argc, char **argv) {
   const std::vector<GOptionEntry> options = {
       {"explain", 0, 0, G_OPTION_ARG_STRING, code.target(),
        "explain an error code of the library, such as 0x152E0, and exit", "CODE"}};
-  return run_program(argc, argv,
-                     "Lists the elements that the library names, and whether they are installed.",
-                     options, [&code] {
-                       if (code.given())
-                         std::cout << explain_error(code.value_or("")) << std::flush;
-                       else
-                         check();
-                     });
+  return run_program(
+      argc, argv, "Lists the elements that the library can name, and whether they are installed.",
+      options, [&code] {
+        if (code.given())
+          std::cout << explain_error(code.value_or("")) << std::flush;
+        else
+          check();
+      });
 }

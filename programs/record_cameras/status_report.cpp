@@ -129,7 +129,7 @@ void add_states(std::ostream &out, const Statuses &statuses) {
 }
 
 void add_queues(std::ostream &out, const Statuses &statuses) {
-  Metric metric(out, "queue_bytes", "gauge", "Bytes that wait to be written.");
+  Metric metric(out, "queue_bytes", "gauge", "Bytes waiting to be written.");
   for (const auto &[camera, status] : statuses) {
     std::map<std::string, guint64> bytes;  // a stream has a queue for each open file
     for (const Queue_Level &level : status.queues)

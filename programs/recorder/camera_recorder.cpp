@@ -78,7 +78,7 @@ void Camera_Recorder::record() {
 //! [record]
 
 void Camera_Recorder::report() {
-  if (viewer_) log_.line("the viewer saw " + std::to_string(viewer_->pictures()) + " pictures");
+  if (viewer_) log_.line("the viewer showed " + std::to_string(viewer_->pictures()) + " pictures");
   if (!recording_.has_begun()) return;
   log_.line("recorded " + Media_Helper::gst_time_to_string(recording_.tally().recorded()) + ": " +
             recording_.tally().summary());
@@ -201,7 +201,7 @@ void Camera_Recorder::examine(const std::exception_ptr &failure) {
     const std::string folder = options_.diagnoses->write(
         options_.name, diagnose(GST_BIN(pipeline_.get()), failure, bus_history_),
         options_.camera.address);
-    log_.line("wrote a diagnosis into " + folder);
+    log_.line("wrote a diagnosis to " + folder);
   } catch (const std::exception &error) {  // the failure itself is the one to report
     log_.line(std::string("cannot write a diagnosis: ") + error.what());
   }

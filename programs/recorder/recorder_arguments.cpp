@@ -40,8 +40,8 @@ std::vector<GOptionEntry> Recorder_Arguments::entries() {
       {"keep-free", 0, 0, G_OPTION_ARG_INT64, &keep_free_,
        "remove the oldest files of this recording to keep this much space free", "BYTES"},
       {"view", 0, 0, G_OPTION_ARG_NONE, &view_, "show the pictures in a window", nullptr},
-      {"verbose", 0, 0, G_OPTION_ARG_NONE, &verbose_, "show how full the queues are, and warnings",
-       nullptr},
+      {"verbose", 0, 0, G_OPTION_ARG_NONE, &verbose_,
+       "show warnings and the fill levels of the queues", nullptr},
       {"graph", 0, 0, G_OPTION_ARG_FILENAME, graph_.target(),
        "draw the pipeline while it runs, or when it fails", "FILE.svg"}};
 }
@@ -63,9 +63,9 @@ Recorder_Options Recorder_Arguments::options() const {
 
 std::vector<GOptionEntry> Diagnosis_Arguments::entries() {
   return {{"diagnose", 0, 0, G_OPTION_ARG_FILENAME, folder_.target(),
-           "describe each failure in a new folder inside this one", "FOLDER"},
+           "write a diagnosis of each failure to a new folder inside this one", "FOLDER"},
           {"diagnose-limit", 0, 0, G_OPTION_ARG_INT, &limit_,
-           "how many descriptions of failures to keep (default 10)", "NUMBER"}};
+           "how many diagnoses to keep (default 10)", "NUMBER"}};
 }
 
 std::shared_ptr<Diagnosis_Folder> Diagnosis_Arguments::folder() const {

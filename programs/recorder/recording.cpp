@@ -69,7 +69,7 @@ void Recording::note_arrival(Stream &stream) {
   if (arrival - last_arrival_ > pause) resumed_at_ = arrival;
   last_arrival_ = stream.last_arrival = arrival;
   if (first_arrival_ == 0) first_arrival_ = arrival;
-  if (stream.is_quiet) log_.line(stream.name + " sends again");
+  if (stream.is_quiet) log_.line(stream.name + " sends data again");
   stream.is_quiet = false;
 }
 
@@ -81,7 +81,7 @@ bool Recording::accepts(const Stream &stream) const {
 
 void Recording::refuse(Stream &stream) {
   const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
-  log_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
+  log_.line(stream.name + " is not recorded: " + container_.name() + " does not support " +
             caps.get());
   stream.close();
 }

@@ -71,7 +71,7 @@ int main(int argc, char **argv) {
       {"lifetime", 0, 0, G_OPTION_ARG_INT, &options.lifetime, "serve this long (default 3600)",
        "SECONDS"},
       {"misbehave", 0, 0, G_OPTION_ARG_STRING, misbehaviour.target(),
-       "T seconds after the first viewer starts to play: pause:S@T, drop:S@T, stop-video@T, "
+       "faults T seconds after the first viewer starts to play: pause:S@T, drop:S@T, stop-video@T, "
        "stop-audio@T, silent@T, close@T, gone:S@T; S: duration in seconds; separated by commas",
        "LIST"}};
   return run_program(argc, argv, "Serves a simulated camera over RTSP on 127.0.0.1.", entries, [&] {

@@ -78,7 +78,7 @@ TEST(RelayStream, SkipsMetadataAndReportsIt) {
                                 "RTP video H264: rtph264depay -> rtph264pay\n"
                                 "RTP audio MP4A-LATM: rtpmp4adepay -> rtpmp4apay\n"
                                 "RTP_METADATA application VND.ONVIF.METADATA: not relayed, "
-                                "metadata is no media\n");
+                                "metadata is not media\n");
 }
 
 TEST(RelayStream, RelaysFormatsThatTheRegistryHasElementsFor) {
@@ -142,7 +142,7 @@ TEST(RelayStream, EndsWhenTheCameraGoesSilent) {
   const Outcome outcome = relay.wait();
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "relay_stream: error gst-resource-error-quark 9: the camera has gone silent\n");
+            "relay_stream: error gst-resource-error-quark 9: the camera has stopped sending\n");
 }
 
 class RelayStreamSignals : public testing::TestWithParam<int> {};

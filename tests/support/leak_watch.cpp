@@ -18,7 +18,7 @@ void note_leak(GstDebugCategory *category, GstDebugLevel, const gchar *, const g
 
 void require_tracer() {
   GList *const tracers = gst_tracing_get_active_tracers();
-  if (tracers == nullptr) g_error("there is no tracer of leaks: its plug-in is missing");
+  if (tracers == nullptr) g_error("the leaks tracer is missing: install the core tracers plugin");
   g_list_free_full(tracers, gst_object_unref);
 }
 
