@@ -303,7 +303,8 @@ void expect_row(const Row &row) {
 class ErrorCodes : public testing::TestWithParam<Row> {};
 
 TEST_P(ErrorCodes, AreThrownWithTheirMessage) {
-  if (!framework_can_cause(GetParam().code)) GTEST_SKIP() << "GStreamer 1.18 does not cause it";
+  if (!framework_can_cause(GetParam().code))
+    GTEST_SKIP() << "GStreamer 1.18 does not cause this error";
   expect_row(GetParam());
 }
 

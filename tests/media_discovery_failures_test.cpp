@@ -71,7 +71,7 @@ TEST(GetMediaInfo, TimesOut) {
 
 TEST(GetMediaInfo, FailsWithoutADiscoverer) {
   if (framework_is_1_18())
-    GTEST_SKIP() << "GStreamer 1.18 makes a discoverer for a timeout that is none";
+    GTEST_SKIP() << "GStreamer 1.18 creates a discoverer for GST_CLOCK_TIME_NONE";
   const Expected_Log log("gst_discoverer_new");
   Discovery_Watch watch;
   expect_error(0x152A0, "Error creating discoverer in get_media_info",

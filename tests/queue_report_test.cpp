@@ -241,7 +241,8 @@ TEST(QueueReport, AcceptsLevelsOfAnyIntegerType) {
 
 // An appsrc has levels of 8 bytes.
 TEST(QueueReport, ContainsTheLevelsOfAnAppsrc) {
-  if (framework_is_1_18()) GTEST_SKIP() << "an appsrc of GStreamer 1.18 has no such levels";
+  if (framework_is_1_18())
+    GTEST_SKIP() << "the appsrc of GStreamer 1.18 does not have these levels";
   const Element source = make_element("appsrc", "source");
   GstBuffer *const buffer = gst_buffer_new_allocate(nullptr, 7000, nullptr);
   gst_buffer_memset(buffer, 0, 0, 7000);

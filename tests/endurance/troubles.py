@@ -1,19 +1,19 @@
-"""The troubles that befall cameras, and what a recording may lack because of them."""
+"""The faults of cameras, and how much of a recording may be missing because of them."""
 
 from dataclasses import dataclass
 
-LONGEST_SILENCE = 10  # s, after which a recorder gives a camera up that sends nothing
+LONGEST_SILENCE = 10  # s, after which a recorder reconnects to a camera that sends nothing
 
 
 @dataclass(frozen=True)
 class Kind:
-    """A kind of trouble.
+    """A kind of fault.
 
-    command  what the camera is told; {} is the number of seconds
+    command  the command for the camera; {} is the number of seconds
     seconds  the range of that number
     away     how long the camera sends nothing that can be recorded: a factor of the number, and a
              constant in s
-    udp      whether a camera that sends over UDP can have it
+    udp      whether it applies to a camera that sends over UDP
     """
 
     command: str
@@ -52,6 +52,6 @@ class Trouble:
 
 
 def draw(random, camera, is_over_udp, time):
-    """Draws a trouble of a camera."""
+    """Returns a random fault of a camera."""
     name = random.choice([name for name, kind in KINDS.items() if kind.udp or not is_over_udp])
     return Trouble(camera, name, round(random.uniform(*KINDS[name].seconds), 1), time)

@@ -1,4 +1,4 @@
-"""Compares what is missing in the recordings with the troubles of the cameras."""
+"""Compares the gaps in the recordings with the faults of the cameras."""
 
 from dataclasses import dataclass
 
@@ -7,12 +7,12 @@ from troubles import KINDS
 
 TOLERANCE = 1  # s, of each gap
 FILE_TOLERANCE = 0.25  # s, of the duration of each file
-NOTICING = 1.5  # s, between the last frame and the trouble, or the trouble and the last frame
+NOTICING = 1.5  # s, between the last frame and the fault, in either order
 
 
 @dataclass(frozen=True)
 class Judged:
-    """A trouble with the gap that it caused."""
+    """A fault with the gap that it caused."""
 
     trouble: object
     gap: object  # None: nothing is missing
@@ -21,12 +21,12 @@ class Judged:
         return self.gap.seconds() if self.gap else 0
 
     def excess(self):
-        """Returns how much more is missing than the camera was away, in s."""
+        """Returns how much longer the gap is than the camera was away, in s."""
         return self.missing() - self.trouble.away()
 
 
 def judge_troubles(troubles, gaps):
-    """Returns the judged troubles, and the gaps that no trouble explains."""
+    """Returns the judged faults, and the gaps that no fault explains."""
     left, judged = list(gaps), []
     for trouble in troubles:
         gap = next((gap for gap in left if gap.camera == trouble.camera
@@ -43,12 +43,12 @@ def reasons_of_gaps(judged, unexplained):
             yield (f"camera{one.trouble.camera}: {one.missing():.1f} s are missing after \"{one.trouble.kind}\", "
                    f"the camera was away for {one.trouble.away():.1f} s")
     for gap in unexplained:
-        yield f"camera{gap.camera}: {gap.seconds():.1f} s are missing without a trouble: {gap.cause}"
+        yield f"camera{gap.camera}: {gap.seconds():.1f} s are missing without a fault: {gap.cause}"
 
 
 def reasons_of_files(paths, gaps, elapsed):
-    """Checks the files of a camera: each plays, and together with the gaps they cover the time,
-    unless `elapsed` is None because the oldest were removed."""
+    """Checks the files of a camera: each must play, and together with the gaps they must cover the
+    elapsed time. `elapsed` is None if the oldest files were removed."""
     recorded = 0
     for path in paths:
         try:
@@ -63,7 +63,7 @@ def reasons_of_files(paths, gaps, elapsed):
 
 
 def table(judged):
-    """Returns rows with, for each kind of trouble, the number and the gaps."""
+    """Returns a row for each kind of fault, with its number and its gaps."""
     rows = []
     for kind in KINDS:
         ones = [one for one in judged if one.trouble.kind == kind]

@@ -80,7 +80,7 @@ protected:
 
   void SetUp() override {
     if (framework_is_1_18() && is_caused_since_1_20(GetParam()))
-      GTEST_SKIP() << "GStreamer 1.18 does not cause it";
+      GTEST_SKIP() << "GStreamer 1.18 does not cause this error";
     undisturbed_ = call_once(GetParam().prepare(), {});
     failures_ = framework_failures(GetParam(), undisturbed_);
     // Run each round once, for memory that only the first call allocates, and keeps.

@@ -242,8 +242,9 @@ void write_report(const std::string &file, const Options &options, const Measure
          << ", measured while no pipeline exists:\n\n"
          << "| | After the warm-up | At the end |\n"
          << "|---|---:|---:|\n"
-         << "| Operations done | " << first.operations << " | " << last.operations << " |\n"
-         << "| of which failed as they should | " << first.failed << " | " << last.failed << " |\n"
+         << "| Operations | " << first.operations << " | " << last.operations << " |\n"
+         << "| Operations that failed as expected | " << first.failed << " | " << last.failed
+         << " |\n"
          << "| Duration, s | " << first.seconds << " | " << last.seconds << " |\n"
          << "| Resident memory, KiB | " << first.resident << " | " << last.resident << " |\n"
          << "| Live objects of the framework | " << first.objects << " | " << last.objects << " |\n"
@@ -253,7 +254,7 @@ void write_report(const std::string &file, const Options &options, const Measure
 
 void print(const Measures &first, const Measures &last) {
   std::cout << std::fixed << std::setprecision(0) << "soak: " << last.operations << " operations, "
-            << last.failed << " failed as they should, " << last.seconds << " s\n"
+            << last.failed << " failed as expected, " << last.seconds << " s\n"
             << "soak: after the warm-up and at the end: resident memory " << first.resident
             << " and " << last.resident << " KiB, live objects " << first.objects << " and "
             << last.objects << ", live C++ blocks " << first.blocks << " and " << last.blocks

@@ -1,4 +1,4 @@
-"""Features of GStreamer that some cases need and older releases lack."""
+"""Features of newer GStreamer releases that some test cases need."""
 
 import subprocess
 from dataclasses import dataclass
@@ -10,7 +10,7 @@ class Need:
     what: str
 
     def __str__(self):
-        return f"needs GStreamer {'.'.join(map(str, self.release))}: {self.what}"
+        return f"needs GStreamer {'.'.join(map(str, self.release))}, which {self.what}"
 
 
 DECODE_TIMES = Need((1, 22), "computes the decode times of B-frames")
