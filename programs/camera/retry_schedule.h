@@ -11,8 +11,8 @@
 namespace kel::tavren::programs {
 
 // Computes retry delays of a sixteenth of the time that the camera has been unavailable, from a
-// quarter of a second to half a minute: a camera that returns is missed for little longer than it
-// was away. All times are in us of the monotonic clock.
+// quarter of a second to half a minute, so that the gap is little longer than the absence. All
+// times are in us of the monotonic clock.
 class Retry_Schedule {
 public:
   explicit Retry_Schedule(gint64 limit) noexcept : limit_(limit) {}

@@ -1,4 +1,4 @@
-// Tells whether every element that the library names can be made here, and what brings it.
+// Lists the elements that the library can name, whether they can be created, and their packages.
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,7 +24,7 @@ using Text = std::unique_ptr<char, Emancipator<char>>;
 template <typename Object>
 using Owned = std::unique_ptr<Object, decltype(&gst_object_unref)>;
 
-// The elements by name, each with what it is for.
+// The purposes of each element, by its name.
 using Elements = std::map<std::string, std::vector<std::string>>;
 
 void add_purpose(Elements &elements, const std::string &name, const std::string &purpose) {
@@ -33,7 +33,7 @@ void add_purpose(Elements &elements, const std::string &name, const std::string 
     purposes.push_back(purpose);
 }
 
-// What the library does not know has no element; everything else goes on.
+// Adds the selected element, if the library's table has one for the file or media type.
 template <typename Select>
 void add_selected(Elements &elements, const std::string &purpose, Select &&select) {
   try {
@@ -70,15 +70,15 @@ void add_elements_of_files(Elements &elements) {
   }
 }
 
-// The name in double quotes in the message of a failed look-up.
+// Returns the factory's name from the message of a failed lookup: the text in double quotes.
 std::string missing_factory(const std::exception &error) {
   const std::string message = error.what();
   const std::size_t begin = message.find('"') + 1;
   return message.substr(begin, message.rfind('"') - begin);
 }
 
-// Asks for the relay pair of some RTP caps. Caps that no pair takes have none; a depayloader that
-// is not there makes every question fail, and is what the answer is about.
+// Adds the elements that relay streams with the given RTP caps, if there are any. If a depayloader
+// is missing, each selection that reaches it fails: then adds the missing element.
 void add_relay_pair(Elements &elements, const GstCaps *caps) {
   try {
     const auto [depayloader, payloader] = Media_Helper::select_proxy_elements(caps);
@@ -105,8 +105,8 @@ void add_relay_pairs_of(Elements &elements, GstElementFactory *depayloader) {
   }
 }
 
-// Every kind of RTP stream for which this system has any depayloader, and one that there is not:
-// answering it takes a look at all the depayloaders that the library knows.
+// Tries the caps of all installed depayloaders, and caps that none accepts: for these, the library
+// looks up all its depayloaders.
 void add_elements_of_relays(Elements &elements) {
   const std::unique_ptr<GList, decltype(&gst_plugin_feature_list_free)> depayloaders(
       gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DEPAYLOADER, GST_RANK_NONE),
@@ -130,7 +130,7 @@ Elements elements_of_the_library() {
   return elements;
 }
 
-// The Debian package of an element that is not here.
+// Returns the Debian package of an element that is not installed; "-" if it is unknown.
 std::string package_to_install(const std::string &element) {
   // clang-format off
   const std::map<std::string, std::string> packages = {
@@ -158,9 +158,9 @@ std::string package_to_install(const std::string &element) {
   return element.rfind("rtp", 0) == 0 ? "gstreamer1.0-plugins-good" : "-";
 }
 
-// The Debian package that owns a file, or "-".
+// Returns the Debian package that contains a file; "-" if there is none.
 std::string package_of_file(const std::string &file) {
-  // The package manager knows a file by its real place, not by the links that lead there.
+  // The package manager knows only the path without symbolic links.
   const std::unique_ptr<char, decltype(&std::free)> real(realpath(file.c_str(), nullptr),
                                                          std::free);
   if (!real) return "-";
@@ -175,7 +175,7 @@ std::string package_of_file(const std::string &file) {
   return text.empty() ? "-" : text.substr(0, text.find(':'));
 }
 
-// Asks for the package of each file once: asking takes longer than all the rest.
+// Queries the package of each file only once, because the queries take most of the time.
 class Packages_Of_Files {
 public:
   const std::string &operator[](const std::string &file) {
@@ -188,14 +188,14 @@ private:
   std::map<std::string, std::string> packages_;
 };
 
-// What is here of an element.
+// The cells of an element's row.
 struct Finding {
   std::string state = "present";
   std::string type = "-";
   std::string plugin = "-";
   std::string version = "-";
   std::string package = "-";
-  std::optional<TEC::Tavren_Error_Code> failure = std::nullopt;  // why it cannot be made
+  std::optional<TEC::Tavren_Error_Code> failure = std::nullopt;  // why it cannot be created
 };
 
 void describe_plugin(Finding &finding, const std::string &name, Packages_Of_Files &packages) {
@@ -206,7 +206,7 @@ void describe_plugin(Finding &finding, const std::string &name, Packages_Of_File
   if (!plugin) return;
   finding.plugin = gst_plugin_get_name(plugin.get());
   finding.version = gst_plugin_get_version(plugin.get());
-  // The framework's own built-in elements have no file.
+  // Elements that are built into the framework have no file.
   if (const char *const file = gst_plugin_get_filename(plugin.get()))
     finding.package = packages[file];
 }
@@ -231,11 +231,11 @@ std::string join(const std::vector<std::string> &words) {
   return text;
 }
 
-// The required elements that cannot be made, and what would bring them.
+// The required elements that cannot be created, and the packages that contain them.
 struct Shortage {
   std::vector<std::string> elements;
   std::set<std::string> packages;
-  std::optional<TEC::Tavren_Error_Code> code = std::nullopt;  // of the first of them
+  std::optional<TEC::Tavren_Error_Code> code = std::nullopt;  // of the first element
 
   void add(const std::string &element, const Finding &finding) {
     elements.push_back(element);
@@ -252,7 +252,7 @@ struct Shortage {
 };
 
 void check() {
-  // This one comes with the wider system, which need not be installed.
+  // This element is part of the wider system, which need not be installed.
   const std::string wider = Media_Helper::select_video_rate(capture::H264);
   Packages_Of_Files packages;
   Shortage shortage;

@@ -27,7 +27,7 @@ bool names_code(const std::string &heading, const std::string &code) {
                      });
 }
 
-// The section without the marker of its heading.
+// Returns the section on a code, without the marker of its heading.
 std::string section_on(const std::string &code) {
   const std::string page(error_page);
   const std::string marker = "\n### ";
@@ -42,7 +42,7 @@ std::string section_on(const std::string &code) {
                            "\"; give a number, such as 0x152E0, or a name");
 }
 
-// Replaces links by their text, and the fences of a block of text by an indent.
+// Replaces links with their text, and indents code blocks instead of fencing them.
 std::string plain_text(const std::string &markdown) {
   static const std::regex link(R"(\[([^\]]*)\]\([^)]*\))");
   std::istringstream lines(std::regex_replace(markdown, link, "$1"));

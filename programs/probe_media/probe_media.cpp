@@ -54,7 +54,7 @@ GstClockTime parse_timeout(double seconds) {
   return static_cast<GstClockTime>(seconds * GST_SECOND);
 }
 
-// If a file of this name exists, the argument is a file name, whatever it looks like.
+// An argument that names an existing file is a file name, even if it looks like a URI.
 std::string to_uri(const std::string &source) {
   if (!g_file_test(source.c_str(), G_FILE_TEST_EXISTS) && gst_uri_is_valid(source.c_str()))
     return source;

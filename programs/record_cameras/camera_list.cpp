@@ -60,7 +60,7 @@ Key_File parse(const std::string &text) {
   throw std::runtime_error(error->message);
 }
 
-// Values are used as they are, without GKeyFile's escape sequences, as on a command line.
+// Values are taken literally, as on a command line, without GKeyFile's escape sequences.
 void read_settings(GKeyFile *file, const std::string &group, Camera_Settings &settings) {
   const Texts keys(g_key_file_get_keys(file, group.c_str(), nullptr, nullptr), g_strfreev);
   for (gchar **key = keys.get(); key != nullptr && *key != nullptr; ++key) {
@@ -123,7 +123,7 @@ Recorder_Options parse_settings(const std::string &name, const Camera_Settings &
   return options;
 }
 
-// Keys have no hyphens in front, options have.
+// Replaces options in a message with keys, which have no leading hyphens.
 std::string without_hyphens(std::string text) {
   for (std::size_t at = text.find(" --"); at != std::string::npos; at = text.find(" --"))
     text.erase(at + 1, 2);

@@ -1,4 +1,4 @@
-// Writes what happens to all cameras.
+// Logs the events of all cameras.
 
 #ifndef TAVREN_PROGRAMS_EVENT_LOG_H
 #define TAVREN_PROGRAMS_EVENT_LOG_H

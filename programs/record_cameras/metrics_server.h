@@ -12,7 +12,7 @@ struct MHD_Daemon;
 
 namespace kel::tavren::programs {
 
-// Answers GET requests for /metrics on 127.0.0.1, in a thread of its own.
+// Answers GET requests for /metrics on 127.0.0.1, in a separate thread.
 class Metrics_Server {
 public:
   // If the port is 0, the system chooses one. Throws std::runtime_error if the port is in use.
@@ -24,7 +24,7 @@ public:
 
   std::uint16_t port() const noexcept { return port_; }
 
-  // Sets the text of the next answers.
+  // Sets the text of the following responses.
   void publish(std::string text);
 
 private:

@@ -148,7 +148,8 @@ void Service::guarded(void (Service::*step)()) noexcept {
   }
 }
 
-// Each camera takes some descriptors; the usual limit of 1024 is for programs that use select().
+// Each camera uses several descriptors. The default limit of 1024 only protects programs that use
+// select().
 void raise_descriptor_limit() noexcept {
   rlimit limit = {};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -156,8 +157,8 @@ void raise_descriptor_limit() noexcept {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-// The threads of a camera end whenever its connection does. With the usual number of arenas, eight
-// for each processor, the memory that they leave in pieces in each arena grows for hours.
+// A camera's threads end with each connection. With the default number of arenas, eight for each
+// processor, the fragmented memory that they leave in each arena grows for hours.
 void limit_arenas() noexcept {
 #ifdef __GLIBC__
   constexpr int arenas = 2;

@@ -20,14 +20,14 @@ Recorder_Set::Entry Recorder_Set::make_entry_or_failure(const Listed_Camera &cam
   }
 }
 
-// Returns whether a recorder is the one that the list asks for.
+// Returns whether a recorder has the settings in the list.
 bool Recorder_Set::is_wanted(const std::string &name, const Entry &entry) const {
   const auto wanted = wanted_.find(name);
   return wanted != wanted_.end() && wanted->second.settings == entry.camera.settings;
 }
 
-// Returns whether a camera must wait for the end of a recorder: of its predecessor, or of another
-// one that writes its file.
+// Returns whether a camera must wait until a recorder has ended: its predecessor, or another
+// recorder that writes to its file.
 bool Recorder_Set::is_blocked(const std::string &name, const Listed_Camera &camera) const {
   return std::any_of(entries_.begin(), entries_.end(), [&](const auto &entry) {
     return entry.first == name || entry.second.camera.output == camera.output;

@@ -42,7 +42,7 @@ public:
 private:
   struct Entry {
     Listed_Camera camera;
-    std::unique_ptr<Recorder_Thread> recorder;  // null: it could not be created
+    std::unique_ptr<Recorder_Thread> recorder;  // null: could not be created
     std::exception_ptr failure;                 // why
 
     bool has_ended() const { return !recorder || recorder->has_ended(); }
@@ -62,7 +62,7 @@ private:
   Camera_List wanted_;
   Entries entries_;
   bool is_stopping_ = false;
-  bool has_failed_ = false;  // a recorder that has been removed
+  bool has_failed_ = false;  // one of the removed recorders
 };
 
 }  // namespace kel::tavren::programs

@@ -15,10 +15,8 @@
 
 namespace kel::tavren::programs {
 
-// Records a camera with a main context and a thread for it alone: closing the connection to a
-// camera that does not respond takes seconds.
-//
-// All functions are for the owner's thread.
+// Records a camera with a separate main context and thread, because closing the connection to a
+// camera that does not respond takes seconds. Call all functions from the owner's thread.
 class Recorder_Thread {
 public:
   // Reserves the file, and throws the exceptions of Camera_Recorder. The log must outlive this
@@ -30,7 +28,7 @@ public:
   Recorder_Thread(const Recorder_Thread &) = delete;
   Recorder_Thread &operator=(const Recorder_Thread &) = delete;
 
-  // Starts to record, unless that has been done.
+  // Starts to record, unless it has already started.
   void start() noexcept;
   // Ends the recording. Returns at once. A second call does not wait for an unfinished file.
   void stop();

@@ -42,7 +42,7 @@ struct Camera_Event {
 // appsink.
 //
 // The threads of the bin report events. The main context fetches them several times a second:
-// waking it for each frame would cost more than all the rest of a recording. For other events, the
+// waking it for each frame would cost more than the rest of the recording. For other events, the
 // threads also post an application message with the name below, so that they are fetched at once.
 class Camera_Session {
 public:

@@ -30,8 +30,8 @@ using Iterator = std::unique_ptr<GstIterator, Emancipator<GstIterator>>;
 
 constexpr std::size_t messages_kept = 50;
 
-// Calls a function for each object of an iterator. An exception crosses no C code. The iteration
-// ends if the pipeline changes meanwhile.
+// Calls a function for each object of an iterator, without C frames that an exception could cross.
+// The iteration ends if the pipeline changes meanwhile.
 template <typename Object, typename Action>
 void for_each(const Iterator &iterator, Action action) {
   GValue item = G_VALUE_INIT;

@@ -1,4 +1,4 @@
-// Diagnoses of failures, for those who cannot watch a recorder.
+// Diagnoses of failures, for recorders that nobody watches.
 
 #ifndef TAVREN_PROGRAMS_DIAGNOSIS_H
 #define TAVREN_PROGRAMS_DIAGNOSIS_H

@@ -1,4 +1,4 @@
-// Where a recorder reports what happens.
+// The interface to which a recorder reports events.
 
 #ifndef TAVREN_PROGRAMS_RECORDER_LOG_H
 #define TAVREN_PROGRAMS_RECORDER_LOG_H

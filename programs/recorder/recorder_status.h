@@ -1,4 +1,4 @@
-// What a recorder is doing.
+// The status of a recorder.
 
 #ifndef TAVREN_PROGRAMS_RECORDER_STATUS_H
 #define TAVREN_PROGRAMS_RECORDER_STATUS_H

@@ -42,7 +42,7 @@ guint64 free_bytes(const std::string &folder) {
   return guint64{status.f_bavail} * status.f_frsize;
 }
 
-// Another recorder may be writing the file.
+// Another recorder may be writing to the file.
 bool remove_unless_locked(const std::string &path) {
   const int descriptor = g_open(path.c_str(), O_RDONLY | O_CLOEXEC, 0);
   if (descriptor == -1) return false;

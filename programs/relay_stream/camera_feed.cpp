@@ -23,16 +23,15 @@ using Shared_Stream = std::shared_ptr<Relayed_Stream>;
 // How long a stream is silent before the camera may have returned to an earlier SSRC.
 constexpr gint64 return_delay = G_TIME_SPAN_SECOND / 2;
 
-// Between a depayloader and a payloader, where the payloader alone does not do:
+// Parsers between depayloader and payloader, for formats that the payloader does not handle alone:
 //
-// h264parse        repeats the parameter sets before each key frame. The payloader does that before
-//                  each slice of it, which splits the frame.
+// h264parse        repeats the parameter sets before each key frame. The payloader would repeat
+//                  them before each slice, which splits the frame.
 // mpegvideoparse   marks the key frames.
 // mpeg4videoparse  as mpegvideoparse.
 // h265parse        as h264parse.
 // vp9parse         as mpegvideoparse.
-// aacparse         gives a time to all the frames of a packet. The depayloader does that for the
-//                  first.
+// aacparse         timestamps all frames of a packet. The depayloader timestamps only the first.
 // ac3parse         names the media as the payloader expects. It links to the depayloader only if
 //                  the sink accepts both names.
 struct Parser {

@@ -112,7 +112,7 @@ std::map<std::string, guint> factory_counts() {
   return counts;
 }
 
-// A round of all operations selects proxy elements for mu-law, which is tried third, and for caps
+// Running all operations once selects proxy elements for mu-law, which is tried third, and for caps
 // that match none.
 void expect_depayloaders_kept(const Depayloader_References &references, guint rounds) {
   for (std::size_t i = 0; i < std::size(depayloaders); ++i)

@@ -1,4 +1,4 @@
-// What record_cameras reports to those who watch it.
+// The reports of record_cameras: status, metrics, log, notifications and diagnoses.
 
 #include <sys/socket.h>
 #include <sys/time.h>

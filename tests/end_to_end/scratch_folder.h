@@ -11,7 +11,7 @@
 
 namespace kel::tavren::tests {
 
-// Removed at the end of the test, with all that is in it.
+// Removed with its contents at the end of the test.
 class Scratch_Folder {
 public:
   Scratch_Folder() {

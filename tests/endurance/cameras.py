@@ -10,7 +10,7 @@ CONTENTS = (["h264-short-gop", "aac"], ["h264-short-gop"], ["h264-short-gop", "m
 
 
 class Camera:
-    """A test camera that can be told to misbehave. Counts the sessions that start to play."""
+    """A test camera that misbehaves on request. Counts the sessions that start to play."""
 
     def __init__(self, number, lifetime):
         contents = CONTENTS[number % len(CONTENTS)]

@@ -1,4 +1,4 @@
-"""What recorders wrote: files, gaps, and what is missing."""
+"""The output of recorders: files and gaps."""
 
 import json
 import re

@@ -22,8 +22,8 @@ def sample(pid):
 
 
 class Usage:
-    """Compares the medians of the second quarter of the run with those of the last one. They vary:
-    a camera that is away takes nothing, and one whose SSRC has changed takes some more threads."""
+    """Compares the medians of the second quarter of the run with those of the last one. They vary: a
+    camera that is away uses no resources, and one whose SSRC has changed uses more threads."""
 
     TOLERANCE = 1.1
 

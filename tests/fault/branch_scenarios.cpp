@@ -24,8 +24,7 @@ private:
   Pad pad_;
 };
 
-// Releases the streams that a request left behind, which keep their pads. That is the caller's
-// responsibility.
+// Releases the pads that a failed request left on the multiqueue, as its caller must.
 void drop_requested_streams(const Element &multiqueue) {
   for (const Pad &pad : Media_Helper::get_element_sink_pads(multiqueue.get())) {
     gst_element_release_request_pad(multiqueue.get(), pad.get());

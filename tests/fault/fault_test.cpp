@@ -1,6 +1,5 @@
-// Makes everything fail that can fail in a call of the library, one thing at a time. Each time,
-// checks that the call does not crash, leak a reference or leak memory, and that the next call
-// works.
+// Injects every possible failure into each call of the library, one at a time. Each time, checks
+// that the call does not crash, leak a reference or leak memory, and that the next call works.
 //
 // outcomes.txt lists the failures in the framework and the result of the call, one per line. For
 // each of its lines, this test also makes every allocation fail, both individually and together
@@ -207,7 +206,7 @@ bool list_nodes_are_allocated_alone() {
          g_strcmp0(g_getenv("G_SLICE"), "always-malloc") == 0;
 }
 
-// A watch that records nothing would make all rounds pass.
+// If the watch recorded nothing, all rounds would pass.
 TEST(HeapWatch, DetectsTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
     GTEST_SKIP() << "another allocator is in place";

@@ -1,4 +1,4 @@
-// What the families of operations share; used by operations.cpp only.
+// Code shared by the families of operations; used by operations.cpp only.
 
 #ifndef TAVREN_TESTS_OPERATION_FAMILIES_H
 #define TAVREN_TESTS_OPERATION_FAMILIES_H
