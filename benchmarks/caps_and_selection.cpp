@@ -258,8 +258,8 @@ Resolution raw_fit(const Resolution &bounds, const Resolution &source) {
 }
 
 template <typename Fit>
-void add_fit(Programme &programme, const char *contestant, Fit fit) {
-  programme.add_call("resolution/fit", contestant, [fit] {
+void add_fit(Programme &programme, const char *implementation, Fit fit) {
+  programme.add_call("resolution/fit", implementation, [fit] {
     Resolution bounds{640, 480};
     Resolution source{1920, 1080};
     DoNotOptimize(bounds);

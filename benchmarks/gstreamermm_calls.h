@@ -16,7 +16,7 @@ namespace kel::tavren::benchmarks {
 // gstreamermm throws if an element cannot be added or linked. Other operations return null on
 // failure, which the code here checks.
 struct Gstreamermm_Calls {
-  static constexpr const char *contestant = "gstreamermm";
+  static constexpr const char *implementation = "gstreamermm";
   using Element = Glib::RefPtr<Gst::Element>;
   using Bin = Glib::RefPtr<Gst::Bin>;
   using Pad = Glib::RefPtr<Gst::Pad>;

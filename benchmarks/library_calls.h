@@ -18,7 +18,7 @@ namespace kel::tavren::benchmarks {
 using capture::Media_Helper;
 
 struct Library_Calls {
-  static constexpr const char *contestant = "library";
+  static constexpr const char *implementation = "library";
   using Element = GstElement *;
   using Bin = GstElement *;
   using Pad = GstPad *;

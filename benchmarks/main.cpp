@@ -3,7 +3,7 @@
 // Without the options below: measures time, with Google Benchmark's options.
 // --instructions REGEX: counts the instructions of the matching entries; run it under callgrind.
 // --trace NAME: runs one entry once; run it under callgrind.
-// --resident-memory CONTESTANT CAMERAS: prints the memory of recordings in KiB per camera.
+// --resident-memory IMPLEMENTATION CAMERAS: prints the memory of recordings in KiB per camera.
 
 #include <string>
 #include <vector>

@@ -28,7 +28,7 @@ inline GstPadProbeReturn pass_buffer(GstPad *, GstPadProbeInfo *, gpointer) noex
 inline void ignore_pad(GstElement *, GstPad *, gpointer) noexcept {}
 
 struct Raw_Calls {
-  static constexpr const char *contestant = "raw";
+  static constexpr const char *implementation = "raw";
   using Element = GstElement *;
   using Bin = GstElement *;
   using Pad = GstPad *;

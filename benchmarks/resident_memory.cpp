@@ -39,15 +39,15 @@ double memory_for_each(std::size_t cameras) {
 
 }  // namespace
 
-int print_resident_memory(const std::string &contestant, std::size_t cameras) {
-  if (contestant == Raw_Calls::contestant)
+int print_resident_memory(const std::string &implementation, std::size_t cameras) {
+  if (implementation == Raw_Calls::implementation)
     std::cout << memory_for_each<Raw_Calls>(cameras) << std::endl;
-  else if (contestant == Library_Calls::contestant)
+  else if (implementation == Library_Calls::implementation)
     std::cout << memory_for_each<Library_Calls>(cameras) << std::endl;
-  else if (contestant == Gstreamermm_Calls::contestant)
+  else if (implementation == Gstreamermm_Calls::implementation)
     std::cout << memory_for_each<Gstreamermm_Calls>(cameras) << std::endl;
   else {
-    std::cerr << "there is no contestant " << contestant << '\n';
+    std::cerr << "unknown implementation " << implementation << '\n';
     return 2;
   }
   return 0;

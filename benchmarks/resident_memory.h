@@ -11,7 +11,7 @@ namespace kel::tavren::benchmarks {
 // Builds the recordings of several cameras with an implementation and prints their resident memory
 // in KiB per camera. Call this only in a process that has done nothing else yet. Returns the exit
 // status.
-int print_resident_memory(const std::string &contestant, std::size_t cameras);
+int print_resident_memory(const std::string &implementation, std::size_t cameras);
 
 }  // namespace kel::tavren::benchmarks
 

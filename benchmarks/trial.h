@@ -52,7 +52,7 @@ private:
 };
 
 struct Entry {
-  std::string name;                              // group/operation[/size]/contestant
+  std::string name;                              // group/operation[/size]/implementation
   int operations;                                // per run
   std::function<std::unique_ptr<Trial>()> make;  // alive while it is measured
 };
@@ -64,16 +64,16 @@ public:
   template <template <typename> class Trial_Of, typename... Calls, typename... Arguments>
   void add(const std::string &operation, int operations, Arguments... arguments) {
     (entries_.push_back(
-         {operation + "/" + Calls::contestant, operations,
+         {operation + "/" + Calls::implementation, operations,
           [arguments...] { return std::make_unique<Trial_Of<Calls>>(arguments...); }}),
      ...);
   }
 
   // Adds a call of one implementation that is too short to be measured individually.
   template <typename Call>
-  void add_call(const std::string &operation, const std::string &contestant, Call call,
+  void add_call(const std::string &operation, const std::string &implementation, Call call,
                 int times = 100) {
-    entries_.push_back({operation + "/" + contestant, times,
+    entries_.push_back({operation + "/" + implementation, times,
                         [call, times] { return std::make_unique<Call_Trial<Call>>(call, times); }});
   }
 

@@ -98,12 +98,12 @@ TEST(SetState, PrintsTheNameOfTheState) {
 // The file source reaches READY and fails to reach PAUSED. It remains in READY.
 TEST(SetState, DoesNotResetTheElementAfterAFailure) {
   const Stopped source("filesrc", "src0");
-  const Stopped twin("filesrc", "twin");
+  const Stopped other("filesrc", "other");
   expect_error(0x152E0, "Failed to set state GST_STATE_PLAYING on element src0 ()", [&source] {
     Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PLAYING, "");
   });
-  ASSERT_EQ(gst_element_set_state(twin.get(), GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
-  EXPECT_EQ(GST_STATE(source.get()), GST_STATE(twin.get()));
+  ASSERT_EQ(gst_element_set_state(other.get(), GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
+  EXPECT_EQ(GST_STATE(source.get()), GST_STATE(other.get()));
   EXPECT_EQ(GST_STATE(source.get()), GST_STATE_READY);
 }
 

@@ -60,7 +60,7 @@ TEST(RelayedPackets, BeginWithAKeyFrameForEachViewer) {
 }
 
 // Returns the errors of an independent decoder for two seconds of a stream.
-std::string complaints(const std::string &uri, const std::string &transport) {
+std::string decoding_errors(const std::string &uri, const std::string &transport) {
   const Outcome outcome = run({"ffmpeg", "-v", "warning", "-nostdin", "-rtsp_transport", transport,
                                "-i", uri, "-map", "0:v", "-t", "2", "-f", "null", "-"});
   return outcome.status == 0 ? outcome.err
@@ -70,8 +70,8 @@ std::string complaints(const std::string &uri, const std::string &transport) {
 TEST(RelayedPackets, OfSeveralSlicesDecodeWithoutErrors) {
   const Camera camera({"--slices", "4", "--audio", "none"});
   const Relay relay(camera.uri);
-  EXPECT_EQ(complaints(relay.uri, "tcp"), "");
-  EXPECT_EQ(complaints(relay.uri, "udp"), "");
+  EXPECT_EQ(decoding_errors(relay.uri, "tcp"), "");
+  EXPECT_EQ(decoding_errors(relay.uri, "udp"), "");
 }
 
 // The camera sends each slice of a picture as one packet, after an access unit delimiter.

@@ -160,9 +160,9 @@ private:
   void run_one(const Operation &operation, const Scene &scene) {
     const long blocks = live_blocks();
     const std::string wrong = unexpected_behaviour(operation, scene);
-    if (!wrong.empty()) complain(wrong);
+    if (!wrong.empty()) report_failure(wrong);
     const std::string changes = scene.changed_counts();
-    if (!changes.empty()) complain(operation.name + (": " + changes));
+    if (!changes.empty()) report_failure(operation.name + (": " + changes));
     ++done_;
     if (operation.code != 0) ++failed_;
     blocks_kept_[static_cast<std::size_t>(&operation - operations.data())] +=
@@ -182,7 +182,7 @@ private:
           run_one(draw(), scene);
       });
     for (const std::string &warning : unexpected_warnings)
-      complain("unexpected warning: " + warning);
+      report_failure("unexpected warning: " + warning);
   }
 
   Measures measure() const {
@@ -192,13 +192,13 @@ private:
 
   void compare() {
     const std::string objects = objects_that_grew();
-    if (!objects.empty()) complain("live objects grew:" + objects);
+    if (!objects.empty()) report_failure("live objects grew:" + objects);
     if (last_.blocks > first_.blocks)
-      complain("live C++ blocks grew by " + std::to_string(last_.blocks - first_.blocks) + ":" +
-               operations_that_kept_blocks());
+      report_failure("live C++ blocks grew by " + std::to_string(last_.blocks - first_.blocks) +
+                     ":" + operations_that_kept_blocks());
     if (memory_tells && last_.resident > first_.resident + memory_bound)
-      complain("resident memory grew by " + std::to_string(last_.resident - first_.resident) +
-               " KiB");
+      report_failure("resident memory grew by " + std::to_string(last_.resident - first_.resident) +
+                     " KiB");
   }
 
   std::string objects_that_grew() {
@@ -217,7 +217,7 @@ private:
     return text;
   }
 
-  void complain(const std::string &text) {
+  void report_failure(const std::string &text) {
     good_ = false;
     std::cerr << "soak: after " << done_ << " operations: " << text << '\n';
   }

@@ -64,7 +64,7 @@ def read_media_file(path):
     return MediaFile(streams, _time(contents["format"].get("duration")))
 
 
-def decoding_complaints(path):
+def decoding_errors(path):
     """Returns the errors that ffmpeg prints while it decodes the file; empty if there are none."""
     command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-map", "0",
                "-f", "null", "-"]

@@ -3,7 +3,7 @@
 import re
 
 from .case import EXISTING_CONTENTS
-from .media_files import decoding_complaints, read_media_file
+from .media_files import decoding_errors, read_media_file
 
 AUDIO_STEP = 0.25  # s; audio packets may be this long
 CUT_SHORT = r"[^|]*File ended prematurely"  # what ffprobe reports for a file whose recorder was killed
@@ -61,9 +61,9 @@ def _file_reasons(case, folder):
         total += max((stream.seconds() for stream in media.streams), default=0)
         for reason in _media_reasons(case, case.expected_streams(index), media, name):
             yield f"{name}: {reason}"
-        complaints = decoding_complaints(folder / name) if case.whole else ""
-        if complaints and not (case.is_killed() and re.fullmatch(CUT_SHORT, complaints)):
-            yield f"{name}: ffmpeg: {complaints}"
+        errors = decoding_errors(folder / name) if case.whole else ""
+        if errors and not (case.is_killed() and re.fullmatch(CUT_SHORT, errors)):
+            yield f"{name}: ffmpeg: {errors}"
     if case.total is not None and abs(total - case.total) > TOTAL_TOLERANCE:
         yield f"{total:.2f} s in all files, not {case.total} s"
 
