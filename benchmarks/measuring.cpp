@@ -106,7 +106,7 @@ int trace(const Programme &programme, const std::string &name) {
     trial->clean_up();
     return 0;
   }
-  std::cerr << "there is no entry " << name << '\n';
+  std::cerr << "unknown entry " << name << '\n';
   return 2;
 }
 

@@ -192,7 +192,8 @@ void look_while_changing(const Changes &changes, const std::vector<std::function
     const Clock::time_point start = Clock::now();
     int overlaps = 0;
     while (Clock::now() - start < std::chrono::milliseconds(200) || overlaps < 10) {
-      ASSERT_TRUE(Clock::now() - start < std::chrono::seconds(30)) << "the changes do not come";
+      ASSERT_TRUE(Clock::now() - start < std::chrono::seconds(30))
+          << "no changes were made in time";
       const unsigned before = changes.made();
       look();
       if (changes.made() != before) ++overlaps;

@@ -57,7 +57,7 @@ TEST(ProbeMedia, DescribesAStillPictureWithoutAFramerate) {
 TEST(ProbeMedia, ContinuesAfterAFileThatFails) {
   const Media_Folder folder;
   folder.record_audio("good.mkv");
-  folder.write("bad.mkv", "this is no film");
+  folder.write("bad.mkv", "this is not a video");
   const Outcome outcome = run({PROBE_MEDIA, folder.path("missing.mkv"), folder.path("bad.mkv"),
                                folder.path("good.mkv"), folder.path("good.mkv")});
   EXPECT_EQ(outcome.status, 1);

@@ -60,7 +60,7 @@ void wait_for_bytes(const std::string &file, goffset size) {
     if (g_stat(file.c_str(), &status) == 0 && status.st_size >= size) return;
     g_usleep(50000);
   }
-  FAIL() << "the recording does not get on";
+  FAIL() << "the recording does not progress";
 }
 
 struct Recording {

@@ -89,8 +89,7 @@ protected:
   }
 
   void TearDown() override {
-    EXPECT_TRUE(IsSkipped() || wanted_ == nullptr || played_ > 0)
-        << "there is no round " << wanted_;
+    EXPECT_TRUE(IsSkipped() || wanted_ == nullptr || played_ > 0) << "unknown round " << wanted_;
   }
 
   // Returns whether to run the round. All rounds run unless a particular one is requested.
@@ -115,7 +114,7 @@ protected:
       expect_no_more_objects(objects);
       if (memory_is_freed()) return round;
       if (attempt < ATTEMPTS) continue;
-      ADD_FAILURE() << "blocks of memory that were lost: " << noted_blocks();
+      ADD_FAILURE() << "leaked blocks of memory: " << noted_blocks();
       return round;
     }
   }
@@ -154,7 +153,7 @@ TEST_P(Faults, OfAllocationLeakNothing) {
         if (!is_wanted(disturbance)) continue;
         const Round round = play(disturbance);
         EXPECT_EQ(round.outcome, OUT_OF_MEMORY) << replay;
-        EXPECT_EQ(round.allocations, allocation) << "more was allocated when one had failed";
+        EXPECT_EQ(round.allocations, allocation) << "more was allocated after a failed allocation";
         // At this point, the call has made either all or none of the changes that it makes without
         // the failure.
         if (!round.changes.empty()) changed = true;
@@ -209,7 +208,7 @@ bool list_nodes_are_allocated_alone() {
 // If the watch recorded nothing, all rounds would pass.
 TEST(HeapWatch, DetectsTextsAndListNodesThatAreNotFreed) {
   if (!heap_is_watched() || !list_nodes_are_allocated_alone())
-    GTEST_SKIP() << "another allocator is in place";
+    GTEST_SKIP() << "another allocator is in use";
   const Element element = make_element("identity", "parser");
   forget_noted_blocks();
   gchar *name = nullptr;
@@ -232,7 +231,7 @@ TEST(FaultOutcomes, AreThoseOfTheScenarios) {
   std::set<std::string> titles;
   for (const Scenario &scenario : all_scenarios())
     titles.insert(text_of(scenario));
-  EXPECT_EQ(titles.size(), all_scenarios().size()) << "two scenarios of one name";
+  EXPECT_EQ(titles.size(), all_scenarios().size()) << "two scenarios with the same name";
 
   std::set<std::string> found;
   std::istringstream lines(read_file(OUTCOMES_FILE));

@@ -94,7 +94,7 @@ Round call_once(const Call &call, const Disturbance &disturbance) {
 
   const long blocks_before = live_blocks();
   tell_outcome(call, round.outcome);
-  EXPECT_EQ(live_blocks(), blocks_before) << "memory was lost";
+  EXPECT_EQ(live_blocks(), blocks_before) << "memory was leaked";
 
   round.changes = note_changes(call.involved, before);
   round.allocations = observed().allocations;
@@ -108,7 +108,7 @@ void expect_no_more_objects(long before) {
   const gint64 deadline = g_get_monotonic_time() + PATIENCE;
   while (live_objects() != before && g_get_monotonic_time() < deadline)
     g_usleep(G_TIME_SPAN_MILLISECOND);
-  EXPECT_EQ(live_objects(), before) << "objects of the framework were lost";
+  EXPECT_EQ(live_objects(), before) << "objects of the framework were leaked";
 }
 
 bool memory_is_freed() {
@@ -138,7 +138,7 @@ Round call_and_recover(const Scenario &scenario, const Disturbance &disturbance,
   if (round.outcome != undisturbed) {
     if (!round.changes.empty() || scenario.trait == Trait::KEEPS_PARTIAL_WORK)
       call = scenario.prepare();
-    EXPECT_EQ(call_once(call, {}).outcome, undisturbed) << "the next call is not what it was";
+    EXPECT_EQ(call_once(call, {}).outcome, undisturbed) << "the next call has another outcome";
   }
   return round;
 }

@@ -112,7 +112,7 @@ void check_media_type(GstCaps *caps) {
       {"video/x-raw", VIDEO_RAW}, {"audio/x-raw", AUDIO_RAW},   {"audio/x-mulaw", MULAW},
   };
   const MediaType type = Media_Helper::get_media_type(caps);
-  require(JPEG <= type && type <= UNKNOWN, "the kind is one of the kinds");
+  require(JPEG <= type && type <= UNKNOWN, "the media type is an enumerator");
   if (type == UNKNOWN) return;
 
   for (guint i = 0; i < gst_caps_get_size(caps); ++i) {
@@ -123,7 +123,7 @@ void check_media_type(GstCaps *caps) {
   if (type == RTP || type == RTP_METADATA)
     require((Media_Helper::get_encoding_name_from_caps(caps) == "VND.ONVIF.METADATA") ==
                 (type == RTP_METADATA),
-            "the encoding name tells metadata");
+            "metadata has the encoding name of metadata");
 }
 
 void check_proxy(GstCaps *caps) {
@@ -138,11 +138,12 @@ void check_proxy(GstCaps *caps) {
   };
   const auto *const first =
       std::find_if(std::begin(depayloaders), std::end(depayloaders), takes_caps);
-  require((code == 0) == (first != std::end(depayloaders)), "what can be relayed is");
+  require((code == 0) == (first != std::end(depayloaders)),
+          "elements are selected exactly if a depayloader accepts the caps");
   if (code != 0) return;
-  require(chosen.first == *first, "the first that takes the caps is chosen");
+  require(chosen.first == *first, "the first depayloader that accepts the caps is selected");
   const auto codec = [](const std::string &name) { return name.substr(0, name.find("pay")); };
-  require(codec(chosen.second) + "depay" == chosen.first, "the two are of one codec");
+  require(codec(chosen.second) + "depay" == chosen.first, "both elements are for the same codec");
 }
 
 // A bin with a tee whose peer offers the caps, and with an appsink on which they are set.
@@ -174,7 +175,7 @@ public:
     run({any_type == G_TYPE_INVALID ? TEC::INVALID_ELEMENT_TYPE : 0},
         [&] { found = Media_Helper::find_element_with_caps_and_type(bin, any_type, wanted); });
     if (found != nullptr) {
-      require(G_OBJECT_TYPE(found) == any_type, "what is found is of the type wanted");
+      require(G_OBJECT_TYPE(found) == any_type, "the element has the requested type");
       gst_object_unref(found);
     }
     require(counts() == before, "a search keeps no references");
@@ -200,7 +201,7 @@ void check_request(const Caps &caps) {
   const Element multiqueue = make_element("multiqueue");
   const std::pair<GstPad *, GstPad *> pads =
       Media_Helper::request_new_multiqueue_pads(multiqueue.get(), "", caps.get());
-  require(pads.first != nullptr && pads.second != nullptr, "both pads are there");
+  require(pads.first != nullptr && pads.second != nullptr, "both pads exist");
   const Pad partner(Media_Helper::get_corresponding_multiqueue_pad(pads.second), false);
   require(partner.get() == pads.first, "the partner of the partner is the pad");
   gst_element_release_request_pad(multiqueue.get(), pads.first);
@@ -249,6 +250,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   }
   check_equality(all);
   for (std::size_t i = 0; i < all.size(); ++i)
-    require(reference_count(all[i].get()) == counts[i], "nobody keeps the caps");
+    require(reference_count(all[i].get()) == counts[i], "no reference to the caps is kept");
   return 0;
 }

@@ -66,9 +66,9 @@ public:
 private:
   void start() {
     std::array<int, 2> ends{};
-    require(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()) == 0, "processes can be connected");
+    require(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()) == 0, "the sockets are connected");
     process_ = fork();
-    require(process_ >= 0, "a process can be made");
+    require(process_ >= 0, "the process is created");
     if (process_ == 0) {
       close(ends[0]);
       serve(ends[1]);
@@ -80,7 +80,7 @@ private:
   [[noreturn]] static void serve(int socket) {
     // Exit without output or artifacts from libFuzzer and the sanitizers.
     for (const int signal_number : {SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGALRM})
-      require(std::signal(signal_number, SIG_DFL) != SIG_ERR, "a signal can be left alone");
+      require(std::signal(signal_number, SIG_DFL) != SIG_ERR, "the signal has the default handler");
     close(STDERR_FILENO);
     std::vector<char> text(1 << 16);
     for (ssize_t size = 0; (size = recv(socket, text.data(), text.size() - 1, 0)) > 0;) {
@@ -122,14 +122,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
             "the error shows the description");
     return 0;
   }
-  require(GST_IS_ELEMENT(made), "what is made is an element");
-  require(g_object_is_floating(made), "nobody owns it yet");
-  require(reference_count(static_cast<gpointer>(made)) == 1, "it has one reference");
-  require(GST_STATE(made) == GST_STATE_NULL, "it is not started");
+  require(GST_IS_ELEMENT(made), "the result is an element");
+  require(g_object_is_floating(made), "the reference is floating");
+  require(reference_count(static_cast<gpointer>(made)) == 1, "the element has one reference");
+  require(GST_STATE(made) == GST_STATE_NULL, "the element is not started");
   mark_links(made);
   if (GST_IS_BIN(made)) mark_children(GST_BIN(made));
   const Weak_Watch watch(made);
   gst_object_unref(gst_object_ref_sink(made));
-  require(watch.gone(), "nobody keeps it");
+  require(watch.gone(), "no reference is kept");
   return 0;
 }

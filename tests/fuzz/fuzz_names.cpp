@@ -30,7 +30,7 @@ void check_factories(const std::string &name) {
   GstElementFactory *found = nullptr;
   const Outcome find = run({exists ? 0 : TEC::FACTORY_NOT_FOUND},
                            [&] { found = Media_Helper::gst_element_factory_find_or_throw(name); });
-  require(found == factory.get(), "the factory is the framework's");
+  require(found == factory.get(), "the framework finds the same factory");
   require(exists || find.text == shown("Could not find factory for \"" + name +
                                        "\" in gst_element_factory_find_or_throw"),
           "the error shows the factory's name");
@@ -45,10 +45,11 @@ void check_factories(const std::string &name) {
   unsigned long long type = 0;
   run({exists ? 0 : TEC::FACTORY_NOT_FOUND}, [&] { type = Media_Helper::get_element_type(name); });
   if (!exists) return;
-  require(g_object_is_floating(made), "nobody owns the element yet");
-  require(G_OBJECT_TYPE(made) == type, "the element is of its factory's type");
+  require(g_object_is_floating(made), "the reference is floating");
+  require(G_OBJECT_TYPE(made) == type, "the element has its factory's type");
   gst_object_unref(gst_object_ref_sink(made));
-  require(reference_count(static_cast<gpointer>(factory.get())) == before, "no factory is kept");
+  require(reference_count(static_cast<gpointer>(factory.get())) == before,
+          "no reference to a factory is kept");
 }
 
 void check_elements(const std::string &name) {
@@ -61,7 +62,7 @@ void check_elements(const std::string &name) {
   const std::unique_ptr<char, decltype(&g_free)> given(gst_object_get_name(GST_OBJECT(added)),
                                                        g_free);
   const std::string element_name = given.get();
-  require(name.empty() || element_name == shown(name), "the element has the name wanted");
+  require(name.empty() || element_name == shown(name), "the element has the requested name");
 
   // The name is taken: another element must not get it.
   const std::vector<guint> before = reference_counts({bin.get(), other.get(), added});
@@ -85,7 +86,8 @@ void check_elements(const std::string &name) {
   require(Media_Helper::generate_queue_stats_report(added) ==
               element_name + " Stats : Num Buffers = 0, Num Bytes = 0, Num Seconds = 0",
           "the report shows the queue's name");
-  require(reference_counts({bin.get(), other.get(), added}) == before, "no element is kept");
+  require(reference_counts({bin.get(), other.get(), added}) == before,
+          "no reference to an element is kept");
 }
 
 // Checks all messages that contain an element's name, which may look like a format string.
@@ -95,7 +97,7 @@ void check_messages(const std::string &name) {
   const Element sink = make_element("fakesink", name.c_str());
   const std::vector<guint> before = reference_counts({element.get(), sink.get()});
   const auto expect = [](int code, const std::string &text, auto call) {
-    require(run({code}, call).text == text, ("the error shows the names: " + text).c_str());
+    require(run({code}, call).text == text, ("the error contains the names: " + text).c_str());
   };
   expect(TEC::ELEMENT_HAS_NO_PARENT, "Failed to get parent for element " + read + " ().",
          [&] { Media_Helper::gst_element_get_parent_or_throw(element.get()); });
@@ -122,7 +124,8 @@ void check_messages(const std::string &name) {
           (name.empty() ? "" : ", " + read),
       [&] { Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_PAUSED, name); });
   gst_element_set_state(element.get(), GST_STATE_NULL);
-  require(reference_counts({element.get(), sink.get()}) == before, "no element is kept");
+  require(reference_counts({element.get(), sink.get()}) == before,
+          "no reference to an element is kept");
 }
 
 // The name of the partner, if a pad with this name and direction has one.
@@ -166,7 +169,7 @@ void check_pad(const std::string &name, GstPadDirection direction) {
   look();
   require(out_of_range == (kind == Partner::TOO_SHORT),
           "only a name without a suffix is too short");
-  require(reference_counts({owner.get(), pad}) == before, "no pad is kept");
+  require(reference_counts({owner.get(), pad}) == before, "no reference to a pad is kept");
   if (kind != Partner::NAMED) return;
 
   GstPad *const other =
@@ -244,7 +247,7 @@ void check_selection(const std::string &name) {
   const Outcome lost = run({TEC::KEY_NOT_FOUND}, [&] {
     Media_Helper::string_from_map_or_throw_("not " + name, rows, "message " + name);
   });
-  require(lost.text == shown("message " + name), "the error shows the message");
+  require(lost.text == shown("message " + name), "the error contains the message");
 }
 
 void check_checks(const std::string &name) {

@@ -76,14 +76,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   const auto outcome = run({0, TEC::DISCOVERY_FAILED, TEC::DISCOVERER_RETURNED_ERROR},
                            [&] { info = Media_Helper::get_media_info(uri, GST_SECOND); });
   mark(outcome.text);
-  require((outcome.code == 0) == (info != nullptr), "there is a record or an error");
+  require((outcome.code == 0) == (info != nullptr), "the call returns a record or throws");
   if (outcome.code == TEC::DISCOVERER_RETURNED_ERROR)
     require(outcome.text.rfind("Discoverer returned error: GST_DISCOVERER_", 0) == 0,
             "the error names the result");
   if (!info) return 0;
 
-  require(info->uri == uri, "the record keeps the URI");
-  require(g_file_test(path.c_str(), G_FILE_TEST_IS_REGULAR), "media come from a file");
+  require(info->uri == uri, "the record contains the URI");
+  require(g_file_test(path.c_str(), G_FILE_TEST_IS_REGULAR), "only a file contains media");
   require(info->video_caps.empty() && info->audio_caps.size() == 1, "silence is one audio stream");
   require(info->duration == GST_SECOND / 10, "silence lasts a tenth of a second");
   require(GST_IS_CAPS(info->audio_caps[0].get()), "a stream has caps");

@@ -38,7 +38,7 @@ const char *name_of(GType type, unsigned value) {
 void check_name(GType type, unsigned value, const std::string &text, const std::string &fallback) {
   if (text == fallback) return;
   const char *const name = name_of(type, value);
-  require(name != nullptr, "a value without a name gives the fallback");
+  require(name != nullptr, "a value without a name has the fallback text");
   require(text == name || text.rfind(std::string(name) + ": ", 0) == 0,
           "a text begins with the name");
 }
@@ -76,8 +76,8 @@ void check_media_type(unsigned value) {
 
   const bool video = Media_Helper::is_video(type, true);
   const bool audio = Media_Helper::is_audio(type, true);
-  require(!(video && audio), "no kind is both video and audio");
-  require(known || !(video || audio), "what is no kind is neither video nor audio");
+  require(!(video && audio), "no media type is both video and audio");
+  require(known || !(video || audio), "an unknown media type is neither video nor audio");
   require(video || !Media_Helper::is_video(type, false), "raw video only adds to the video");
   require(audio || !Media_Helper::is_audio(type, false), "raw audio only adds to the audio");
 
@@ -85,8 +85,8 @@ void check_media_type(unsigned value) {
                             Media_Helper::select_payloader, Media_Helper::select_video_rate}) {
     std::string factory;
     const int code = run({0, TEC::KEY_NOT_FOUND}, [&] { factory = select(type); }).code;
-    require((code == 0) == !factory.empty(), "a choice has a name");
-    require(code != 0 || video || audio, "elements are chosen for video and audio only");
+    require((code == 0) == !factory.empty(), "a selected element has a name");
+    require(code != 0 || video || audio, "elements are selected for video and audio only");
   }
 }
 
@@ -94,9 +94,9 @@ void check_time(GstClockTime time) {
   static const std::regex form("(\\d+):(\\d\\d):(\\d\\d)\\.(\\d{9})");
   const std::string text = Media_Helper::gst_time_to_string(time);
   std::smatch parts;
-  require(std::regex_match(text, parts, form), "a time has its form");
+  require(std::regex_match(text, parts, form), "a time has the documented format");
   if (time == GST_CLOCK_TIME_NONE) {
-    require(text == "99:99:99.999999999", "no time has its own text");
+    require(text == "99:99:99.999999999", "GST_CLOCK_TIME_NONE has a fixed text");
     return;
   }
   const auto part = [&parts](std::size_t i) { return std::stoull(parts[i]); };

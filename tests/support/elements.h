@@ -81,7 +81,7 @@ inline Pad make_pad(const char *name, GstPadDirection direction) {
 }
 
 inline Pad add_pad(const Element &element, const Pad &pad) {
-  if (!gst_element_add_pad(element.get(), pad.get())) g_error("the element has such a pad");
+  if (!gst_element_add_pad(element.get(), pad.get())) g_error("the element already has such a pad");
   return pad;
 }
 

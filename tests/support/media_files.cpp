@@ -20,7 +20,7 @@ using Text = std::unique_ptr<char, decltype(&g_free)>;
 
 Media_Folder::Media_Folder() {
   const Text folder(g_dir_make_tmp("media-XXXXXX", nullptr), g_free);
-  if (folder == nullptr) throw std::runtime_error("no folder for media");
+  if (folder == nullptr) throw std::runtime_error("cannot create a folder for media");
   folder_ = folder.get();
 }
 

@@ -61,7 +61,7 @@ def wait_until(condition, processes):
     deadline = time.monotonic() + STARTING_TIME
     while not condition():
         if any(process.poll() is not None for process in processes) or time.monotonic() > deadline:
-            sys.exit("the server does not serve")
+            sys.exit("the server does not respond")
         time.sleep(0.1)
 
 

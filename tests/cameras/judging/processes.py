@@ -42,7 +42,7 @@ class CameraProcess:
         try:
             line = self._lines.get(timeout=timeout)
         except queue.Empty:
-            raise RuntimeError(f"the camera said nothing for {timeout} s") from None
+            raise RuntimeError(f"the camera printed nothing for {timeout} s") from None
         if line is None:
             raise RuntimeError(f"the camera ended: {self._process.stderr.read()[-300:]}")
         return line

@@ -151,4 +151,4 @@ def _expect_refusal(command, case, folder):
     (folder / "second").mkdir()
     outcome = RecorderProcess(command, folder / "second", _environment(case)).wait(case.longest())
     if outcome.status != 1 or "exist" not in outcome.err:
-        raise RuntimeError(f"the second recorder ends with {outcome.status}: {outcome.err}")
+        raise RuntimeError(f"the second recorder exited with {outcome.status}: {outcome.err}")

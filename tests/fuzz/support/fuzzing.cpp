@@ -58,7 +58,7 @@ void mark(const std::string &effect) {
 
 void require(bool holds, const char *what) {
   if (holds) return;
-  std::cerr << "does not hold: " << what << std::endl;
+  std::cerr << "assertion failed: " << what << std::endl;
   std::abort();
 }
 

@@ -61,7 +61,7 @@ void search_in_vain(const Scene &scene) {
 
 void find_all_appsinks(const Scene &scene) {
   const std::vector<Element> appsinks = Media_Helper::find_all_appsinks(scene.bin());
-  require(appsinks == std::vector<Element>{scene.snapshots}, "not the one appsink");
+  require(appsinks == std::vector<Element>{scene.snapshots}, "does not list exactly the appsink");
 }
 
 void look_for_types(const Scene &scene) {

@@ -10,7 +10,7 @@ namespace {
 class Destroyed_At_End {
 public:
   explicit Destroyed_At_End(gpointer object) : watch_(object) {}
-  ~Destroyed_At_End() { require(watch_.gone(), "left behind what it was handed"); }
+  ~Destroyed_At_End() { require(watch_.gone(), "the object still exists"); }
   Destroyed_At_End(const Destroyed_At_End &) = delete;
   Destroyed_At_End &operator=(const Destroyed_At_End &) = delete;
 
@@ -33,7 +33,7 @@ private:
 void add_and_remove(const Scene &scene) {
   const Own<GstElement> element(make_element("identity", "added"));
   Media_Helper::gst_bin_add_or_throw(scene.bin(), element.get());
-  require(reference_count(element.get()) == 2, "the bin does not hold the element");
+  require(reference_count(element.get()) == 2, "the bin has no reference to the element");
   gst_bin_remove(scene.bin(), element.get());
 }
 
@@ -122,7 +122,7 @@ void get_by_name(const Scene &scene) {
 
 void find_tee_factory(const Scene &) {
   const Factory factory(Media_Helper::gst_element_factory_find_or_throw("tee"), gst_object_unref);
-  require(g_strcmp0(GST_OBJECT_NAME(factory.get()), "tee") == 0, "another factory");
+  require(g_strcmp0(GST_OBJECT_NAME(factory.get()), "tee") == 0, "not the requested factory");
 }
 
 }  // namespace

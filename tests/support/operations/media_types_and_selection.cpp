@@ -36,7 +36,7 @@ void select_proxies(const Scene &scene) {
 void discover(const Scene &) {
   const std::unique_ptr<capture::Media_Info> info =
       Media_Helper::get_media_info(media_uri, 30 * GST_SECOND);
-  require(!info->audio_caps.empty() && info->video_caps.empty(), "not a file of audio");
+  require(!info->audio_caps.empty() && info->video_caps.empty(), "not an audio file");
   require(Media_Helper::get_media_type(info->audio_caps.at(0).get()) == capture::MULAW,
           "not mu-law");
 }

@@ -20,7 +20,7 @@ template <typename T>
 class Own {
 public:
   explicit Own(boost::intrusive_ptr<T> object) : object_(std::move(object)) {}
-  ~Own() { require(reference_count(get()) == 1, "kept what was the caller's"); }
+  ~Own() { require(reference_count(get()) == 1, "kept a reference to the caller's object"); }
   Own(const Own &) = delete;
   Own &operator=(const Own &) = delete;
 

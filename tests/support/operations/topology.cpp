@@ -8,7 +8,7 @@ namespace {
 void list_pads(const Scene &scene) {
   const Media_Helper::Pad_List pads =
       Media_Helper::get_element_pads(scene.format.get(), gst_element_iterate_pads);
-  require(pads.size() == 2, "not the two pads");
+  require(pads.size() == 2, "does not list exactly the two pads");
 }
 
 void list_sink_pads(const Scene &scene) {
@@ -69,7 +69,7 @@ void add_probe(const Scene &) {
         [](GstPad *, GstPadProbeInfo *, gpointer) { return GST_PAD_PROBE_OK; }, &freed,
         [](gpointer data) { ++*static_cast<int *>(data); });
   }
-  require(freed == 1, "the data of the probe is not freed once");
+  require(freed == 1, "the data of the probe is not freed exactly once");
 }
 
 // An idle probe runs immediately on an idle pad. If it removes itself, it has no identifier

@@ -41,7 +41,7 @@ class Source:
                 depth -= 1
                 if depth == 0:
                     return position
-        raise ValueError(f'{self.name}: no bracket closes the one at {opening}')
+        raise ValueError(f'{self.name}: the bracket at {opening} is not closed')
 
     def operand_start(self, end, stops):
         """Returns the start of the operand that ends before `end`: after a bracket or a stop."""
