@@ -59,7 +59,7 @@ struct Gstreamermm_Calls {
 
   static Pad static_pad(const Element &element, const char *name) {
     Pad pad = element->get_static_pad(name);
-    require(static_cast<bool>(pad), "looking a pad up");
+    require(static_cast<bool>(pad), "looking up a pad");
     return pad;
   }
   static void drop(Pad &pad) { pad.reset(); }
@@ -79,7 +79,7 @@ struct Gstreamermm_Calls {
   static void drop_branch(const Element &tee, const Element &element) {
     const Pad sink_pad = static_pad(element, "sink");
     const Pad tee_pad = sink_pad->get_peer();
-    require(static_cast<bool>(tee_pad), "looking a peer up");
+    require(static_cast<bool>(tee_pad), "looking up a peer");
     tee->release_request_pad(tee_pad);
   }
 

@@ -131,7 +131,7 @@ struct Raw_Calls {
   static GstPad *static_pad(GstElement *element, const char *name) {
     require(GST_IS_ELEMENT(element), "the check of an element");
     GstPad *const pad = gst_element_get_static_pad(element, name);
-    require(pad != nullptr, "looking a pad up");
+    require(pad != nullptr, "looking up a pad");
     return pad;
   }
   static void drop(GstPad *&pad) { gst_clear_object(&pad); }
@@ -148,7 +148,7 @@ struct Raw_Calls {
     require(GST_IS_ELEMENT(element), "the check of an element");
     GstPad *const tee_pad = request_pad(tee, "src_%u");
     GstPad *const sink_pad = gst_element_get_static_pad(element, "sink");
-    require(sink_pad != nullptr, "looking a pad up");
+    require(sink_pad != nullptr, "looking up a pad");
     require(gst_pad_link(tee_pad, sink_pad) == GST_PAD_LINK_OK, "linking a tee");
     gst_object_unref(sink_pad);
     gst_object_unref(tee_pad);
@@ -159,7 +159,7 @@ struct Raw_Calls {
     GstPad *const sink_pad = static_pad(element, "sink");
     require(gst_pad_is_linked(sink_pad), "the check of a link");
     GstPad *const peer = gst_pad_get_peer(sink_pad);
-    require(peer != nullptr, "looking a peer up");
+    require(peer != nullptr, "looking up a peer");
     gst_object_unref(sink_pad);
     return peer;
   }
@@ -179,7 +179,7 @@ struct Raw_Calls {
     require(g_str_has_prefix(sink_name, "sink_"), "the check of a pad's name");
     gchar *const src_name = g_strconcat("src_", sink_name + 5, nullptr);
     GstPad *const src_pad = gst_element_get_static_pad(multiqueue, src_name);
-    require(src_pad != nullptr, "looking a pad up");
+    require(src_pad != nullptr, "looking up a pad");
     g_free(src_name);
     g_free(sink_name);
     return {sink_pad, src_pad};
@@ -208,7 +208,7 @@ struct Raw_Calls {
     require(pad != nullptr, "the check of a pad");
     require(element != nullptr, "the check of an element");
     GstPad *const sink_pad = gst_element_get_static_pad(element, "sink");
-    require(sink_pad != nullptr, "looking a pad up");
+    require(sink_pad != nullptr, "looking up a pad");
     require(gst_pad_unlink(pad, sink_pad), "unlinking pads");
     gst_object_unref(sink_pad);
   }
@@ -260,7 +260,7 @@ private:
   static GstPad *request_pad(GstElement *element, const char *name) {
     GstPadTemplate *const pad_template =
         gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(element), name);
-    require(pad_template != nullptr, "looking a template up");
+    require(pad_template != nullptr, "looking up a template");
     GstPad *const pad = gst_element_request_pad(element, pad_template, nullptr, nullptr);
     require(pad != nullptr, "requesting a pad");
     return pad;

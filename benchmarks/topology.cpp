@@ -155,8 +155,8 @@ void add_topology(Programme &programme) {
     programme.add<Link_Chain, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
         "topology/link a chain/" + std::to_string(length), 1, length);
   programme.add<Static_Pad, Raw_Calls, Library_Calls, Gstreamermm_Calls>(
-      "topology/look a static pad up", lookups);
-  programme.add<Sink_Peer, Raw_Calls, Library_Calls>("topology/look a sink's peer up", lookups);
+      "topology/look up a static pad", lookups);
+  programme.add<Sink_Peer, Raw_Calls, Library_Calls>("topology/look up a sink's peer", lookups);
   programme.add<Link_Pad, Raw_Calls, Library_Calls>("topology/link a pad to an element", 1);
   programme.add<Unlink_Pad, Raw_Calls, Library_Calls>("topology/unlink a pad from an element", 1);
   programme.add<Add_Probe, Raw_Calls, Library_Calls, Gstreamermm_Calls>("topology/add a probe",
