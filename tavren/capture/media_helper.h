@@ -54,6 +54,8 @@ public:
   ///
   /// Each function returns if the argument is valid and throws otherwise. The message is the
   /// description with a fixed text appended. The reference counts of the objects do not change.
+  ///
+  /// @snippet examples/operations/elements.cpp argument_checks
   /// @{
 
   /// Checks that a pointer is an element of any subclass.
@@ -102,6 +104,8 @@ public:
   /// @}
   /// @defgroup keyed_lookup Keyed lookup
   /// Look up a string in a table of the caller.
+  ///
+  /// @snippet examples/operations/texts.cpp keyed_lookup
   /// @{
 
   /// Looks up a string by its key.
@@ -119,6 +123,8 @@ public:
   /// @}
   /// @defgroup construction Factories, bins and parsed pipelines
   /// Create elements and pipelines, add elements to bins and find them there.
+  ///
+  /// @snippet examples/operations/elements.cpp construction
   /// @{
 
   /// Finds an element factory.
@@ -194,6 +200,8 @@ public:
   /// @}
   /// @defgroup control State, bus, parent and signals
   /// Start and stop elements, and receive their messages and signals.
+  ///
+  /// @snippet examples/operations/elements.cpp control
   /// @{
 
   /// Sets an element's state.
@@ -253,6 +261,8 @@ public:
   /// @}
   /// @defgroup pads_and_links Pads and links
   /// List pads, link them, and probe the data that passes through them.
+  ///
+  /// @snippet examples/operations/pads.cpp pads_and_links
   /// @{
 
   /// Pads, with one reference each.
@@ -350,6 +360,8 @@ public:
   /// @}
   /// @defgroup tee_branches Tee branches
   /// Add branches to a tee, also while it is running.
+  ///
+  /// @snippet examples/operations/pads.cpp tee_branches
   /// @{
 
   /// Requests a new source pad from a tee, or from any element with a "src_%u" request template.
@@ -375,6 +387,8 @@ public:
   /// @}
   /// @defgroup multiqueue_pads Multiqueue pads
   /// Add streams to a multiqueue, and find the other pad of a stream.
+  ///
+  /// @snippet examples/operations/pads.cpp multiqueue_pads
   /// @{
 
   /// Finds the partner of a multiqueue's pad: sink_0 for src_0, src_0 for sink_0.
@@ -409,6 +423,8 @@ public:
   /// @}
   /// @defgroup peers_and_ancestry Peers and ancestry
   /// Find the peers and the ancestors of an element.
+  ///
+  /// @snippet examples/operations/elements.cpp peers_and_ancestry
   /// @{
 
   /// Gets the pad linked to an element's "sink" pad.
@@ -444,6 +460,8 @@ public:
   /// @}
   /// @defgroup media_types Media types
   /// Distinguish media types.
+  ///
+  /// @snippet examples/operations/media.cpp media_types
   /// @{
 
   /// Gets the media type that caps describe.
@@ -476,6 +494,8 @@ public:
   /// Select the element for a file or a media type.
   ///
   /// Each function returns the name of an element factory and creates nothing.
+  ///
+  /// @snippet examples/operations/media.cpp element_selection
   /// @{
 
   /// Selects the muxer for a file by its extension: .mkv, .mp4, .avi or .mov.
@@ -524,6 +544,8 @@ public:
   /// @}
   /// @defgroup proxy_selection RTP proxy selection
   /// Select the elements that depayload an RTP stream and payload it again.
+  ///
+  /// @snippet examples/operations/media.cpp proxy_selection
   /// @{
 
   /// Selects the depayloader that accepts a stream's RTP caps and the matching payloader.
@@ -540,6 +562,8 @@ public:
   /// @}
   /// @defgroup media_discovery Media discovery
   /// Inspect a media file or stream.
+  ///
+  /// @snippet examples/operations/media.cpp media_discovery
   /// @{
 
   /// Inspects a media file or stream and waits for the result.
@@ -567,6 +591,8 @@ public:
   ///
   /// Only the first structure of the caps is read. EMPTY and ANY caps have no structures: nothing
   /// is read from them, and GLib warns as well.
+  ///
+  /// @snippet examples/operations/media.cpp caps_readers
   /// @{
 
   /// Reads the frame rate.
@@ -613,6 +639,8 @@ public:
   /// @}
   /// @defgroup element_types Element types
   /// Find the type with which to search for elements.
+  ///
+  /// @snippet examples/operations/elements.cpp element_types
   /// @{
 
   /// Gets the type of the elements that a factory creates, and loads its plugin.
@@ -629,6 +657,8 @@ public:
   ///
   /// The searches examine the elements of a bin and of the bins inside it, but not the bin itself.
   /// Types are compared exactly: a subclass does not match. Finding nothing is not an error.
+  ///
+  /// @snippet examples/operations/elements.cpp bin_search
   /// @{
 
   /// The search criteria of `caps_compare_func`.
@@ -699,6 +729,8 @@ public:
   /// @}
   /// @defgroup enumeration_names Enumeration names
   /// Convert GStreamer's enumerations to strings for logs.
+  ///
+  /// @snippet examples/operations/texts.cpp enumeration_names
   /// @{
 
   /// Gets the name of a state.
@@ -735,6 +767,8 @@ public:
   /// @}
   /// @defgroup time_and_segment_text Time and segment text
   /// Format times for logs, independently of the locale.
+  ///
+  /// @snippet examples/operations/texts.cpp time_and_segment_text
   /// @{
 
   /// Formats a time as hours, minutes, seconds and nanoseconds: 1:02:03.000000001.
@@ -751,6 +785,8 @@ public:
   /// @}
   /// @defgroup queue_report Queue report
   /// Format the fill level of a queue for logs, independently of the locale.
+  ///
+  /// @snippet examples/operations/texts.cpp queue_report
   /// @{
 
   /// Formats the fill level of a queue as one line: buffers, bytes, whole seconds.

@@ -17,6 +17,8 @@ namespace kel::tavren {
 
 /// @defgroup errors Errors
 /// Catch the library's exceptions, and distinguish failures by code.
+///
+/// @snippet examples/operations/texts.cpp errors
 /// @{
 
 /// An exception of the library that is also a standard exception of type @p Base.

@@ -23,6 +23,8 @@
 /// Each adapter passes its pointer unchanged to the function named in its documentation, and adds
 /// or releases one reference. It does not check for null (handles never pass null), does not throw,
 /// and may be called from any thread.
+///
+/// @snippet examples/operations/texts.cpp handles
 /// @{
 
 // Forward-declared: handles for these types need neither the headers of the RTSP server and the app
