@@ -1,2 +1,2 @@
-// Includes the library's header. measure_costs measures the time to compile this file.
+// Includes the library's header. measure-costs measures the time to compile this file.
 #include <tavren/capture/media_helper.h>
