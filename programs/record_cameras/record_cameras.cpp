@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstdint>
 #include <optional>
 
 #include "camera_list.h"

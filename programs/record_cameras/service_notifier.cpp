@@ -2,6 +2,8 @@
 
 #include <systemd/sd-daemon.h>
 
+#include <cstdint>
+
 namespace kel::tavren::programs {
 
 namespace {
