@@ -61,7 +61,7 @@ TEST(BinAdd, LeavesTheReferenceOfAnOwner) {
 }
 
 void expect_refused(const Element &bin, GstElement *element, const std::string &name) {
-  expect_error(0x150E0, "Failed to add element " + name + " () to bin.",
+  expect_error({TEC::BIN_ADD_FAILED, {name, ""}},
                [&] { Media_Helper::gst_bin_add_or_throw(as_bin(bin), element); });
 }
 
@@ -177,7 +177,7 @@ TEST(BinAdd, KeepsTheFloatingReferenceIfTheBinIsInvalid) {
   const Element no_bin = make_element("identity");
   GstElement *const element = gst_element_factory_make("identity", "parser");
   for (GstBin *const bin : {static_cast<GstBin *>(nullptr), as_bin(no_bin)})
-    expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
+    expect_error({TEC::NOT_A_BIN, {"bin in gst_bin_add_or_throw"}},
                  [&] { Media_Helper::gst_bin_add_or_throw(bin, element); });
   EXPECT_TRUE(g_object_is_floating(element));
   EXPECT_EQ(reference_count(element), 1U);
@@ -189,7 +189,7 @@ TEST(BinAdd, RefusesAnObjectThatIsNotAnElement) {
   const Element bin = make_element("bin");
   GstPad *const pad = gst_pad_new("src", GST_PAD_SRC);
   for (const gpointer wrong : {static_cast<gpointer>(nullptr), static_cast<gpointer>(pad)})
-    expect_error(0x15160, "element in call to gst_bin_add_or_throw is not a GstElement *.", [&] {
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in call to gst_bin_add_or_throw"}}, [&] {
       Media_Helper::gst_bin_add_or_throw(as_bin(bin), static_cast<GstElement *>(wrong));
     });
   EXPECT_TRUE(g_object_is_floating(pad));
@@ -199,7 +199,7 @@ TEST(BinAdd, RefusesAnObjectThatIsNotAnElement) {
 }
 
 TEST(BinAdd, ChecksTheBinFirst) {
-  expect_error(0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.",
+  expect_error({TEC::NOT_A_BIN, {"bin in gst_bin_add_or_throw"}},
                [] { Media_Helper::gst_bin_add_or_throw(nullptr, nullptr); });
 }
 
@@ -249,7 +249,7 @@ TEST_P(CreateAndAdd, LetsTheFrameworkChooseNames) {
 }
 
 TEST_P(CreateAndAdd, ThrowsForNull) {
-  expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
+  expect_error({TEC::NOT_A_BIN, {"bin in create_and_add_element_to_bin"}},
                [this] { create("identity", nullptr, "parser"); });
   EXPECT_TRUE(nothing_made());
 }
@@ -257,7 +257,7 @@ TEST_P(CreateAndAdd, ThrowsForNull) {
 TEST_P(CreateAndAdd, ThrowsForAnObjectThatIsNotABin) {
   const Element no_bin = make_element("identity");
   const Expected_Log warning("invalid cast from 'GstIdentity' to 'GstBin'");
-  expect_error(0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.",
+  expect_error({TEC::NOT_A_BIN, {"bin in create_and_add_element_to_bin"}},
                [&] { create("identity", no_bin.get(), "parser"); });
   EXPECT_TRUE(nothing_made());
   EXPECT_EQ(reference_count(no_bin.get()), 1U);
@@ -265,9 +265,9 @@ TEST_P(CreateAndAdd, ThrowsForAnObjectThatIsNotABin) {
 
 TEST_P(CreateAndAdd, ThrowsForAnUnknownFactory) {
   const Element bin = make_element("bin");
-  expect_error(0x150C0, "Could not create nosuchfactory parser",
+  expect_error({TEC::ELEMENT_CREATION_FAILED, {"nosuchfactory", "parser"}},
                [&] { create("nosuchfactory", bin.get(), "parser"); });
-  expect_error(0x150C0, "Could not create nosuchfactory ",
+  expect_error({TEC::ELEMENT_CREATION_FAILED, {"nosuchfactory", ""}},
                [&] { create("nosuchfactory", bin.get(), ""); });
   EXPECT_TRUE(nothing_made());
   EXPECT_EQ(child_count(bin), 0);
@@ -276,7 +276,7 @@ TEST_P(CreateAndAdd, ThrowsForAnUnknownFactory) {
 
 TEST_P(CreateAndAdd, DestroysAnElementThatTheBinRefuses) {
   const Element bin = make_bin_with("parser");
-  expect_error(0x150E0, "Failed to add element parser () to bin.",
+  expect_error({TEC::BIN_ADD_FAILED, {"parser", ""}},
                [&] { create("fakesink", bin.get(), "parser"); });
   EXPECT_TRUE(all_gone());
   EXPECT_EQ(child_count(bin), 1);

@@ -43,15 +43,15 @@ TEST_F(BinSearchArguments, AreCheckedByFindElementWithCapsAndType) {
     Media_Helper::find_element_with_caps_and_type(bin, type, caps);
   };
   for (GstBin *const bad : bad_bins_)
-    expect_error(0x15180, "bin is not a GstBin *.", [&] { search(bad, tee_type_, caps_.get()); });
-  expect_error(0x15200, "element_type in find_element_with_caps_and_type is not a valid GType.",
+    expect_error({TEC::NOT_A_BIN, {"bin"}}, [&] { search(bad, tee_type_, caps_.get()); });
+  expect_error({TEC::INVALID_ELEMENT_TYPE, {"element_type in find_element_with_caps_and_type"}},
                [&] { search(as_bin(bin_), 0, caps_.get()); });
   for (GstCaps *const bad : bad_caps_)
-    expect_error(0x15210, "caps in find_element_with_caps_and_type is not a GstCaps *.",
+    expect_error({TEC::NOT_CAPS, {"caps in find_element_with_caps_and_type"}},
                  [&] { search(as_bin(bin_), tee_type_, bad); });
   // In the order of the arguments.
-  expect_error(0x15180, "bin is not a GstBin *.", [&] { search(nullptr, 0, nullptr); });
-  expect_error(0x15200, "element_type in find_element_with_caps_and_type is not a valid GType.",
+  expect_error({TEC::NOT_A_BIN, {"bin"}}, [&] { search(nullptr, 0, nullptr); });
+  expect_error({TEC::INVALID_ELEMENT_TYPE, {"element_type in find_element_with_caps_and_type"}},
                [&] { search(as_bin(bin_), 0, nullptr); });
   EXPECT_EQ(reference_count(bin_.get()), 1u);
   EXPECT_EQ(reference_count(caps_.get()), 1);
@@ -61,47 +61,45 @@ TEST_F(BinSearchArguments, AreCheckedByFindTeeAndFindAppsink) {
   for (const auto search :
        {Media_Helper::find_tee_with_caps, Media_Helper::find_appsink_with_caps}) {
     for (GstBin *const bad : bad_bins_) {
-      expect_error(0x15180, "bin is not a GstBin *.", [&] { search(bad, caps_.get()); });
-      expect_error(0x15180, "bin is not a GstBin *.", [&] { search(bad, nullptr); });
+      expect_error({TEC::NOT_A_BIN, {"bin"}}, [&] { search(bad, caps_.get()); });
+      expect_error({TEC::NOT_A_BIN, {"bin"}}, [&] { search(bad, nullptr); });
     }
     for (GstCaps *const bad : bad_caps_)
-      expect_error(0x15210, "caps in find_element_with_caps_and_type is not a GstCaps *.",
+      expect_error({TEC::NOT_CAPS, {"caps in find_element_with_caps_and_type"}},
                    [&] { search(as_bin(bin_), bad); });
   }
 }
 
 TEST_F(BinSearchArguments, AreCheckedByFindAllAppsinks) {
   for (GstBin *const bad : bad_bins_)
-    expect_error(0x15180, "bin in find_all_appsinks is not a GstBin *.",
+    expect_error({TEC::NOT_A_BIN, {"bin in find_all_appsinks"}},
                  [&] { Media_Helper::find_all_appsinks(bad); });
 }
 
 TEST_F(BinSearchArguments, AreCheckedByBinHasElementType) {
   for (GstBin *const bad : bad_bins_) {
-    expect_error(0x15180, "bin in bin_has_element_type is not a GstBin *.",
+    expect_error({TEC::NOT_A_BIN, {"bin in bin_has_element_type"}},
                  [&] { Media_Helper::bin_has_element_type(bad, tee_type_); });
-    expect_error(0x15180, "bin in bin_has_element_type is not a GstBin *.",
+    expect_error({TEC::NOT_A_BIN, {"bin in bin_has_element_type"}},
                  [&] { Media_Helper::bin_has_element_type(bad, 0); });
   }
-  expect_error(0x15200, "element_type in bin_has_element_type is not a valid GType.",
+  expect_error({TEC::INVALID_ELEMENT_TYPE, {"element_type in bin_has_element_type"}},
                [&] { Media_Helper::bin_has_element_type(as_bin(bin_), 0); });
 }
 
 TEST_F(BinSearchArguments, AreCheckedAfterTheFactory) {
   factories_are_missing = true;
-  expect_error(0x151D0, "Could not find factory for \"tee\" in gst_element_factory_find_or_throw",
+  expect_error({TEC::FACTORY_NOT_FOUND, {"tee"}},
                [] { Media_Helper::find_tee_with_caps(nullptr, nullptr); });
-  expect_error(0x151D0,
-               "Could not find factory for \"appsink\" in gst_element_factory_find_or_throw",
+  expect_error({TEC::FACTORY_NOT_FOUND, {"appsink"}},
                [] { Media_Helper::find_appsink_with_caps(nullptr, nullptr); });
 }
 
 TEST_F(BinSearchArguments, AreCheckedBeforeTheFactoryByFindAllAppsinks) {
   factories_are_missing = true;
-  expect_error(0x15180, "bin in find_all_appsinks is not a GstBin *.",
+  expect_error({TEC::NOT_A_BIN, {"bin in find_all_appsinks"}},
                [] { Media_Helper::find_all_appsinks(nullptr); });
-  expect_error(0x151D0,
-               "Could not find factory for \"appsink\" in gst_element_factory_find_or_throw",
+  expect_error({TEC::FACTORY_NOT_FOUND, {"appsink"}},
                [&] { Media_Helper::find_all_appsinks(as_bin(bin_)); });
   EXPECT_EQ(reference_count(bin_.get()), 1u);
 }

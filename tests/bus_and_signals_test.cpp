@@ -35,7 +35,7 @@ TEST(GetBus, ReturnsTheBusOfAnElementInAPipeline) {
 
 TEST(GetBus, ThrowsWithoutABus) {
   const Element element = make_element("identity", "100% %s");
-  expect_error(0x151A0, "Could not retrieve pipeline bus for element \"100% %s\".",
+  expect_error({TEC::ELEMENT_HAS_NO_BUS, {"100% %s"}},
                [&element] { Media_Helper::gst_element_get_bus_or_throw(element.get()); });
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
@@ -81,7 +81,7 @@ TEST(CreateWatch, ThrowsForASecondWatch) {
   {
     const Source watch(Media_Helper::gst_bus_create_watch_or_throw(bus.get()), false);
     const guint before = reference_count(bus.get());
-    expect_error(0x151B0, "Could not create bus watch in gst_bus_create_watch_or_throw",
+    expect_error({TEC::BUS_WATCH_CREATION_FAILED},
                  [&bus] { Media_Helper::gst_bus_create_watch_or_throw(bus.get()); });
     EXPECT_EQ(watch->ref_count, 1U);
     EXPECT_EQ(reference_count(bus.get()), before);
@@ -92,10 +92,10 @@ TEST(CreateWatch, ThrowsForASecondWatch) {
 }
 
 TEST(CreateWatch, ChecksItsBus) {
-  const std::string text = "bus in gst_bus_create_watch_or_throw is not a GstBus *.";
+  const Expected_Error bad_bus{TEC::NOT_A_BUS, {"bus in gst_bus_create_watch_or_throw"}};
   const Element element = make_element("identity");
-  expect_error(0x15190, text, [] { Media_Helper::gst_bus_create_watch_or_throw(nullptr); });
-  expect_error(0x15190, text, [&element] {
+  expect_error(bad_bus, [] { Media_Helper::gst_bus_create_watch_or_throw(nullptr); });
+  expect_error(bad_bus, [&element] {
     Media_Helper::gst_bus_create_watch_or_throw(
         static_cast<GstBus *>(static_cast<gpointer>(element.get())));
   });
@@ -115,7 +115,7 @@ TEST(GetParent, ReturnsANewReference) {
 
 TEST(GetParent, ThrowsForATopLevelPipeline) {
   const Element pipeline = make_element("pipeline", "recording");
-  expect_error(0x15110, "Failed to get parent for element recording ().",
+  expect_error({TEC::ELEMENT_HAS_NO_PARENT, {"recording", ""}},
                [&pipeline] { Media_Helper::gst_element_get_parent_or_throw(pipeline.get()); });
   EXPECT_EQ(reference_count(pipeline.get()), 1U);
 }
@@ -203,11 +203,9 @@ void expect_no_signal(const std::string &signal, const std::string &warning) {
   const Element element = make_element("identity", "parser");
   const Expected_Log log(warning);
   int data = 0;
-  expect_error(0x152D0, "Failed to connect to signal \"" + signal + "\" on element \"parser\".",
-               [&] {
-                 Media_Helper::g_signal_connect_or_throw(element.get(), signal,
-                                                         G_CALLBACK(count_pad), &data);
-               });
+  expect_error({TEC::SIGNAL_CONNECTION_FAILED, {signal, "parser"}}, [&] {
+    Media_Helper::g_signal_connect_or_throw(element.get(), signal, G_CALLBACK(count_pad), &data);
+  });
   EXPECT_EQ(reference_count(element.get()), 1U);
 }
 

@@ -122,8 +122,8 @@ TEST(CalculateResolution, ThrowsALogicErrorForASideOfZero) {
       ADD_FAILURE() << "threw nothing";
     } catch (const Tavren_Error<std::logic_error> &error) {
       const Tavren_Error<std::exception> &root = error;
-      EXPECT_EQ(static_cast<int>(root.code()), 0x15250);
-      EXPECT_STREQ(error.what(), "Invalid resolution provided in calculate_resolution");
+      EXPECT_EQ(root.code(), TEC::INVALID_RESOLUTION);
+      EXPECT_EQ(error.what(), text_of({TEC::INVALID_RESOLUTION}));
     }
   }
 }

@@ -29,21 +29,22 @@ auto read(Reader reader, const char *text) {
 }
 
 template <typename Reader>
-void expect_unreadable(Reader reader, const char *text, int code, const char *error) {
+void expect_unreadable(Reader reader, const char *text, const Expected_Error &error) {
   SCOPED_TRACE(text);
   const Caps caps = make_caps(text);
   ASSERT_TRUE(caps);
-  expect_error(code, error, [&] { reader(caps.get()); });
+  expect_error(error, [&] { reader(caps.get()); });
   EXPECT_EQ(reference_count(caps.get()), 1);
 }
 
 // Null and other types than caps fail the check.
 template <typename Reader>
-void expect_checked(Reader reader, const char *error) {
-  expect_error(0x15210, error, [&] { reader(nullptr); });
+void expect_checked(Reader reader, const std::string &argument) {
+  expect_error({TEC::NOT_CAPS, {argument}}, [&] { reader(nullptr); });
   const std::unique_ptr<GstBuffer, decltype(&gst_buffer_unref)> buffer(gst_buffer_new(),
                                                                        gst_buffer_unref);
-  expect_error(0x15210, error, [&] { reader(reinterpret_cast<GstCaps *>(buffer.get())); });
+  expect_error({TEC::NOT_CAPS, {argument}},
+               [&] { reader(reinterpret_cast<GstCaps *>(buffer.get())); });
   EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(buffer.get()), 1);
 }
 
@@ -78,8 +79,7 @@ TEST(GetFramerateFromCaps, RequiresASingleFractionInTheFirstStructure) {
            "video/x-raw, max-framerate=30/1",
            "video/x-raw; video/x-raw, framerate=25/1",
        })
-    expect_unreadable(Media_Helper::get_framerate_from_caps, text, 0x15260,
-                      "Unable to get framerate from caps in get_framerate_from_caps");
+    expect_unreadable(Media_Helper::get_framerate_from_caps, text, {TEC::CAPS_WITHOUT_FRAMERATE});
 }
 
 TEST(GetFramerateFromCaps, RequiresAPositiveFraction) {
@@ -90,8 +90,7 @@ TEST(GetFramerateFromCaps, RequiresAPositiveFraction) {
            "video/x-raw, framerate=30/-1",
            "video/x-raw, framerate=0/1; video/x-raw, framerate=25/1",
        })
-    expect_unreadable(Media_Helper::get_framerate_from_caps, text, 0x15270,
-                      "Retrieved invalid numerator or denomenator in get_framerate_from_caps");
+    expect_unreadable(Media_Helper::get_framerate_from_caps, text, {TEC::INVALID_FRAMERATE});
 }
 
 // The framework parses, sets and copies only fractions with a positive denominator, but a plugin
@@ -105,14 +104,13 @@ TEST(GetFramerateFromCaps, RefusesADenominatorOfZeroOrLess) {
     framerate.data[1].v_int = denominator;
     gst_caps_set_value(caps.get(), "framerate", &framerate);
     g_value_unset(&framerate);
-    expect_error(0x15270, "Retrieved invalid numerator or denomenator in get_framerate_from_caps",
+    expect_error({TEC::INVALID_FRAMERATE},
                  [&] { Media_Helper::get_framerate_from_caps(caps.get()); });
   }
 }
 
 TEST(GetFramerateFromCaps, ChecksItsCaps) {
-  expect_checked(Media_Helper::get_framerate_from_caps,
-                 "caps in get_framerate_from_caps is not a GstCaps *.");
+  expect_checked(Media_Helper::get_framerate_from_caps, "caps in get_framerate_from_caps");
 }
 
 TEST(GetResolutionFromCaps, ReturnsWidthAndHeight) {
@@ -146,8 +144,7 @@ TEST(GetResolutionFromCaps, RequiresTwoIntegersInTheFirstStructure) {
            "video/x-raw; video/x-raw, width=640, height=480",
            "video/x-raw, width=640; video/x-raw, height=480",
        })
-    expect_unreadable(Media_Helper::get_resolution_from_caps, text, 0x15280,
-                      "Unable to get width and/or height in get_resolution_from_caps");
+    expect_unreadable(Media_Helper::get_resolution_from_caps, text, {TEC::CAPS_WITHOUT_RESOLUTION});
 }
 
 TEST(GetResolutionFromCaps, RequiresPositiveSides) {
@@ -160,13 +157,11 @@ TEST(GetResolutionFromCaps, RequiresPositiveSides) {
            "video/x-raw, width=-2147483648, height=-2147483648",
            "video/x-raw, width=0, height=0; video/x-raw, width=640, height=480",
        })
-    expect_unreadable(Media_Helper::get_resolution_from_caps, text, 0x15290,
-                      "Retrieved invalid width and/or height in get_resolution_from_caps");
+    expect_unreadable(Media_Helper::get_resolution_from_caps, text, {TEC::INVALID_CAPS_RESOLUTION});
 }
 
 TEST(GetResolutionFromCaps, ChecksItsCaps) {
-  expect_checked(Media_Helper::get_resolution_from_caps,
-                 "caps in get_resolution_from_caps is not a GstCaps *.");
+  expect_checked(Media_Helper::get_resolution_from_caps, "caps in get_resolution_from_caps");
 }
 
 TEST(GetEncodingNameFromCaps, ReturnsTheName) {
@@ -199,8 +194,7 @@ TEST(GetEncodingNameFromCaps, ReturnsACopy) {
 }
 
 TEST(GetEncodingNameFromCaps, ChecksItsCaps) {
-  expect_checked(Media_Helper::get_encoding_name_from_caps,
-                 "caps in get_encoding_name_from_caps is not a GstCaps *.");
+  expect_checked(Media_Helper::get_encoding_name_from_caps, "caps in get_encoding_name_from_caps");
 }
 
 // The number of structures is not checked first, so the framework logs a critical and the reader
@@ -209,10 +203,8 @@ TEST(CapsReaders, FindNothingInCapsWithoutStructures) {
   const Expected_Log no_structure("gst_caps_get_structure");
   const Expected_Log no_field("gst_structure_get_");
   for (const char *const text : {"EMPTY", "ANY"}) {
-    expect_unreadable(Media_Helper::get_framerate_from_caps, text, 0x15260,
-                      "Unable to get framerate from caps in get_framerate_from_caps");
-    expect_unreadable(Media_Helper::get_resolution_from_caps, text, 0x15280,
-                      "Unable to get width and/or height in get_resolution_from_caps");
+    expect_unreadable(Media_Helper::get_framerate_from_caps, text, {TEC::CAPS_WITHOUT_FRAMERATE});
+    expect_unreadable(Media_Helper::get_resolution_from_caps, text, {TEC::CAPS_WITHOUT_RESOLUTION});
     EXPECT_EQ(read(Media_Helper::get_encoding_name_from_caps, text), "");
   }
 }

@@ -37,11 +37,12 @@ TEST_F(LinkPadToElementOrThrow, LinksAPadToAnElement) {
 }
 
 TEST_F(LinkPadToElementOrThrow, ChecksTheElementBeforeThePad) {
-  const std::string text = "sink element specified for linking to src_pad in "
-                           "link_pad_to_element_or_throw is not a GstElement *.";
+  const Expected_Error bad_element{
+      TEC::NOT_AN_ELEMENT,
+      {"sink element specified for linking to src_pad in link_pad_to_element_or_throw"}};
   for (GstElement *const bad : {as_element(nullptr), as_element(sink_pad_)}) {
-    expect_error(0x15160, text, [&] { Media_Helper::link_pad_to_element_or_throw(nullptr, bad); });
-    expect_error(0x15160, text,
+    expect_error(bad_element, [&] { Media_Helper::link_pad_to_element_or_throw(nullptr, bad); });
+    expect_error(bad_element,
                  [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), bad); });
   }
   EXPECT_EQ(counts(), counts_before_);
@@ -49,16 +50,16 @@ TEST_F(LinkPadToElementOrThrow, ChecksTheElementBeforeThePad) {
 
 TEST_F(LinkPadToElementOrThrow, ReportsABadPad) {
   for (GstPad *const bad : {static_cast<GstPad *>(nullptr), as_pad(source_)})
-    expect_error(0x15170, "src_pad in link_pad_to_element is not a GstPad *.",
+    expect_error({TEC::NOT_A_PAD, {"src_pad in link_pad_to_element"}},
                  [&] { Media_Helper::link_pad_to_element_or_throw(bad, sink_.get()); });
   // The given pad is checked before the element's pad.
-  expect_error(0x15170, "src_pad in link_pad_to_element is not a GstPad *.",
+  expect_error({TEC::NOT_A_PAD, {"src_pad in link_pad_to_element"}},
                [&] { Media_Helper::link_pad_to_element_or_throw(nullptr, source_.get()); });
   EXPECT_EQ(counts(), counts_before_);
 }
 
 TEST_F(LinkPadToElementOrThrow, ReportsAnElementWithoutASinkPad) {
-  expect_error(0x15100, "Failed to get static pad \"sink\" for element camera ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"sink", "camera", ""}},
                [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), source_.get()); });
   EXPECT_EQ(counts(), counts_before_);
 }
@@ -69,9 +70,9 @@ TEST_F(LinkPadToElementOrThrow, ReportsPadsWithoutACommonGrandparent) {
   add_to_bin(first, source_);
   add_to_bin(second, sink_);
   const auto before = counts();
-  expect_error(0x150B0,
-               "Failed to link \"src\" pad from element \"camera\" with \"sink\" pad from element "
-               "\"recorder\" (GST_PAD_LINK_WRONG_HIERARCHY: pads have no common grandparent).",
+  expect_error({TEC::PAD_LINK_FAILED,
+                {"src", "camera", "recorder",
+                 "GST_PAD_LINK_WRONG_HIERARCHY: pads have no common grandparent"}},
                [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), sink_.get()); });
   EXPECT_TRUE(unlinked(src_pad_));
   EXPECT_EQ(counts(), before);
@@ -79,9 +80,8 @@ TEST_F(LinkPadToElementOrThrow, ReportsPadsWithoutACommonGrandparent) {
 
 TEST_F(LinkPadToElementOrThrow, ReportsALinkedPad) {
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
-  expect_error(0x150B0,
-               "Failed to link \"src\" pad from element \"camera\" with \"sink\" pad from element "
-               "\"recorder\" (GST_PAD_LINK_WAS_LINKED: pad was already linked).",
+  expect_error({TEC::PAD_LINK_FAILED,
+                {"src", "camera", "recorder", "GST_PAD_LINK_WAS_LINKED: pad was already linked"}},
                [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), sink_.get()); });
   EXPECT_TRUE(linked(src_pad_, sink_pad_));
   EXPECT_EQ(counts(), counts_before_);
@@ -89,10 +89,10 @@ TEST_F(LinkPadToElementOrThrow, ReportsALinkedPad) {
 
 TEST_F(LinkPadToElementOrThrow, ReportsAPadOfTheWrongDirection) {
   const Expected_Log log("gst_pad_link_full: assertion 'GST_PAD_IS_SRC (srcpad)' failed");
-  expect_error(0x150B0,
-               "Failed to link \"sink\" pad from element \"recorder\" with \"sink\" pad from "
-               "element \"recorder\" (GST_PAD_LINK_WRONG_DIRECTION: pads have wrong direction).",
-               [&] { Media_Helper::link_pad_to_element_or_throw(sink_pad_.get(), sink_.get()); });
+  expect_error(
+      {TEC::PAD_LINK_FAILED,
+       {"sink", "recorder", "recorder", "GST_PAD_LINK_WRONG_DIRECTION: pads have wrong direction"}},
+      [&] { Media_Helper::link_pad_to_element_or_throw(sink_pad_.get(), sink_.get()); });
   EXPECT_EQ(counts(), counts_before_);
 }
 
@@ -103,10 +103,10 @@ TEST_F(LinkPadToElementOrThrow, ReportsIncompatibleFormats) {
   const Pad src_pad = add_pad(camera, make_pad_of_caps("picture", GST_PAD_SRC, "video/x-raw"));
   const std::vector<gpointer> objects{element.get(), sink_pad.get(), camera.get(), src_pad.get()};
   const auto before = reference_counts(objects);
-  expect_error(0x150B0,
-               "Failed to link \"picture\" pad from element \"viewer\" with \"sink\" pad from "
-               "element \"listener\" (GST_PAD_LINK_NOFORMAT: pads do not have common format).",
-               [&] { Media_Helper::link_pad_to_element_or_throw(src_pad.get(), element.get()); });
+  expect_error(
+      {TEC::PAD_LINK_FAILED,
+       {"picture", "viewer", "listener", "GST_PAD_LINK_NOFORMAT: pads do not have common format"}},
+      [&] { Media_Helper::link_pad_to_element_or_throw(src_pad.get(), element.get()); });
   EXPECT_TRUE(unlinked(src_pad));
   EXPECT_EQ(reference_counts(objects), before);
 }
@@ -138,12 +138,9 @@ TEST_P(RefusedLink, IsReportedWithTheResultOfThePad) {
                                       sink_pad.get()};
   const auto before = reference_counts(objects);
 
-  expect_error(
-      0x150B0,
-      std::string("Failed to link \"src_3\" pad from element \"upstream\" with \"sink\" "
-                  "pad from element \"downstream\" (") +
-          GetParam().text + ").",
-      [&] { Media_Helper::link_pad_to_element_or_throw(src_pad.get(), downstream.get()); });
+  expect_error({TEC::PAD_LINK_FAILED, {"src_3", "upstream", "downstream", GetParam().text}}, [&] {
+    Media_Helper::link_pad_to_element_or_throw(src_pad.get(), downstream.get());
+  });
   EXPECT_TRUE(unlinked(src_pad));
   EXPECT_TRUE(unlinked(sink_pad));
   EXPECT_FALSE(Media_Helper::link_pad_to_element(src_pad.get(), downstream.get()));
@@ -161,10 +158,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(LinkPadToElementOrThrow, ReportsUnknownAsTheElementOfAPadWithoutAParent) {
   const Pad lone = make_pad("stray", GST_PAD_SRC);
   ASSERT_EQ(gst_pad_link(src_pad_.get(), sink_pad_.get()), GST_PAD_LINK_OK);
-  expect_error(0x150B0,
-               "Failed to link \"stray\" pad from element \"Unknown\" with \"sink\" pad from "
-               "element \"recorder\" (GST_PAD_LINK_WAS_LINKED: pad was already linked).",
-               [&] { Media_Helper::link_pad_to_element_or_throw(lone.get(), sink_.get()); });
+  expect_error(
+      {TEC::PAD_LINK_FAILED,
+       {"stray", "Unknown", "recorder", "GST_PAD_LINK_WAS_LINKED: pad was already linked"}},
+      [&] { Media_Helper::link_pad_to_element_or_throw(lone.get(), sink_.get()); });
   EXPECT_EQ(reference_count(lone.get()), 1u);
   EXPECT_EQ(counts(), counts_before_);
 }
@@ -174,10 +171,9 @@ TEST_F(LinkPadToElementOrThrow, ReportsUnknownAsTheElementOfAnInternalPad) {
   const Pad ghost = own(gst_ghost_pad_new("in", sink_pad_.get()));
   const Pad internal(GST_PAD_CAST(gst_proxy_pad_get_internal(GST_PROXY_PAD(ghost.get()))), false);
   const auto before = reference_counts({ghost.get(), internal.get(), sink_.get()});
-  expect_error(0x150B0,
-               std::string("Failed to link \"") + GST_OBJECT_NAME(internal.get()) +
-                   "\" pad from element \"Unknown\" with \"sink\" pad from element \"recorder\" "
-                   "(GST_PAD_LINK_WAS_LINKED: pad was already linked).",
+  expect_error({TEC::PAD_LINK_FAILED,
+                {GST_OBJECT_NAME(internal.get()), "Unknown", "recorder",
+                 "GST_PAD_LINK_WAS_LINKED: pad was already linked"}},
                [&] { Media_Helper::link_pad_to_element_or_throw(internal.get(), sink_.get()); });
   EXPECT_EQ(reference_counts({ghost.get(), internal.get(), sink_.get()}), before);
 }
@@ -187,10 +183,9 @@ TEST_F(LinkPadToElementOrThrow, PrintsNothingForAnObjectWithoutAName) {
   g_clear_pointer(&GST_OBJECT_NAME(src_pad_.get()), g_free);
   g_clear_pointer(&GST_OBJECT_NAME(source_.get()), g_free);
   g_clear_pointer(&GST_OBJECT_NAME(sink_.get()), g_free);
-  expect_error(0x150B0,
-               "Failed to link \"\" pad from element \"\" with \"sink\" pad from element \"\" "
-               "(GST_PAD_LINK_WAS_LINKED: pad was already linked).",
-               [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), sink_.get()); });
+  expect_error(
+      {TEC::PAD_LINK_FAILED, {"", "", "", "GST_PAD_LINK_WAS_LINKED: pad was already linked"}},
+      [&] { Media_Helper::link_pad_to_element_or_throw(src_pad_.get(), sink_.get()); });
   EXPECT_EQ(counts(), counts_before_);
 }
 

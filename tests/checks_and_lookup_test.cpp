@@ -39,16 +39,15 @@ bool passes(Call &&call) {
 
 struct Check {
   int code;
-  const char *literal;
   void (*call)(gpointer, const std::string &);
 };
 
 // clang-format off
 const std::array<Check, 4> object_checks = {{
-    {0x15160, " is not a GstElement *.", [](gpointer object, const std::string &text) { Media_Helper::is_element_or_throw(static_cast<GstElement *>(object), text); }},
-    {0x15170, " is not a GstPad *.",     [](gpointer object, const std::string &text) { Media_Helper::is_pad_or_throw(static_cast<GstPad *>(object), text); }},
-    {0x15180, " is not a GstBin *.",     [](gpointer object, const std::string &text) { Media_Helper::is_bin_or_throw(static_cast<GstBin *>(object), text); }},
-    {0x15190, " is not a GstBus *.",     [](gpointer object, const std::string &text) { Media_Helper::is_bus_or_throw(static_cast<GstBus *>(object), text); }},
+    {TEC::NOT_AN_ELEMENT, [](gpointer object, const std::string &text) { Media_Helper::is_element_or_throw(static_cast<GstElement *>(object), text); }},
+    {TEC::NOT_A_PAD,      [](gpointer object, const std::string &text) { Media_Helper::is_pad_or_throw(static_cast<GstPad *>(object), text); }},
+    {TEC::NOT_A_BIN,      [](gpointer object, const std::string &text) { Media_Helper::is_bin_or_throw(static_cast<GstBin *>(object), text); }},
+    {TEC::NOT_A_BUS,      [](gpointer object, const std::string &text) { Media_Helper::is_bus_or_throw(static_cast<GstBus *>(object), text); }},
 }};
 
 struct Subject {
@@ -70,7 +69,7 @@ const Subject subjects[] = {
 // clang-format on
 
 void expect_failure(const Check &check, gpointer object, const std::string &description) {
-  expect_error(check.code, description + check.literal, [&] { check.call(object, description); });
+  expect_error({check.code, {description}}, [&] { check.call(object, description); });
 }
 
 TEST(ObjectChecks, AcceptTheirTypeAndItsSubclasses) {
@@ -78,7 +77,7 @@ TEST(ObjectChecks, AcceptTheirTypeAndItsSubclasses) {
     SCOPED_TRACE(subject.name);
     const Object object(subject.make());
     for (std::size_t i = 0; i < object_checks.size(); ++i) {
-      SCOPED_TRACE(object_checks[i].literal);
+      SCOPED_TRACE(object_checks[i].code);
       if (subject.passes[i])
         EXPECT_NO_THROW(object_checks[i].call(object.get(), "argument"));
       else
@@ -148,10 +147,9 @@ TEST(CapsCheck, AcceptsAllCaps) {
 }
 
 TEST(CapsCheck, RefusesNull) {
-  expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
+  expect_error({TEC::NOT_CAPS, {"caps in get_media_type"}},
                [] { Media_Helper::is_caps_or_throw(nullptr, "caps in get_media_type"); });
-  expect_error(0x15210, " is not a GstCaps *.",
-               [] { Media_Helper::is_caps_or_throw(nullptr, ""); });
+  expect_error({TEC::NOT_CAPS, {""}}, [] { Media_Helper::is_caps_or_throw(nullptr, ""); });
 }
 
 TEST(CapsCheck, RefusesOtherMiniObjects) {
@@ -162,7 +160,7 @@ TEST(CapsCheck, RefusesOtherMiniObjects) {
       GST_MINI_OBJECT_CAST(gst_sample_new(nullptr, nullptr, nullptr, nullptr)),
   };
   for (GstMiniObject *const other : others) {
-    expect_error(0x15210, "argument is not a GstCaps *.", [other] {
+    expect_error({TEC::NOT_CAPS, {"argument"}}, [other] {
       Media_Helper::is_caps_or_throw(static_cast<GstCaps *>(static_cast<gpointer>(other)),
                                      "argument");
     });
@@ -172,10 +170,10 @@ TEST(CapsCheck, RefusesOtherMiniObjects) {
 }
 
 TEST(ElementTypeCheck, RefusesOnlyZero) {
-  expect_error(0x15200, "element_type in bin_has_element_type is not a valid GType.", [] {
+  expect_error({TEC::INVALID_ELEMENT_TYPE, {"element_type in bin_has_element_type"}}, [] {
     Media_Helper::is_valid_element_type_or_throw(0, "element_type in bin_has_element_type");
   });
-  expect_error(0x15200, " is not a valid GType.",
+  expect_error({TEC::INVALID_ELEMENT_TYPE, {""}},
                [] { Media_Helper::is_valid_element_type_or_throw(0, ""); });
   for (const GType type : {GST_TYPE_BIN, G_TYPE_INT, GType{1}, GType{12345677}, ~GType{0}})
     EXPECT_NO_THROW(Media_Helper::is_valid_element_type_or_throw(type, "argument")) << type;
@@ -198,7 +196,7 @@ struct Good {
 
 struct Argument {
   int code;
-  const char *text;
+  const char *name;
   void (*call)(const Good &);
 };
 
@@ -213,52 +211,52 @@ void ask_for_parent_of_stray_peer(const Good &good) {
 // The names of the arguments in each operation.
 // clang-format off
 const Argument arguments[] = {
-    {0x15160, "element is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_set_state_or_throw(nullptr, GST_STATE_READY, "context"); }},
-    {0x15160, "element is not a GstElement *.", [](const Good &) { Media_Helper::g_signal_connect_or_throw(nullptr, "pad-added", [] {}, nullptr); }},
-    {0x15160, "element in gst_element_get_bus_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_bus_or_throw(nullptr); }},
-    {0x15160, "element in call to gst_bin_add_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(good.as_bin(), nullptr); }},
-    {0x15180, "bin in gst_bin_add_or_throw is not a GstBin *.", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(nullptr, good.element.get()); }},
-    {0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.", [](const Good &) { Media_Helper::create_and_add_element_to_bin("identity", nullptr, "parser"); }},
-    {0x15180, "bin in create_and_add_element_to_bin is not a GstBin *.", [](const Good &) { Media_Helper::create_and_add_element_to_pipeline("identity", nullptr, "parser"); }},
-    {0x15160, "element in gst_element_sync_state_with_parent_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_sync_state_with_parent_or_throw(nullptr); }},
-    {0x15160, "element in gst_element_get_parent_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_parent_or_throw(nullptr); }},
-    {0x15190, "bus in gst_bus_create_watch_or_throw is not a GstBus *.", [](const Good &) { Media_Helper::gst_bus_create_watch_or_throw(nullptr); }},
-    {0x15160, "element in gst_element_get_static_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::gst_element_get_static_pad_or_throw(nullptr, "sink"); }},
-    {0x15160, "element in add_probe_to_sink_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::add_probe_to_sink_pad_or_throw(nullptr, GST_PAD_PROBE_TYPE_BUFFER, nullptr, nullptr, nullptr); }},
-    {0x15160, "element 1 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(nullptr, good.sink.get(), nullptr); }},
-    {0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.element.get(), nullptr); }},
-    {0x15160, "element 3 in gst_element_link_many_or_throw is not a GstElement *.", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.tee.get(), good.element.get(), good.sink->sinkpads->data, nullptr); }},
-    {0x15170, "src_pad in link_pad_to_element is not a GstPad *.", [](const Good &good) { Media_Helper::link_pad_to_element_or_throw(nullptr, good.sink.get()); }},
-    {0x15160, "sink element specified for linking to src_pad in link_pad_to_element_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::link_pad_to_element_or_throw(nullptr, nullptr); }},
-    {0x15160, "element in get_element_pads_with_iterator is not a GstElement *.", [](const Good &) { Media_Helper::get_element_pads(nullptr, gst_element_iterate_pads); }},
-    {0x15160, "tee element in get_tee_src_pad is not a GstElement *.", [](const Good &) { Media_Helper::get_tee_src_pad(nullptr); }},
-    {0x15160, "tee in link_tee_to_element is not a GstElement *.", [](const Good &good) { Media_Helper::link_tee_to_element(nullptr, good.sink.get()); }},
-    {0x15160, "element in link_tee_to_element is not a GstElement *.", [](const Good &good) { Media_Helper::link_tee_to_element(good.tee.get(), nullptr); }},
-    {0x15170, "multiqueue_pad in get_corresponding_multiqueue_pad is not a GstPad *.", [](const Good &) { Media_Helper::get_corresponding_multiqueue_pad(nullptr); }},
-    {0x15160, "multiqueue element in request_new_multiqueue_pads is not a GstElement *.", [](const Good &good) { Media_Helper::request_new_multiqueue_pads(nullptr, "", good.caps.get()); }},
-    {0x15160, "element in get_element_sink_peer_pad_or_throw is not a GstElement *.", [](const Good &) { Media_Helper::get_element_sink_peer_pad_or_throw(nullptr); }},
-    {0x15160, "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.", ask_for_parent_of_stray_peer},
-    {0x15160, "element in get_most_parent is not a GstElement *.", [](const Good &) { Media_Helper::get_most_parent(nullptr); }},
-    {0x15160, "element in verify_element_top_parent is not a GstElement *.", [](const Good &good) { Media_Helper::verify_element_top_parent(nullptr, good.bin.get()); }},
-    {0x15160, "expected_top_parent in verify_element_top_parent is not a GstElement *.", [](const Good &good) { Media_Helper::verify_element_top_parent(good.element.get(), nullptr); }},
-    {0x15210, "caps in get_media_type is not a GstCaps *.", [](const Good &) { Media_Helper::get_media_type(nullptr); }},
-    {0x15210, "caps in get_framerate_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_framerate_from_caps(nullptr); }},
-    {0x15210, "caps in get_resolution_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_resolution_from_caps(nullptr); }},
-    {0x15210, "caps in get_encoding_name_from_caps is not a GstCaps *.", [](const Good &) { Media_Helper::get_encoding_name_from_caps(nullptr); }},
-    {0x15180, "bin is not a GstBin *.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(nullptr, GST_TYPE_BIN, good.caps.get()); }},
-    {0x15210, "caps in find_element_with_caps_and_type is not a GstCaps *.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), GST_TYPE_BIN, nullptr); }},
-    {0x15200, "element_type in find_element_with_caps_and_type is not a valid GType.", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), 0, good.caps.get()); }},
-    {0x15180, "bin in bin_has_element_type is not a GstBin *.", [](const Good &) { Media_Helper::bin_has_element_type(nullptr, GST_TYPE_BIN); }},
-    {0x15200, "element_type in bin_has_element_type is not a valid GType.", [](const Good &good) { Media_Helper::bin_has_element_type(good.as_bin(), 0); }},
-    {0x15180, "bin in find_all_appsinks is not a GstBin *.", [](const Good &) { Media_Helper::find_all_appsinks(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element", [](const Good &) { Media_Helper::gst_element_set_state_or_throw(nullptr, GST_STATE_READY, "context"); }},
+    {TEC::NOT_AN_ELEMENT, "element", [](const Good &) { Media_Helper::g_signal_connect_or_throw(nullptr, "pad-added", [] {}, nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in gst_element_get_bus_or_throw", [](const Good &) { Media_Helper::gst_element_get_bus_or_throw(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in call to gst_bin_add_or_throw", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(good.as_bin(), nullptr); }},
+    {TEC::NOT_A_BIN, "bin in gst_bin_add_or_throw", [](const Good &good) { Media_Helper::gst_bin_add_or_throw(nullptr, good.element.get()); }},
+    {TEC::NOT_A_BIN, "bin in create_and_add_element_to_bin", [](const Good &) { Media_Helper::create_and_add_element_to_bin("identity", nullptr, "parser"); }},
+    {TEC::NOT_A_BIN, "bin in create_and_add_element_to_bin", [](const Good &) { Media_Helper::create_and_add_element_to_pipeline("identity", nullptr, "parser"); }},
+    {TEC::NOT_AN_ELEMENT, "element in gst_element_sync_state_with_parent_or_throw", [](const Good &) { Media_Helper::gst_element_sync_state_with_parent_or_throw(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in gst_element_get_parent_or_throw", [](const Good &) { Media_Helper::gst_element_get_parent_or_throw(nullptr); }},
+    {TEC::NOT_A_BUS, "bus in gst_bus_create_watch_or_throw", [](const Good &) { Media_Helper::gst_bus_create_watch_or_throw(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in gst_element_get_static_pad_or_throw", [](const Good &) { Media_Helper::gst_element_get_static_pad_or_throw(nullptr, "sink"); }},
+    {TEC::NOT_AN_ELEMENT, "element in add_probe_to_sink_pad_or_throw", [](const Good &) { Media_Helper::add_probe_to_sink_pad_or_throw(nullptr, GST_PAD_PROBE_TYPE_BUFFER, nullptr, nullptr, nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element 1 in gst_element_link_many_or_throw", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(nullptr, good.sink.get(), nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element 2 in gst_element_link_many_or_throw", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.element.get(), nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element 3 in gst_element_link_many_or_throw", [](const Good &good) { Media_Helper::gst_element_link_many_or_throw(good.tee.get(), good.element.get(), good.sink->sinkpads->data, nullptr); }},
+    {TEC::NOT_A_PAD, "src_pad in link_pad_to_element", [](const Good &good) { Media_Helper::link_pad_to_element_or_throw(nullptr, good.sink.get()); }},
+    {TEC::NOT_AN_ELEMENT, "sink element specified for linking to src_pad in link_pad_to_element_or_throw", [](const Good &) { Media_Helper::link_pad_to_element_or_throw(nullptr, nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in get_element_pads_with_iterator", [](const Good &) { Media_Helper::get_element_pads(nullptr, gst_element_iterate_pads); }},
+    {TEC::NOT_AN_ELEMENT, "tee element in get_tee_src_pad", [](const Good &) { Media_Helper::get_tee_src_pad(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "tee in link_tee_to_element", [](const Good &good) { Media_Helper::link_tee_to_element(nullptr, good.sink.get()); }},
+    {TEC::NOT_AN_ELEMENT, "element in link_tee_to_element", [](const Good &good) { Media_Helper::link_tee_to_element(good.tee.get(), nullptr); }},
+    {TEC::NOT_A_PAD, "multiqueue_pad in get_corresponding_multiqueue_pad", [](const Good &) { Media_Helper::get_corresponding_multiqueue_pad(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "multiqueue element in request_new_multiqueue_pads", [](const Good &good) { Media_Helper::request_new_multiqueue_pads(nullptr, "", good.caps.get()); }},
+    {TEC::NOT_AN_ELEMENT, "element in get_element_sink_peer_pad_or_throw", [](const Good &) { Media_Helper::get_element_sink_peer_pad_or_throw(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "pad parent element in get_element_sink_peer_or_throw", ask_for_parent_of_stray_peer},
+    {TEC::NOT_AN_ELEMENT, "element in get_most_parent", [](const Good &) { Media_Helper::get_most_parent(nullptr); }},
+    {TEC::NOT_AN_ELEMENT, "element in verify_element_top_parent", [](const Good &good) { Media_Helper::verify_element_top_parent(nullptr, good.bin.get()); }},
+    {TEC::NOT_AN_ELEMENT, "expected_top_parent in verify_element_top_parent", [](const Good &good) { Media_Helper::verify_element_top_parent(good.element.get(), nullptr); }},
+    {TEC::NOT_CAPS, "caps in get_media_type", [](const Good &) { Media_Helper::get_media_type(nullptr); }},
+    {TEC::NOT_CAPS, "caps in get_framerate_from_caps", [](const Good &) { Media_Helper::get_framerate_from_caps(nullptr); }},
+    {TEC::NOT_CAPS, "caps in get_resolution_from_caps", [](const Good &) { Media_Helper::get_resolution_from_caps(nullptr); }},
+    {TEC::NOT_CAPS, "caps in get_encoding_name_from_caps", [](const Good &) { Media_Helper::get_encoding_name_from_caps(nullptr); }},
+    {TEC::NOT_A_BIN, "bin", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(nullptr, GST_TYPE_BIN, good.caps.get()); }},
+    {TEC::NOT_CAPS, "caps in find_element_with_caps_and_type", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), GST_TYPE_BIN, nullptr); }},
+    {TEC::INVALID_ELEMENT_TYPE, "element_type in find_element_with_caps_and_type", [](const Good &good) { Media_Helper::find_element_with_caps_and_type(good.as_bin(), 0, good.caps.get()); }},
+    {TEC::NOT_A_BIN, "bin in bin_has_element_type", [](const Good &) { Media_Helper::bin_has_element_type(nullptr, GST_TYPE_BIN); }},
+    {TEC::INVALID_ELEMENT_TYPE, "element_type in bin_has_element_type", [](const Good &good) { Media_Helper::bin_has_element_type(good.as_bin(), 0); }},
+    {TEC::NOT_A_BIN, "bin in find_all_appsinks", [](const Good &) { Media_Helper::find_all_appsinks(nullptr); }},
 };
 // clang-format on
 
 TEST(BadArguments, AreReportedWithTheNameOfTheOperation) {
   for (const Argument &argument : arguments) {
-    SCOPED_TRACE(argument.text);
+    SCOPED_TRACE(argument.name);
     const Good good;
-    expect_error(argument.code, argument.text, [&] { argument.call(good); });
+    expect_error({argument.code, {argument.name}}, [&] { argument.call(good); });
     EXPECT_EQ(reference_count(good.element.get()), 1U);
     EXPECT_EQ(reference_count(good.bin.get()), 1U);
     EXPECT_EQ(reference_count(good.tee.get()), 1U);
@@ -298,7 +296,8 @@ TEST(KeyedLookup, ThrowsTheMessageForAnAbsentMediaType) {
                                                 {capture::MULAW, "mulawdec"}};
   for (const MediaType key :
        {capture::H264, capture::UNKNOWN, static_cast<MediaType>(10), static_cast<MediaType>(-1)})
-    expect_error(0x15000, "no decoder: 100% %s", [&] { look_up(key, map, "no decoder: 100% %s"); });
+    expect_error({TEC::KEY_NOT_FOUND, {"no decoder: 100% %s"}},
+                 [&] { look_up(key, map, "no decoder: 100% %s"); });
 }
 
 TEST(KeyedLookup, ComparesTextsByteByByte) {
@@ -307,18 +306,20 @@ TEST(KeyedLookup, ComparesTextsByteByByte) {
   EXPECT_EQ(look_up("a\0b"s, map, "absent"), "two");
   for (const std::string &key :
        {".MKV"s, ".Mkv"s, "mkv"s, ".mk"s, ".mkvv"s, ".mkv "s, ""s, "a"s, "a\0c"s})
-    expect_error(0x15000, "absent", [&] { look_up(key, map, "absent"); });
+    expect_error({TEC::KEY_NOT_FOUND, {"absent"}}, [&] { look_up(key, map, "absent"); });
 }
 
 TEST(KeyedLookup, AcceptsAnEmptyMessage) {
-  expect_error(0x15000, "", [] { look_up("a", {{"b", "text"}}, ""); });
-  expect_error(0x15000, "", [] { look_up(capture::RTP, {{capture::JPEG, "text"}}, ""); });
+  expect_error({TEC::KEY_NOT_FOUND, {""}}, [] { look_up("a", {{"b", "text"}}, ""); });
+  expect_error({TEC::KEY_NOT_FOUND, {""}}, [] {
+    look_up(capture::RTP, {{capture::JPEG, "text"}}, "");
+  });
 }
 
 TEST(KeyedLookup, FindsNothingInAnEmptyMap) {
-  expect_error(0x15000, "empty",
+  expect_error({TEC::KEY_NOT_FOUND, {"empty"}},
                [] { look_up("", std::map<std::string, std::string>(), "empty"); });
-  expect_error(0x15000, "empty",
+  expect_error({TEC::KEY_NOT_FOUND, {"empty"}},
                [] { look_up(capture::JPEG, std::map<MediaType, std::string>(), "empty"); });
 }
 
@@ -333,20 +334,23 @@ TEST(KeyedLookup, LeavesTheMapUnchanged) {
   const std::map<std::string, std::string> before = {{"a", "first"}, {"b", ""}};
   const std::map<std::string, std::string> map = before;
   look_up("a", map, "absent");
-  expect_error(0x15000, "absent", [&map] { look_up("c", map, "absent"); });
+  expect_error({TEC::KEY_NOT_FOUND, {"absent"}}, [&map] { look_up("c", map, "absent"); });
   EXPECT_EQ(map, before);
 }
 
 TEST(KeyedLookup, ReportsKeysThatASelectionDoesNotSupport) {
   const std::string no_parser = "Unknown video format : could not create video parser";
-  expect_error(0x15000, "Unknown file extension : could not create muxer",
+  expect_error({TEC::KEY_NOT_FOUND, {"Unknown file extension : could not create muxer"}},
                [] { Media_Helper::select_muxer("record.ts"); });
-  expect_error(0x15000, "Unknown file extension : could not create demuxer",
+  expect_error({TEC::KEY_NOT_FOUND, {"Unknown file extension : could not create demuxer"}},
                [] { Media_Helper::select_demuxer("record.mp4"); });
-  expect_error(0x15000, no_parser, [] { Media_Helper::select_parser(capture::RTP); });
-  expect_error(0x15000, no_parser, [] { Media_Helper::select_decoder(capture::RTP); });
-  expect_error(0x15000, no_parser, [] { Media_Helper::select_video_rate(capture::RTP); });
-  expect_error(0x15000, "Unsupported format : could not select payloader",
+  expect_error({TEC::KEY_NOT_FOUND, {no_parser}},
+               [] { Media_Helper::select_parser(capture::RTP); });
+  expect_error({TEC::KEY_NOT_FOUND, {no_parser}},
+               [] { Media_Helper::select_decoder(capture::RTP); });
+  expect_error({TEC::KEY_NOT_FOUND, {no_parser}},
+               [] { Media_Helper::select_video_rate(capture::RTP); });
+  expect_error({TEC::KEY_NOT_FOUND, {"Unsupported format : could not select payloader"}},
                [] { Media_Helper::select_payloader(capture::RTP); });
 }
 

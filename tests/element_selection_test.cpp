@@ -88,7 +88,7 @@ void expect_by_name(Select_By_Name select, const char *name, const char *factory
   if (factory != nullptr)
     EXPECT_EQ(select(name), factory);
   else
-    expect_error(0x15000, error, [&] { select(name); });
+    expect_error({TEC::KEY_NOT_FOUND, {error}}, [&] { select(name); });
 }
 
 TEST(MuxerSelection, DependsOnTheFileExtension) {
@@ -138,7 +138,7 @@ void expect_by_kind(Select_By_Kind select, const char *const Kind_Row::*column, 
     if (factory != nullptr)
       EXPECT_EQ(select(type), factory);
     else
-      expect_error(0x15000, error, [&] { select(type); });
+      expect_error({TEC::KEY_NOT_FOUND, {error}}, [&] { select(type); });
   }
 }
 

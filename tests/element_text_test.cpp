@@ -13,12 +13,12 @@ using capture::Media_Helper;
 
 TEST(ElementText, ContainsTheNameMetadataOfTheFactory) {
   const Element tap = make_owned_tap("tap");
-  expect_error(0x15110, "Failed to get parent for element tap (camera tap 100%).",
+  expect_error({TEC::ELEMENT_HAS_NO_PARENT, {"tap", "camera tap 100%"}},
                [&tap] { Media_Helper::gst_element_get_parent_or_throw(tap.get()); });
-  expect_error(0x150F0, "Failed to sync element tap (camera tap 100%) with parent.",
+  expect_error({TEC::STATE_SYNC_WITH_PARENT_FAILED, {"tap", "camera tap 100%"}},
                [&tap] { Media_Helper::gst_element_sync_state_with_parent_or_throw(tap.get()); });
   expect_error(
-      0x152E0, "Failed to set state GST_STATE_READY on element tap (camera tap 100%), starting",
+      {TEC::STATE_CHANGE_FAILED, {"GST_STATE_READY", "tap", "camera tap 100%", ", starting"}},
       [&tap] {
         Media_Helper::gst_element_set_state_or_throw(tap.get(), GST_STATE_READY, "starting");
       });
@@ -30,7 +30,7 @@ TEST(ElementText, ContainsTheNameMetadataOfARefusedElement) {
   gst_bin_add(GST_BIN_CAST(bin.get()), make_tap("tap"));
   GstElement *const refused = make_tap("tap");
   const Weak_Watch watch(refused);
-  expect_error(0x150E0, "Failed to add element tap (camera tap 100%) to bin.",
+  expect_error({TEC::BIN_ADD_FAILED, {"tap", "camera tap 100%"}},
                [&] { Media_Helper::gst_bin_add_or_throw(GST_BIN_CAST(bin.get()), refused); });
   EXPECT_TRUE(watch.gone());
 }
@@ -41,33 +41,31 @@ const std::string awkward_names[] = {std::string(300, 'n'), std::string(5000, 'n
 
 void expect_whole_name_of_an_element(const std::string &name) {
   const Element element = make_owned_tap(name.c_str());
-  const std::string quoted = "\"" + name + "\"";
-  const std::string tap = name + " (camera tap 100%)";
-  expect_error(0x152E0, "Failed to set state GST_STATE_READY on element " + tap + ", " + name, [&] {
+  const std::string kind = "camera tap 100%";
+  expect_error({TEC::STATE_CHANGE_FAILED, {"GST_STATE_READY", name, kind, ", " + name}}, [&] {
     Media_Helper::gst_element_set_state_or_throw(element.get(), GST_STATE_READY, name);
   });
-  expect_error(0x150F0, "Failed to sync element " + tap + " with parent.",
+  expect_error({TEC::STATE_SYNC_WITH_PARENT_FAILED, {name, kind}},
                [&] { Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get()); });
-  expect_error(0x151A0, "Could not retrieve pipeline bus for element " + quoted + ".",
+  expect_error({TEC::ELEMENT_HAS_NO_BUS, {name}},
                [&] { Media_Helper::gst_element_get_bus_or_throw(element.get()); });
-  expect_error(0x15110, "Failed to get parent for element " + tap + ".",
+  expect_error({TEC::ELEMENT_HAS_NO_PARENT, {name, kind}},
                [&] { Media_Helper::gst_element_get_parent_or_throw(element.get()); });
-  expect_error(0x15100, "Failed to get static pad " + quoted + " for element " + tap + ".", [&] {
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {name, name, kind}}, [&] {
     Media_Helper::gst_element_get_static_pad_or_throw(element.get(), name.c_str());
   });
   const Element bin = make_element("bin");
   gst_bin_add(GST_BIN_CAST(bin.get()), make_tap(name.c_str()));
-  expect_error(0x150E0, "Failed to add element " + tap + " to bin.", [&] {
+  expect_error({TEC::BIN_ADD_FAILED, {name, kind}}, [&] {
     Media_Helper::gst_bin_add_or_throw(GST_BIN_CAST(bin.get()), make_tap(name.c_str()));
   });
 }
 
 void expect_whole_names_of_a_link(const std::string &name) {
   const Element first = make_owned_tap(name.c_str());
-  const Element second = make_element("fakesink", ("to " + name).c_str());
-  const std::string source = "\"" + name + "\"";
-  const std::string sink = "\"to " + name + "\"";
-  expect_error(0x151C0, "Failed to link element " + source + " and element " + sink + ".", [&] {
+  const std::string sink = "to " + name;
+  const Element second = make_element("fakesink", sink.c_str());
+  expect_error({TEC::ELEMENT_LINK_FAILED, {name, sink}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(first.get(), second.get(),
                                                  static_cast<GstElement *>(nullptr));
   });
@@ -75,11 +73,9 @@ void expect_whole_names_of_a_link(const std::string &name) {
   gst_element_add_pad(first.get(), pad);
   const Element other = make_element("fakesrc");
   ASSERT_TRUE(gst_element_link(other.get(), second.get()));
-  expect_error(0x150B0,
-               "Failed to link " + source + " pad from element " + source +
-                   " with \"sink\" pad from element " + sink +
-                   " (GST_PAD_LINK_WAS_LINKED: pad was already linked).",
-               [&] { Media_Helper::link_pad_to_element_or_throw(pad, second.get()); });
+  expect_error(
+      {TEC::PAD_LINK_FAILED, {name, name, sink, "GST_PAD_LINK_WAS_LINKED: pad was already linked"}},
+      [&] { Media_Helper::link_pad_to_element_or_throw(pad, second.get()); });
 }
 
 TEST(ElementText, ContainsNamesByteForByte) {
@@ -93,15 +89,15 @@ TEST(ElementText, IsEmptyWithoutANameAndAFactory) {
   static const GType type = make_subclass(GST_TYPE_BIN, "TestNamelessBin");
   const Element bin = make_of_type(type, "own");
   ASSERT_EQ(gst_element_get_factory(bin.get()), nullptr);
-  expect_error(0x15110, "Failed to get parent for element own ().",
+  expect_error({TEC::ELEMENT_HAS_NO_PARENT, {"own", ""}},
                [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });
 
   g_free(GST_OBJECT_NAME(bin.get()));
   GST_OBJECT_NAME(bin.get()) = nullptr;
-  expect_error(0x15110, "Failed to get parent for element  ().",
+  expect_error({TEC::ELEMENT_HAS_NO_PARENT, {"", ""}},
                [&bin] { Media_Helper::gst_element_get_parent_or_throw(bin.get()); });
   // A bin has no bus unless it is in a pipeline.
-  expect_error(0x151A0, "Could not retrieve pipeline bus for element \"\".",
+  expect_error({TEC::ELEMENT_HAS_NO_BUS, {""}},
                [&bin] { Media_Helper::gst_element_get_bus_or_throw(bin.get()); });
 }
 

@@ -97,19 +97,16 @@ TEST_F(GetElementType, ReturnsTheSameTypeEachTimeWithoutLeakingAReference) {
 }
 
 TEST_F(GetElementType, RequiresAFactory) {
-  expect_error(0x151D0,
-               "Could not find factory for \"nonesuch\" in gst_element_factory_find_or_throw",
+  expect_error({TEC::FACTORY_NOT_FOUND, {"nonesuch"}},
                [] { Media_Helper::get_element_type("nonesuch"); });
-  expect_error(0x151D0, "Could not find factory for \"\" in gst_element_factory_find_or_throw",
-               [] { Media_Helper::get_element_type(""); });
+  expect_error({TEC::FACTORY_NOT_FOUND, {""}}, [] { Media_Helper::get_element_type(""); });
 }
 
 TEST_F(GetElementType, RequiresAPluginThatLoads) {
   GstElementFactory *const factory = find("tee");
   const guint before = reference_count(factory);
   plugin_fault.not_loaded = true;
-  expect_error(0x151E0, "Could not load factory for element \"tee\" in get_element_type.",
-               [] { Media_Helper::get_element_type("tee"); });
+  expect_error({TEC::FACTORY_NOT_LOADED, {"tee"}}, [] { Media_Helper::get_element_type("tee"); });
   EXPECT_EQ(reference_count(factory), before);
 
   plugin_fault = {};
@@ -121,10 +118,8 @@ TEST_F(GetElementType, RequiresAFactoryWithAType) {
   GstElementFactory *const factory = find("tee");
   const guint before = reference_count(factory);
   plugin_fault.without_type = true;
-  expect_error(
-      0x151F0,
-      "Unable to get type information for factory for element \"tee\" in get_element_type.",
-      [] { Media_Helper::get_element_type("tee"); });
+  expect_error({TEC::FACTORY_HAS_NO_ELEMENT_TYPE, {"tee"}},
+               [] { Media_Helper::get_element_type("tee"); });
   EXPECT_EQ(reference_count(factory), before);
 }
 
@@ -142,10 +137,8 @@ TEST_F(GetElementType, ReturnsTheTypeOfTheLoadedFactory) {
   EXPECT_EQ(reference_count(loaded), loaded_before);
 
   plugin_fault.without_type = true;
-  expect_error(
-      0x151F0,
-      "Unable to get type information for factory for element \"tee\" in get_element_type.",
-      [] { Media_Helper::get_element_type("tee"); });
+  expect_error({TEC::FACTORY_HAS_NO_ELEMENT_TYPE, {"tee"}},
+               [] { Media_Helper::get_element_type("tee"); });
   EXPECT_EQ(reference_count(found), found_before);
   EXPECT_EQ(reference_count(loaded), loaded_before);
 }

@@ -53,26 +53,26 @@ TEST_F(LinkMany, StopsReadingAtTheEndMarker) {
 
 TEST_F(LinkMany, ReportsABadFirstElement) {
   for (GstElement *const bad : {END, as_element(not_an_element_)})
-    expect_error(
-        0x15160, "element 1 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
-          Media_Helper::gst_element_link_many_or_throw(bad, bad, third_.get(), fourth_.get(), END);
-        });
+    expect_error({TEC::NOT_AN_ELEMENT, {"element 1 in gst_element_link_many_or_throw"}}, [&] {
+      Media_Helper::gst_element_link_many_or_throw(bad, bad, third_.get(), fourth_.get(), END);
+    });
   EXPECT_TRUE(unlinked(static_pad(fourth_, "sink")));
   EXPECT_EQ(counts(), counts_before_);
 }
 
 TEST_F(LinkMany, ReportsANullSecondElement) {
-  const std::string text = "element 2 in gst_element_link_many_or_throw is not a GstElement *.";
-  expect_error(0x15160, text,
+  const Expected_Error bad_element{TEC::NOT_AN_ELEMENT,
+                                   {"element 2 in gst_element_link_many_or_throw"}};
+  expect_error(bad_element,
                [&] { Media_Helper::gst_element_link_many_or_throw(first_.get(), nullptr); });
-  expect_error(0x15160, text,
+  expect_error(bad_element,
                [&] { Media_Helper::gst_element_link_many_or_throw(first_.get(), nullptr, END); });
   EXPECT_TRUE(unlinked(static_pad(first_, "src")));
   EXPECT_EQ(counts(), counts_before_);
 }
 
 TEST_F(LinkMany, ReportsABadSecondElement) {
-  expect_error(0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
+  expect_error({TEC::NOT_AN_ELEMENT, {"element 2 in gst_element_link_many_or_throw"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), as_element(not_an_element_),
                                                  third_.get(), END);
   });
@@ -82,14 +82,14 @@ TEST_F(LinkMany, ReportsABadSecondElement) {
 TEST_F(LinkMany, ReportsAnInstanceWithoutAClass) {
   GTypeInstance instance{nullptr};
   const gpointer bad = &instance;
-  expect_error(0x15160, "element 2 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
+  expect_error({TEC::NOT_AN_ELEMENT, {"element 2 in gst_element_link_many_or_throw"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), static_cast<GstElement *>(bad), END);
   });
   EXPECT_EQ(counts(), counts_before_);
 }
 
 TEST_F(LinkMany, KeepsTheLinksMadeBeforeABadElement) {
-  expect_error(0x15160, "element 3 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
+  expect_error({TEC::NOT_AN_ELEMENT, {"element 3 in gst_element_link_many_or_throw"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(),
                                                  as_element(not_an_element_), END);
   });
@@ -101,7 +101,7 @@ TEST_F(LinkMany, CountsElementsBeyondNine) {
   std::vector<Element> chain;
   for (int i = 0; i < 9; ++i)
     chain.push_back(make_element("identity"));
-  expect_error(0x15160, "element 10 in gst_element_link_many_or_throw is not a GstElement *.", [&] {
+  expect_error({TEC::NOT_AN_ELEMENT, {"element 10 in gst_element_link_many_or_throw"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(chain[0].get(), chain[1].get(), chain[2].get(),
                                                  chain[3].get(), chain[4].get(), chain[5].get(),
                                                  chain[6].get(), chain[7].get(), chain[8].get(),
@@ -113,7 +113,7 @@ TEST_F(LinkMany, CountsElementsBeyondNine) {
 
 TEST_F(LinkMany, ReportsTheTwoElementsThatCannotBeLinked) {
   const auto before = counts();
-  expect_error(0x151C0, "Failed to link element \"fourth\" and element \"third\".", [&] {
+  expect_error({TEC::ELEMENT_LINK_FAILED, {"fourth", "third"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(first_.get(), second_.get(), fourth_.get(), END);
     Media_Helper::gst_element_link_many_or_throw(fourth_.get(), third_.get(), END);
   });
@@ -127,7 +127,7 @@ TEST_F(LinkMany, KeepsTheLinksMadeBeforeAFailedLink) {
   const Element audio = make_element("audioconvert", "audio");
   const Element convert = make_element("videoconvert", "convert");
   const auto before = reference_counts({video.get(), audio.get(), convert.get()});
-  expect_error(0x151C0, "Failed to link element \"convert\" and element \"audio\".", [&] {
+  expect_error({TEC::ELEMENT_LINK_FAILED, {"convert", "audio"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(video.get(), convert.get(), audio.get(),
                                                  fourth_.get(), END);
   });
@@ -140,7 +140,7 @@ TEST_F(LinkMany, KeepsTheLinksMadeBeforeAFailedLink) {
 
 // The third element is invalid, but the link before it is tried first and fails.
 TEST_F(LinkMany, ChecksEachElementJustBeforeLinkingIt) {
-  expect_error(0x151C0, "Failed to link element \"fourth\" and element \"second\".", [&] {
+  expect_error({TEC::ELEMENT_LINK_FAILED, {"fourth", "second"}}, [&] {
     Media_Helper::gst_element_link_many_or_throw(fourth_.get(), second_.get(),
                                                  as_element(not_an_element_), END);
   });

@@ -19,10 +19,11 @@ using capture::Media_Info;
 
 const std::vector<std::string> in_order = {"found", "discoverer"};
 
-void expect_failure(const std::string &uri, const std::string &text) {
+void expect_failure(const std::string &uri, const std::string &result) {
   SCOPED_TRACE(uri);
   Discovery_Watch watch;
-  expect_error(0x152C0, text, [&] { Media_Helper::get_media_info(uri, patience); });
+  expect_error({TEC::DISCOVERER_RETURNED_ERROR, {result}},
+               [&] { Media_Helper::get_media_info(uri, patience); });
   EXPECT_EQ(watch.uris, std::vector<std::string>{uri});
   EXPECT_EQ(watch.dropped, in_order);
 }
@@ -32,7 +33,7 @@ TEST(GetMediaInfo, FailsWithoutMedia) {
   folder.write("text.txt", "One line of text.\n");
   folder.write("empty.mkv", "");
   for (const char *const file : {"text.txt", "empty.mkv", "missing.mkv", ""})
-    expect_failure(folder.uri(file), "Discoverer returned error: GST_DISCOVERER_ERROR");
+    expect_failure(folder.uri(file), "GST_DISCOVERER_ERROR");
 }
 
 TEST(GetMediaInfo, DoesNotConvertAPathToAUri) {
@@ -40,30 +41,29 @@ TEST(GetMediaInfo, DoesNotConvertAPathToAUri) {
   folder.record_audio("audio.mka");
   for (const std::string &path :
        {folder.path("audio.mka"), std::string("audio.mka"), std::string("./audio.mka")})
-    expect_failure(path, "Discoverer returned error: GST_DISCOVERER_ERROR");
+    expect_failure(path, "GST_DISCOVERER_ERROR");
 }
 
 TEST(GetMediaInfo, DoesNotRequestADetailedError) {
   Discovery_Watch watch;
-  expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR",
+  expect_error({TEC::DISCOVERER_RETURNED_ERROR, {"GST_DISCOVERER_ERROR"}},
                [] { Media_Helper::get_media_info("file:///nonexistent.mkv", patience); });
   EXPECT_EQ(watch.uris.size(), 1U);
   EXPECT_FALSE(watch.error_wanted);
 }
 
 TEST(GetMediaInfo, FailsForAnEmptyUri) {
-  expect_failure("", "Discoverer returned error: GST_DISCOVERER_ERROR");
+  expect_failure("", "GST_DISCOVERER_ERROR");
 }
 
 TEST(GetMediaInfo, FailsForAnUnknownScheme) {
-  expect_failure("nosuchscheme://camera/1",
-                 "Discoverer returned error: GST_DISCOVERER_MISSING_PLUGINS");
+  expect_failure("nosuchscheme://camera/1", "GST_DISCOVERER_MISSING_PLUGINS");
 }
 
 // Nothing feeds this source.
 TEST(GetMediaInfo, TimesOut) {
   Discovery_Watch watch;
-  expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_TIMEOUT",
+  expect_error({TEC::DISCOVERER_RETURNED_ERROR, {"GST_DISCOVERER_TIMEOUT"}},
                [] { Media_Helper::get_media_info("appsrc://", GST_SECOND); });
   EXPECT_EQ(watch.timeouts, std::vector<GstClockTime>{1000000000ULL});
   EXPECT_EQ(watch.dropped, in_order);
@@ -74,7 +74,7 @@ TEST(GetMediaInfo, FailsWithoutADiscoverer) {
     GTEST_SKIP() << "GStreamer 1.18 creates a discoverer for GST_CLOCK_TIME_NONE";
   const Expected_Log log("gst_discoverer_new");
   Discovery_Watch watch;
-  expect_error(0x152A0, "Error creating discoverer in get_media_info",
+  expect_error({TEC::DISCOVERER_CREATION_FAILED},
                [] { Media_Helper::get_media_info("file:///", GST_CLOCK_TIME_NONE); });
   EXPECT_EQ(watch.timeouts, std::vector<GstClockTime>{18446744073709551615ULL});
   EXPECT_TRUE(watch.uris.empty());
@@ -83,8 +83,7 @@ TEST(GetMediaInfo, FailsWithoutADiscoverer) {
 TEST(GetMediaInfo, FailsIfTheDiscovererReturnsNothing) {
   Discovery_Watch watch;
   watch.find_nothing = true;
-  expect_error(0x152B0, "Error discovering media in get_media_info",
-               [] { Media_Helper::get_media_info("file:///", patience); });
+  expect_error({TEC::DISCOVERY_FAILED}, [] { Media_Helper::get_media_info("file:///", patience); });
   EXPECT_EQ(watch.dropped, std::vector<std::string>{"discoverer"});
 }
 
@@ -124,7 +123,7 @@ TEST(DiscovererResultText, IsPartOfTheError) {
     Discovery_Watch watch;
     watch.change_result = true;
     watch.result = row.result;
-    expect_error(0x152C0, std::string("Discoverer returned error: ") + row.text,
+    expect_error({TEC::DISCOVERER_RETURNED_ERROR, {row.text}},
                  [] { Media_Helper::get_media_info("", patience); });
     EXPECT_EQ(watch.dropped, in_order);
   }
@@ -152,7 +151,7 @@ TEST(GetMediaInfo, ReturnsTheResultOfTheDiscovererForABrokenFile) {
     const GstDiscovererResult result = gst_discoverer_info_get_result(watch.found);
     if (result != GST_DISCOVERER_OK) {
       EXPECT_EQ(info, nullptr);
-      EXPECT_EQ(error, std::string("Discoverer returned error: ") + results[result].text);
+      EXPECT_EQ(error, text_of({TEC::DISCOVERER_RETURNED_ERROR, {results[result].text}}));
       continue;
     }
     ASSERT_NE(info, nullptr);

@@ -293,7 +293,7 @@ TEST(GetMediaInfo, RunsOnSeveralThreadsAtOnce) {
   threads.emplace_back([&folder] {
     const std::string uri = folder.uri("missing.mkv");
     for (int round = 0; round < 5; ++round)
-      expect_error(0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR",
+      expect_error({TEC::DISCOVERER_RETURNED_ERROR, {"GST_DISCOVERER_ERROR"}},
                    [&] { Media_Helper::get_media_info(uri, patience); });
   });
   for (std::thread &thread : threads)

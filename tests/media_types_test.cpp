@@ -123,12 +123,12 @@ TEST(GetMediaType, RequiresSystemMemory) {
 // clang-format on
 
 TEST(GetMediaType, ChecksItsCaps) {
-  expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
+  expect_error({TEC::NOT_CAPS, {"caps in get_media_type"}},
                [] { Media_Helper::get_media_type(nullptr); });
 
   const std::unique_ptr<GstBuffer, decltype(&gst_buffer_unref)> buffer(gst_buffer_new(),
                                                                        gst_buffer_unref);
-  expect_error(0x15210, "caps in get_media_type is not a GstCaps *.",
+  expect_error({TEC::NOT_CAPS, {"caps in get_media_type"}},
                [&] { Media_Helper::get_media_type(reinterpret_cast<GstCaps *>(buffer.get())); });
   EXPECT_EQ(GST_MINI_OBJECT_REFCOUNT_VALUE(buffer.get()), 1);
 }

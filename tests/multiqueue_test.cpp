@@ -69,7 +69,7 @@ protected:
 TEST_F(CorrespondingMultiqueuePad, ReportsABadPad) {
   for (GstPad *const bad :
        {static_cast<GstPad *>(nullptr), reinterpret_cast<GstPad *>(element_.get())})
-    expect_error(0x15170, "multiqueue_pad in get_corresponding_multiqueue_pad is not a GstPad *.",
+    expect_error({TEC::NOT_A_PAD, {"multiqueue_pad in get_corresponding_multiqueue_pad"}},
                  [&] { Media_Helper::get_corresponding_multiqueue_pad(bad); });
   EXPECT_EQ(reference_count(element_.get()), 1u);
 }
@@ -103,7 +103,7 @@ TEST_F(CorrespondingMultiqueuePad, IsReturnedWithOneNewReference) {
 TEST_F(CorrespondingMultiqueuePad, RequiresAParent) {
   for (const Pad &pad : {make_pad("sink_0", GST_PAD_SINK), make_pad("nonsense", GST_PAD_SRC),
                          make_pad("src", GST_PAD_SRC), make_pad("src_0", GST_PAD_UNKNOWN)}) {
-    expect_error(0x15070, "Could not get parent element from pad.", [&] { partner_of(pad); });
+    expect_error({TEC::MULTIQUEUE_PAD_HAS_NO_PARENT}, [&] { partner_of(pad); });
     EXPECT_EQ(reference_count(pad.get()), 1u);
   }
 }
@@ -113,7 +113,7 @@ TEST_F(CorrespondingMultiqueuePad, RequiresAParentThatIsAnElement) {
   const Pad ghost = own(gst_ghost_pad_new_no_target("g", GST_PAD_SINK));
   const Pad internal(GST_PAD_CAST(gst_proxy_pad_get_internal(GST_PROXY_PAD(ghost.get()))), false);
   const auto before = reference_counts({ghost.get(), internal.get()});
-  expect_error(0x15070, "Could not get parent element from pad.", [&] { partner_of(internal); });
+  expect_error({TEC::MULTIQUEUE_PAD_HAS_NO_PARENT}, [&] { partner_of(internal); });
   EXPECT_EQ(reference_counts({ghost.get(), internal.get()}), before);
 }
 
@@ -134,8 +134,7 @@ TEST_P(MisnamedMultiqueuePad, HasNoCorrespondingPad) {
   // An element rejects a pad without a direction, but can be set as the parent of one.
   ASSERT_TRUE(gst_object_set_parent(GST_OBJECT(pad.get()), GST_OBJECT(element_.get())));
   const auto before = reference_counts({element_.get(), pad.get()});
-  expect_error(0x15080, "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.",
-               [&] { partner_of(pad); });
+  expect_error({TEC::NOT_A_MULTIQUEUE_PAD_NAME}, [&] { partner_of(pad); });
   EXPECT_EQ(reference_counts({element_.get(), pad.get()}), before);
   gst_object_unparent(GST_OBJECT(pad.get()));
 }
@@ -169,9 +168,7 @@ TEST_P(NamedMultiqueuePad, IsFoundByItsName) {
 TEST_P(NamedMultiqueuePad, IsReportedByNameIfItIsMissing) {
   const Pad pad = add_pad(GetParam().pad.name, GetParam().pad.direction);
   const auto before = reference_counts({element_.get(), pad.get()});
-  expect_error(0x15100,
-               std::string("Failed to get static pad \"") + GetParam().partner +
-                   "\" for element element ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {GetParam().partner, "element", ""}},
                [&] { partner_of(pad); });
   EXPECT_EQ(reference_counts({element_.get(), pad.get()}), before);
 }
@@ -194,8 +191,7 @@ TEST_F(CorrespondingMultiqueuePad, IsMissingOnAnElementWithoutPairsOfPads) {
   const Element funnel = make_element("funnel", "funnel");
   const Pad sink = request_pad(funnel.get(), "sink_5");
   const auto before = reference_counts({funnel.get(), sink.get()});
-  expect_error(0x15100, "Failed to get static pad \"src_5\" for element funnel ().",
-               [&] { partner_of(sink); });
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"src_5", "funnel", ""}}, [&] { partner_of(sink); });
   EXPECT_EQ(reference_counts({funnel.get(), sink.get()}), before);
 }
 
@@ -237,8 +233,7 @@ TEST_F(RequestNewMultiqueuePads, ReportsABadElement) {
   const Pad pad = make_pad("sink_0", GST_PAD_SINK);
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())})
-    expect_error(0x15160,
-                 "multiqueue element in request_new_multiqueue_pads is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"multiqueue element in request_new_multiqueue_pads"}},
                  [&] { Media_Helper::request_new_multiqueue_pads(bad, "", nullptr); });
 }
 
@@ -280,7 +275,7 @@ TEST_F(RequestNewMultiqueuePads, ReturnsOneReferenceToEachPad) {
 TEST_F(RequestNewMultiqueuePads, ReportsAnElementWithoutTheTemplate) {
   const Element tee = make_element("tee");
   const guint before = reference_count(tee.get());
-  expect_error(0x15050, "Error getting pad_template",
+  expect_error({TEC::MULTIQUEUE_HAS_NO_SINK_PAD_TEMPLATE},
                [&] { Media_Helper::request_new_multiqueue_pads(tee.get(), "", nullptr); });
   EXPECT_EQ(tee->numpads, 1);
   EXPECT_EQ(reference_count(tee.get()), before);
@@ -291,7 +286,7 @@ TEST_F(RequestNewMultiqueuePads, ReportsATakenName) {
   const std::vector<gpointer> objects{multiqueue_.get(), stream.sink.get(), stream.src.get()};
   const auto before = reference_counts(objects);
   const Expected_Log log("sink_2");
-  expect_error(0x15055, "Error getting requested sink pad", [&] {
+  expect_error({TEC::MULTIQUEUE_SINK_PAD_REQUEST_FAILED}, [&] {
     Media_Helper::request_new_multiqueue_pads(multiqueue_.get(), "sink_2", nullptr);
   });
   EXPECT_EQ(multiqueue_->numpads, 2);
@@ -338,7 +333,7 @@ protected:
 
 TEST_F(RequestNewMultiqueuePadsWithoutASourcePad, LeavesTheSinkPad) {
   const guint before = reference_count(funnel_.get());
-  expect_error(0x15100, "Failed to get static pad \"src_5\" for element funnel ().", [&] {
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"src_5", "funnel", ""}}, [&] {
     Media_Helper::request_new_multiqueue_pads(funnel_.get(), "sink_5", nullptr);
   });
   EXPECT_EQ(reference_count(funnel_.get()), before);
@@ -348,7 +343,7 @@ TEST_F(RequestNewMultiqueuePadsWithoutASourcePad, LeavesTheSinkPad) {
 // A funnel numbers its pads differently.
 TEST_F(RequestNewMultiqueuePadsWithoutASourcePad, LeavesTheSinkPadIfItsNameDoesNotFit) {
   const guint before = reference_count(funnel_.get());
-  expect_error(0x15080, "Pad has wrong naming scheme. Doesn't appear to be a multiqueue pad.",
+  expect_error({TEC::NOT_A_MULTIQUEUE_PAD_NAME},
                [&] { Media_Helper::request_new_multiqueue_pads(funnel_.get(), "", nullptr); });
   EXPECT_EQ(reference_count(funnel_.get()), before);
   expect_pad_left();

@@ -88,11 +88,12 @@ GstIterator *iterate_while_changing(GstElement *element) {
 
 TEST_F(GetElementPads, ReportsABadElement) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
-  const std::string text = "element in get_element_pads_with_iterator is not a GstElement *.";
+  const Expected_Error bad_element{TEC::NOT_AN_ELEMENT,
+                                   {"element in get_element_pads_with_iterator"}};
   for (GstElement *const bad : {as_element(nullptr), as_element(pad)}) {
-    expect_error(0x15160, text, [&] { Media_Helper::get_element_pads(bad, iterate_script); });
-    expect_error(0x15160, text, [&] { Media_Helper::get_element_src_pads(bad); });
-    expect_error(0x15160, text, [&] { Media_Helper::get_element_sink_pads(bad); });
+    expect_error(bad_element, [&] { Media_Helper::get_element_pads(bad, iterate_script); });
+    expect_error(bad_element, [&] { Media_Helper::get_element_src_pads(bad); });
+    expect_error(bad_element, [&] { Media_Helper::get_element_sink_pads(bad); });
   }
   EXPECT_EQ(script_.iterators_made, 0);
   EXPECT_EQ(reference_count(pad.get()), 1u);

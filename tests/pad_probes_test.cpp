@@ -57,7 +57,7 @@ protected:
 
 TEST_F(SinkPadProbe, ReportsABadElement) {
   for (GstElement *const bad : {as_element(nullptr), as_element(sink_pad_)})
-    expect_error(0x15160, "element in add_probe_to_sink_pad_or_throw is not a GstElement *.", [&] {
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in add_probe_to_sink_pad_or_throw"}}, [&] {
       Media_Helper::add_probe_to_sink_pad_or_throw(bad, GST_PAD_PROBE_TYPE_IDLE, record_probe,
                                                    &record_, record_destruction);
     });
@@ -67,7 +67,7 @@ TEST_F(SinkPadProbe, ReportsABadElement) {
 
 TEST_F(SinkPadProbe, ReportsAnElementWithoutASinkPad) {
   gst_object_set_name(GST_OBJECT(source_.get()), "camera");
-  expect_error(0x15100, "Failed to get static pad \"sink\" for element camera ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"sink", "camera", ""}},
                [&] { add_probe(source_, GST_PAD_PROBE_TYPE_BUFFER, record_); });
   EXPECT_EQ(record_.calls, 0);
   EXPECT_EQ(reference_count(source_.get()), 1u);
@@ -161,8 +161,7 @@ TEST_F(SinkPadProbe, RunsAtOnceOnAnIdlePadAndRemains) {
 TEST_F(SinkPadProbe, IsReportedAsNotAddedIfItIsRemovedAtOnce) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   record_.answer = GST_PAD_PROBE_REMOVE;
-  expect_error(0x15150, "Failed to add timeout probe",
-               [&] { add_probe(sink_, GST_PAD_PROBE_TYPE_IDLE, record_); });
+  expect_error({TEC::PROBE_NOT_ADDED}, [&] { add_probe(sink_, GST_PAD_PROBE_TYPE_IDLE, record_); });
   EXPECT_EQ(record_.calls, 1);
   EXPECT_EQ(record_.destroyed, 1);
   EXPECT_EQ(reference_counts({sink_.get(), sink_pad_.get()}), before);
@@ -171,7 +170,7 @@ TEST_F(SinkPadProbe, IsReportedAsNotAddedIfItIsRemovedAtOnce) {
 TEST_F(SinkPadProbe, IsNotAddedForAnEmptyMask) {
   const auto before = reference_counts({sink_.get(), sink_pad_.get()});
   const Expected_Log log("gst_pad_add_probe: assertion 'mask != 0' failed");
-  expect_error(0x15150, "Failed to add timeout probe", [&] { add_probe(sink_, 0, record_); });
+  expect_error({TEC::PROBE_NOT_ADDED}, [&] { add_probe(sink_, 0, record_); });
   EXPECT_EQ(record_.calls, 0);
   EXPECT_EQ(reference_counts({sink_.get(), sink_pad_.get()}), before);
 }

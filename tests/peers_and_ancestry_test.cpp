@@ -1,6 +1,8 @@
 // Peers and ancestry: the elements that feed an element, and the bins that contain it.
 
 #include <atomic>
+#include <functional>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -56,10 +58,10 @@ protected:
   const std::vector<guint> counts_before_ = counts();
 
   // Expects the same error from both operations, without any change.
-  void expect_both(int code, const std::string &text, GstElement *element) const {
+  void expect_both(const Expected_Error &error, GstElement *element) const {
     const auto before = counts();
-    expect_error(code, text, [&] { Media_Helper::get_element_sink_peer_pad_or_throw(element); });
-    expect_error(code, text, [&] { Media_Helper::get_element_sink_peer_or_throw(element); });
+    expect_error(error, [&] { Media_Helper::get_element_sink_peer_pad_or_throw(element); });
+    expect_error(error, [&] { Media_Helper::get_element_sink_peer_or_throw(element); });
     EXPECT_EQ(counts(), before);
   }
 };
@@ -67,25 +69,24 @@ protected:
 TEST_F(SinkPeer, ReportsABadElement) {
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad_.get())})
-    expect_both(0x15160, "element in get_element_sink_peer_pad_or_throw is not a GstElement *.",
-                bad);
+    expect_both({TEC::NOT_AN_ELEMENT, {"element in get_element_sink_peer_pad_or_throw"}}, bad);
 }
 
 TEST_F(SinkPeer, ReportsAnElementWithoutASinkPad) {
-  expect_both(0x15100, "Failed to get static pad \"sink\" for element source ().", source_.get());
+  expect_both({TEC::STATIC_PAD_NOT_FOUND, {"sink", "source", ""}}, source_.get());
 }
 
 TEST_F(SinkPeer, ReportsAnUnlinkedSinkPad) {
-  expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
+  expect_both({TEC::SINK_PAD_NOT_LINKED}, sink_.get());
   link();
   gst_element_unlink(queue_.get(), sink_.get());
-  expect_both(0x15220, "Sink pad is not linked in get_element_sink_peer_pad_or_throw", sink_.get());
+  expect_both({TEC::SINK_PAD_NOT_LINKED}, sink_.get());
 }
 
 TEST_F(SinkPeer, ReportsALinkThatIsRemovedMeanwhile) {
   link();
   links_go_away = true;
-  expect_both(0x15230, "Unable to get peer pad in et_element_sink_peer_pad_or_throw", sink_.get());
+  expect_both({TEC::SINK_PAD_HAS_NO_PEER}, sink_.get());
   links_go_away = false;
 }
 
@@ -117,8 +118,7 @@ TEST_F(SinkPeer, MayBeAPadWithoutAnElement) {
   ASSERT_EQ(gst_pad_link(lone.get(), sink_pad_.get()), GST_PAD_LINK_OK);
   const Pad peer(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
   EXPECT_EQ(peer, lone);
-  expect_error(0x15160,
-               "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.",
+  expect_error({TEC::NOT_AN_ELEMENT, {"pad parent element in get_element_sink_peer_or_throw"}},
                [&] { Media_Helper::get_element_sink_peer_or_throw(sink_.get()); });
   EXPECT_EQ(reference_count(lone.get()), 2u);  // this one and the handle above
   EXPECT_EQ(counts(), counts_before_);
@@ -138,8 +138,7 @@ TEST_F(SinkPeer, IsNotAnElementBehindAGhostPad) {
   const Pad inner(Media_Helper::get_element_sink_peer_pad_or_throw(sink_.get()), false);
   EXPECT_EQ(GST_OBJECT_PARENT(inner.get()), GST_OBJECT(ghost));
   const auto before = reference_counts({inner.get(), ghost, sink_.get(), sink_pad_.get()});
-  expect_error(0x15160,
-               "pad parent element in get_element_sink_peer_or_throw is not a GstElement *.",
+  expect_error({TEC::NOT_AN_ELEMENT, {"pad parent element in get_element_sink_peer_or_throw"}},
                [&] { Media_Helper::get_element_sink_peer_or_throw(sink_.get()); });
   EXPECT_EQ(reference_counts({inner.get(), ghost, sink_.get(), sink_pad_.get()}), before);
 }
@@ -164,10 +163,9 @@ protected:
     EXPECT_EQ(counts(), before);
   }
 
-  void expect_mismatch(const std::string &kind, const Element &element, const Element &top) const {
+  void expect_mismatch(int kind, const Element &element, const Element &top) const {
     const auto before = counts();
-    expect_error(0x15240,
-                 "Topmost parent mismatch of the " + kind + " kind in verify_element_top_parent",
+    expect_error({TEC::TOP_PARENT_MISMATCH, {}, kind},
                  [&] { Media_Helper::verify_element_top_parent(element.get(), top.get()); });
     EXPECT_EQ(counts(), before);
   }
@@ -182,13 +180,13 @@ protected:
 TEST_F(Ancestry, ReportsABadElement) {
   for (GstElement *const bad : {static_cast<GstElement *>(nullptr),
                                 reinterpret_cast<GstElement *>(not_an_element_.get())}) {
-    expect_error(0x15160, "element in get_most_parent is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in get_most_parent"}},
                  [&] { Media_Helper::get_most_parent(bad); });
-    expect_error(0x15160, "element in verify_element_top_parent is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in verify_element_top_parent"}},
                  [&] { Media_Helper::verify_element_top_parent(bad, pipeline_.get()); });
-    expect_error(0x15160, "element in verify_element_top_parent is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in verify_element_top_parent"}},
                  [&] { Media_Helper::verify_element_top_parent(bad, nullptr); });
-    expect_error(0x15160, "expected_top_parent in verify_element_top_parent is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"expected_top_parent in verify_element_top_parent"}},
                  [&] { Media_Helper::verify_element_top_parent(element_.get(), bad); });
   }
 }
@@ -235,16 +233,16 @@ TEST_F(Ancestry, AcceptsAnElementWithoutAParentAsItsOwnTop) {
 }
 
 TEST_F(Ancestry, ReportsAnotherTopForAnElementWithoutAParent) {
-  expect_mismatch("first", pipeline_, other_);
-  expect_mismatch("first", pipeline_, element_);
-  expect_mismatch("first", make_element("identity"), pipeline_);
+  expect_mismatch(1, pipeline_, other_);
+  expect_mismatch(1, pipeline_, element_);
+  expect_mismatch(1, make_element("identity"), pipeline_);
 }
 
 TEST_F(Ancestry, ReportsATopThatIsNotTheExpectedOne) {
-  expect_mismatch("second", element_, other_);
-  expect_mismatch("second", element_, bin_);
-  expect_mismatch("second", element_, element_);
-  expect_mismatch("second", bin_, bin_);
+  expect_mismatch(2, element_, other_);
+  expect_mismatch(2, element_, bin_);
+  expect_mismatch(2, element_, element_);
+  expect_mismatch(2, bin_, bin_);
 }
 
 // A bin in a pipeline. All its owners release it immediately before its parent is looked up.
@@ -259,39 +257,42 @@ void let_go_of_bin(GstObject *object) {
   if (bin_was_held) dying_bin.reset();
 }
 
-TEST_F(Ancestry, HoldsEachAncestorWhileGettingTheNext) {
+// Walks up from an element in the bin, while all owners of the bin release it. Returns the watch of
+// the bin.
+std::unique_ptr<Weak_Watch> walk_up_from_dying_bin(const Element &pipeline,
+                                                   const std::function<void(GstElement *)> &walk) {
   dying_bin = make_bin("dying");
-  const Weak_Watch watch(dying_bin.get());
+  auto watch = std::make_unique<Weak_Watch>(dying_bin.get());
   const Element element = make_element("identity");
   add_to_bin(dying_bin, element);
-  add_to_bin(pipeline_, dying_bin);
+  add_to_bin(pipeline, dying_bin);
   bin_was_held = false;
   before_parent_is_asked = let_go_of_bin;
-  Element top(Media_Helper::get_most_parent(element.get()), false);
+  walk(element.get());
   before_parent_is_asked = nullptr;
   EXPECT_TRUE(bin_was_held);
   dying_bin.reset();
-  ASSERT_FALSE(watch.gone());
+  return watch;
+}
+
+TEST_F(Ancestry, HoldsEachAncestorWhileGettingTheNext) {
+  Element top;
+  const auto watch = walk_up_from_dying_bin(pipeline_, [&top](GstElement *element) {
+    top = Element(Media_Helper::get_most_parent(element), false);
+  });
+  ASSERT_FALSE(watch->gone());
   EXPECT_EQ(reference_count(top.get()), 1U);
   EXPECT_STREQ(GST_OBJECT_NAME(top.get()), "dying");
   top.reset();
-  EXPECT_TRUE(watch.gone());
+  EXPECT_TRUE(watch->gone());
 }
 
 TEST_F(Ancestry, HoldsEachAncestorWhileVerifyingIt) {
-  dying_bin = make_bin("dying");
-  const Weak_Watch watch(dying_bin.get());
-  const Element element = make_element("identity");
-  add_to_bin(dying_bin, element);
-  add_to_bin(pipeline_, dying_bin);
-  bin_was_held = false;
-  before_parent_is_asked = let_go_of_bin;
-  expect_error(0x15240, "Topmost parent mismatch of the second kind in verify_element_top_parent",
-               [&] { Media_Helper::verify_element_top_parent(element.get(), pipeline_.get()); });
-  before_parent_is_asked = nullptr;
-  EXPECT_TRUE(bin_was_held);
-  dying_bin.reset();
-  EXPECT_TRUE(watch.gone());
+  const auto watch = walk_up_from_dying_bin(pipeline_, [this](GstElement *element) {
+    expect_error({TEC::TOP_PARENT_MISMATCH, {}, 2},
+                 [&] { Media_Helper::verify_element_top_parent(element, pipeline_.get()); });
+  });
+  EXPECT_TRUE(watch->gone());
 }
 
 // A bin that is removed from its pipeline during the walk remains valid, because the walk keeps a

@@ -141,7 +141,7 @@ TEST_F(SelectProxyElements, RefusesCapsThatNoDepayloaderAccepts) {
     SCOPED_TRACE(text);
     const Caps caps = make_caps(text);
     ASSERT_TRUE(caps);
-    expect_error(0x15010, "Failed to select proxy elements: Unsupported caps.",
+    expect_error({TEC::NO_PROXY_ELEMENTS_FOR_CAPS},
                  [&] { Media_Helper::select_proxy_elements(caps.get()); });
     EXPECT_EQ(reference_count(caps.get()), 1);
     expect_taken(6);
@@ -159,7 +159,7 @@ TEST_F(SelectProxyElements, AcceptsCapsWithoutStructures) {
 
 TEST_F(SelectProxyElements, LeavesNullToTheFramework) {
   const Expected_Log log("assertion 'caps != NULL' failed");
-  expect_error(0x15010, "Failed to select proxy elements: Unsupported caps.",
+  expect_error({TEC::NO_PROXY_ELEMENTS_FOR_CAPS},
                [] { Media_Helper::select_proxy_elements(nullptr); });
   EXPECT_EQ(log.count(), 6);
   expect_taken(6);
@@ -170,8 +170,7 @@ TEST_F(SelectProxyElements, FailsWithoutTheFirstDepayloaderForAllCaps) {
   const auto expect_failure = [](const char *text) {
     SCOPED_TRACE(text);
     const Caps caps = make_caps(text);
-    expect_error(0x151D0,
-                 "Could not find factory for \"rtph264depay\" in gst_element_factory_find_or_throw",
+    expect_error({TEC::FACTORY_NOT_FOUND, {"rtph264depay"}},
                  [&] { Media_Helper::select_proxy_elements(caps.get()); });
     EXPECT_EQ(reference_count(caps.get()), 1);
   };
@@ -193,9 +192,7 @@ TEST_F(SelectProxyElements, FailsOnlyIfItReachesAMissingDepayloader) {
       if (row.tried < position)
         EXPECT_EQ(Media_Helper::select_proxy_elements(caps.get()).first, row.depayloader);
       else
-        expect_error(0x151D0,
-                     std::string("Could not find factory for \"") + name +
-                         "\" in gst_element_factory_find_or_throw",
+        expect_error({TEC::FACTORY_NOT_FOUND, {name}},
                      [&] { Media_Helper::select_proxy_elements(caps.get()); });
     }
   }

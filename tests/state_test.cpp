@@ -60,8 +60,7 @@ TEST(SetState, ReturnsEveryOtherResultUnchanged) {
 
 TEST(SetState, ThrowsIfTheElementRefuses) {
   const Stopped source("filesrc", "src0");
-  expect_error(0x152E0,
-               "Failed to set state GST_STATE_PLAYING on element src0 (), starting capture",
+  expect_error({TEC::STATE_CHANGE_FAILED, {"GST_STATE_PLAYING", "src0", "", ", starting capture"}},
                [&source] {
                  Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PLAYING,
                                                               "starting capture");
@@ -71,7 +70,7 @@ TEST(SetState, ThrowsIfTheElementRefuses) {
 
 TEST(SetState, OmitsAnEmptyContext) {
   const Stopped source("filesrc", "src0");
-  expect_error(0x152E0, "Failed to set state GST_STATE_PAUSED on element src0 ()", [&source] {
+  expect_error({TEC::STATE_CHANGE_FAILED, {"GST_STATE_PAUSED", "src0", "", ""}}, [&source] {
     Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, "");
   });
 }
@@ -79,7 +78,7 @@ TEST(SetState, OmitsAnEmptyContext) {
 TEST(SetState, PrintsTheContextVerbatim) {
   const Stopped source("filesrc", "100% %s");
   expect_error(
-      0x152E0, "Failed to set state GST_STATE_PAUSED on element 100% %s (),  %1% \"a\"", [&source] {
+      {TEC::STATE_CHANGE_FAILED, {"GST_STATE_PAUSED", "100% %s", "", ",  %1% \"a\""}}, [&source] {
         Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PAUSED, " %1% \"a\"");
       });
 }
@@ -91,7 +90,7 @@ TEST(SetState, PrintsTheNameOfTheState) {
                                                      {GST_STATE_PLAYING, "GST_STATE_PLAYING"}};
   for (const auto &[state, name] : states)
     expect_error(
-        0x152E0, "Failed to set state " + name + " on element tap (camera tap 100%)",
+        {TEC::STATE_CHANGE_FAILED, {name, "tap", "camera tap 100%", ""}},
         [&tap, to = state] { Media_Helper::gst_element_set_state_or_throw(tap.get(), to, ""); });
 }
 
@@ -99,7 +98,7 @@ TEST(SetState, PrintsTheNameOfTheState) {
 TEST(SetState, DoesNotResetTheElementAfterAFailure) {
   const Stopped source("filesrc", "src0");
   const Stopped other("filesrc", "other");
-  expect_error(0x152E0, "Failed to set state GST_STATE_PLAYING on element src0 ()", [&source] {
+  expect_error({TEC::STATE_CHANGE_FAILED, {"GST_STATE_PLAYING", "src0", "", ""}}, [&source] {
     Media_Helper::gst_element_set_state_or_throw(source.get(), GST_STATE_PLAYING, "");
   });
   ASSERT_EQ(gst_element_set_state(other.get(), GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
@@ -128,7 +127,7 @@ TEST(SyncStateWithParent, ChangesTheElementToTheStateOfItsParent) {
 
 TEST(SyncStateWithParent, ThrowsWithoutAParent) {
   const Element element = make_element("identity", "parser");
-  expect_error(0x150F0, "Failed to sync element parser () with parent.", [&element] {
+  expect_error({TEC::STATE_SYNC_WITH_PARENT_FAILED, {"parser", ""}}, [&element] {
     Media_Helper::gst_element_sync_state_with_parent_or_throw(element.get());
   });
   EXPECT_EQ(reference_count(element.get()), 1U);
@@ -139,7 +138,7 @@ TEST(SyncStateWithParent, ThrowsIfTheElementCannotChangeItsState) {
   ASSERT_EQ(gst_element_set_state(pipeline.get(), GST_STATE_READY), GST_STATE_CHANGE_SUCCESS);
   const Element tap = make_owned_tap("tap");
   gst_bin_add(pipeline.as_bin(), tap.get());
-  expect_error(0x150F0, "Failed to sync element tap (camera tap 100%) with parent.",
+  expect_error({TEC::STATE_SYNC_WITH_PARENT_FAILED, {"tap", "camera tap 100%"}},
                [&tap] { Media_Helper::gst_element_sync_state_with_parent_or_throw(tap.get()); });
   pipeline.drop_messages();
   EXPECT_EQ(reference_count(tap.get()), 2U);

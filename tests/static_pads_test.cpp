@@ -31,7 +31,7 @@ Element make_element_of_a_named_factory(const char *name) {
 TEST(GetStaticPad, ReportsABadElement) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
   for (GstElement *const bad : {as_element(nullptr), as_element(pad)})
-    expect_error(0x15160, "element in gst_element_get_static_pad_or_throw is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in gst_element_get_static_pad_or_throw"}},
                  [&] { Media_Helper::gst_element_get_static_pad_or_throw(bad, "sink"); });
 }
 
@@ -58,28 +58,28 @@ TEST(GetStaticPad, FindsARequestedPadByItsName) {
 TEST(GetStaticPad, ReportsThePadAndTheElement) {
   const Element tee = make_element("tee", "splitter");
   const auto before = reference_counts({tee.get(), gst_element_get_factory(tee.get())});
-  expect_error(0x15100, "Failed to get static pad \"src\" for element splitter ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"src", "splitter", ""}},
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), "src"); });
-  expect_error(0x15100, "Failed to get static pad \"\" for element splitter ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"", "splitter", ""}},
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), ""); });
   EXPECT_EQ(reference_counts({tee.get(), gst_element_get_factory(tee.get())}), before);
 }
 
 TEST(GetStaticPad, DoesNotTreatANameAsAFormat) {
   const Element tee = make_element("tee", "100%s %1% %");
-  expect_error(0x15100, "Failed to get static pad \"%d%%2%\" for element 100%s %1% % ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"%d%%2%", "100%s %1% %", ""}},
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(tee.get(), "%d%%2%"); });
 }
 
 TEST(GetStaticPad, PrintsTheNameMetadataOfTheFactory) {
   const Element element = make_element_of_a_named_factory("thing");
-  expect_error(0x15100, "Failed to get static pad \"sink\" for element thing (The \"%s\" Name).",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"sink", "thing", "The \"%s\" Name"}},
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(element.get(), "sink"); });
 }
 
 TEST(GetStaticPad, PrintsNothingForAnElementWithoutAFactory) {
   const Element element = make_bare_element("homemade");
-  expect_error(0x15100, "Failed to get static pad \"sink\" for element homemade ().",
+  expect_error({TEC::STATIC_PAD_NOT_FOUND, {"sink", "homemade", ""}},
                [&] { Media_Helper::gst_element_get_static_pad_or_throw(element.get(), "sink"); });
   EXPECT_EQ(reference_count(element.get()), 1u);
 }

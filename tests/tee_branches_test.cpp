@@ -50,7 +50,7 @@ TEST_F(GetTeeSrcPad, ReportsABadElement) {
   const Pad sink_pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(sink_pad.get())})
-    expect_error(0x15160, "tee element in get_tee_src_pad is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"tee element in get_tee_src_pad"}},
                  [&] { Media_Helper::get_tee_src_pad(bad); });
   EXPECT_EQ(tee_->numsrcpads, 0);
 }
@@ -82,7 +82,7 @@ TEST_F(GetTeeSrcPad, ReturnsTheReferenceOfTheRequest) {
 TEST_F(GetTeeSrcPad, ReportsAnElementWithoutTheTemplate) {
   const Element queue = make_element("queue");
   const guint before = reference_count(queue.get());
-  expect_error(0x15030, "NULL src pad template",
+  expect_error({TEC::TEE_HAS_NO_SRC_PAD_TEMPLATE},
                [&] { Media_Helper::get_tee_src_pad(queue.get()); });
   EXPECT_EQ(reference_count(queue.get()), before);
   EXPECT_EQ(queue->numpads, 2);
@@ -98,7 +98,7 @@ TEST_F(GetTeeSrcPad, AcceptsAnyElementWithTheTemplate) {
 
 TEST_F(GetTeeSrcPad, ReportsAnElementThatProvidesNoPad) {
   const Element stingy = make_stingy_element();
-  expect_error(0x15040, "Failed to get src pad from tee",
+  expect_error({TEC::TEE_SRC_PAD_REQUEST_FAILED},
                [&] { Media_Helper::get_tee_src_pad(stingy.get()); });
   EXPECT_EQ(reference_count(stingy.get()), 1u);
 }
@@ -108,7 +108,7 @@ TEST_F(GetTeeSrcPad, ReportsAnElementWithSometimesPads) {
   const Element decoder = make_element("decodebin");
   const guint before = reference_count(decoder.get());
   const Expected_Log log("gst_element_request_pad: assertion 'templ->presence");
-  expect_error(0x15040, "Failed to get src pad from tee",
+  expect_error({TEC::TEE_SRC_PAD_REQUEST_FAILED},
                [&] { Media_Helper::get_tee_src_pad(decoder.get()); });
   EXPECT_EQ(reference_count(decoder.get()), before);
   EXPECT_EQ(decoder->numsrcpads, 0);
@@ -164,7 +164,7 @@ TEST_F(TeePadRequest, HasNoNameAndNoCaps) {
 
 TEST_F(TeePadRequest, IsReleasedBeforeTheReferenceIsDropped) {
   const Element source = make_element("fakesrc");
-  expect_error(0x15020, "Failed to link tee to element",
+  expect_error({TEC::TEE_LINK_FAILED},
                [&] { Media_Helper::link_tee_to_element(tee_.get(), source.get()); });
   EXPECT_EQ(record_.names, std::vector<std::string>{"(null)"});
   EXPECT_EQ(record_.caps, std::vector<Caps>{nullptr});
@@ -199,7 +199,7 @@ protected:
     const int branches = tee_->numsrcpads;
     const auto counts_before = counts();
     const guint count_before = reference_count(element.get());
-    expect_error(0x15020, "Failed to link tee to element",
+    expect_error({TEC::TEE_LINK_FAILED},
                  [&] { Media_Helper::link_tee_to_element(tee_.get(), element.get()); });
     EXPECT_EQ(tee_->numsrcpads, branches);
     ASSERT_FALSE(added_.empty());
@@ -219,9 +219,9 @@ TEST_F(LinkTeeToElement, ReportsABadTeeFirst) {
   const Pad pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())}) {
-    expect_error(0x15160, "tee in link_tee_to_element is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"tee in link_tee_to_element"}},
                  [&] { Media_Helper::link_tee_to_element(bad, queue_.get()); });
-    expect_error(0x15160, "tee in link_tee_to_element is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"tee in link_tee_to_element"}},
                  [&] { Media_Helper::link_tee_to_element(bad, nullptr); });
   }
   EXPECT_FALSE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
@@ -231,19 +231,19 @@ TEST_F(LinkTeeToElement, ReportsABadElement) {
   const Pad pad = static_pad(tee_, "sink");
   for (GstElement *const bad :
        {static_cast<GstElement *>(nullptr), reinterpret_cast<GstElement *>(pad.get())})
-    expect_error(0x15160, "element in link_tee_to_element is not a GstElement *.",
+    expect_error({TEC::NOT_AN_ELEMENT, {"element in link_tee_to_element"}},
                  [&] { Media_Helper::link_tee_to_element(tee_.get(), bad); });
   EXPECT_TRUE(added_.empty());
 }
 
 TEST_F(LinkTeeToElement, ChecksBothArgumentsBeforeTheTemplate) {
-  expect_error(0x15160, "element in link_tee_to_element is not a GstElement *.",
+  expect_error({TEC::NOT_AN_ELEMENT, {"element in link_tee_to_element"}},
                [&] { Media_Helper::link_tee_to_element(queue_.get(), nullptr); });
 }
 
 TEST_F(LinkTeeToElement, ReportsATeeWithoutTheTemplate) {
   const auto before = counts();
-  expect_error(0x15030, "NULL src pad template",
+  expect_error({TEC::TEE_HAS_NO_SRC_PAD_TEMPLATE},
                [&] { Media_Helper::link_tee_to_element(source_.get(), queue_.get()); });
   EXPECT_FALSE(gst_pad_is_linked(static_pad(queue_, "sink").get()));
   EXPECT_EQ(counts(), before);
@@ -252,7 +252,7 @@ TEST_F(LinkTeeToElement, ReportsATeeWithoutTheTemplate) {
 TEST_F(LinkTeeToElement, ReportsATeeThatProvidesNoPad) {
   const Element stingy = make_stingy_element();
   const auto before = counts();
-  expect_error(0x15040, "Failed to get src pad from tee",
+  expect_error({TEC::TEE_SRC_PAD_REQUEST_FAILED},
                [&] { Media_Helper::link_tee_to_element(stingy.get(), queue_.get()); });
   EXPECT_EQ(reference_count(stingy.get()), 1u);
   EXPECT_EQ(counts(), before);
@@ -334,9 +334,9 @@ TEST_F(LinkTeeToElement, ReleasesThePadWhileTheTeePlays) {
   ASSERT_EQ(GST_STATE(tee_.get()), GST_STATE_PLAYING);
 
   const Element video = make_element("videotestsrc");  // has no "sink" pad
-  expect_error(0x15020, "Failed to link tee to element",
+  expect_error({TEC::TEE_LINK_FAILED},
                [&] { Media_Helper::link_tee_to_element(tee_.get(), video.get()); });
-  expect_error(0x15020, "Failed to link tee to element",
+  expect_error({TEC::TEE_LINK_FAILED},
                [&] { Media_Helper::link_tee_to_element(tee_.get(), queue_.get()); });
   EXPECT_EQ(tee_->numsrcpads, 1);
   gst_element_set_state(pipeline.get(), GST_STATE_NULL);

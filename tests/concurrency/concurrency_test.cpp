@@ -245,8 +245,8 @@ void expect_passing_or_error(GstBin *bin) {
     const Element passing = found(Media_Helper::gst_bin_get_by_name_or_throw(bin, "passing"));
     EXPECT_STREQ(GST_OBJECT_NAME(passing.get()), "passing");
   } catch (const Backend_Error<std::runtime_error> &error) {
-    EXPECT_EQ(error.code(), 0x15140);
-    EXPECT_STREQ(error.what(), "Could not retrieve element 'passing' from bin");
+    EXPECT_EQ(error.code(), TEC::ELEMENT_NOT_IN_BIN);
+    EXPECT_EQ(error.what(), text_of({TEC::ELEMENT_NOT_IN_BIN, {"passing"}}));
   }
 }
 

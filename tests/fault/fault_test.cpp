@@ -16,9 +16,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "abridged_outcome.h"
 #include "framework_version.h"
 #include "heap_watch.h"
-#include "listed_errors.h"
 #include "live_objects.h"
 #include "rounds.h"
 
@@ -264,12 +264,13 @@ TEST(FaultOutcomes, CoverEveryPlaceThatThrows) {
     const Round undisturbed = call_once(scenario.prepare(), {});
     for (const Disturbance &failure : framework_failures(scenario, undisturbed)) {
       const std::string outcome = call_and_recover(scenario, failure, undisturbed.outcome).outcome;
-      if (const Listed_Error *const error = find_listed_error(outcome)) thrown.insert(error->name);
+      if (const Listed_Error *const error = find_listed_error(outcome))
+        thrown.insert(title_of(*error));
     }
   }
   std::set<std::string> listed;
   for (const Listed_Error &error : listed_errors())
-    listed.insert(error.name);
+    listed.insert(title_of(error));
   EXPECT_EQ(thrown, listed);
   RecordProperty("texts", static_cast<int>(thrown.size()));
   RecordProperty("listed_texts", static_cast<int>(listed.size()));

@@ -123,7 +123,7 @@ public:
   explicit Soak(const Options &options)
       : operations_(options.operations), random_(options.seed), blocks_kept_(operations.size()) {
     for (const Operation &operation : operations)
-      drawn_from_[kind_of(operation.use == Operation::RARE, operation.code != 0)].push_back(
+      drawn_from_[kind_of(operation.use == Operation::RARE, operation.error.code != 0)].push_back(
           &operation);
   }
 
@@ -164,7 +164,7 @@ private:
     const std::string changes = scene.changed_counts();
     if (!changes.empty()) report_failure(operation.name + (": " + changes));
     ++done_;
-    if (operation.code != 0) ++failed_;
+    if (operation.error.code != 0) ++failed_;
     blocks_kept_[static_cast<std::size_t>(&operation - operations.data())] +=
         live_blocks() - blocks;
   }

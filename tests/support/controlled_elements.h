@@ -40,9 +40,9 @@ private:
 // Passes null, and an object of another type.
 inline void expect_element_checked(const std::string &description, void (*call)(GstElement *)) {
   const Pad pad = make_pad("src", GST_PAD_SRC);
-  const std::string text = description + " is not a GstElement *.";
-  expect_error(0x15160, text, [call] { call(nullptr); });
-  expect_error(0x15160, text, [call, &pad] { call(as_element(pad.get())); });
+  const Expected_Error error{TEC::NOT_AN_ELEMENT, {description}};
+  expect_error(error, [call] { call(nullptr); });
+  expect_error(error, [call, &pad] { call(as_element(pad.get())); });
   EXPECT_EQ(reference_count(pad.get()), 1U);
 }
 

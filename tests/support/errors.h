@@ -4,9 +4,12 @@
 #define TAVREN_TESTS_ERRORS_H
 
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <tavren/capture/media_helper.h>
+
+#include "listed_errors.h"
 
 namespace kel::tavren::tests {
 
@@ -26,6 +29,12 @@ void expect_error(int code, const std::string &text, Call &&call) {
     return;
   }
   ADD_FAILURE() << "threw nothing; expected: " << text;
+}
+
+// The text is that of docs/errors.md.
+template <typename Call>
+void expect_error(const Expected_Error &error, Call &&call) {
+  expect_error(error.code, text_of(error), std::forward<Call>(call));
 }
 
 }  // namespace kel::tavren::tests

@@ -17,9 +17,10 @@ thread_local std::string wrong;
 
 // Omits operations whose failure this version of the framework does not cause.
 std::vector<Operation> possible(std::vector<Operation> all) {
-  all.erase(std::remove_if(
-                all.begin(), all.end(),
-                [](const Operation &operation) { return !framework_can_cause(operation.code); }),
+  all.erase(std::remove_if(all.begin(), all.end(),
+                           [](const Operation &operation) {
+                             return !framework_can_cause(operation.error.code);
+                           }),
             all.end());
   return all;
 }
@@ -65,6 +66,10 @@ Outcome outcome_of(const Operation &operation, const Scene &scene) {
   return {};
 }
 
+Outcome outcome_of(const Expected_Error &error) {
+  return {error.code, error.code != 0 ? text_of(error) : ""};
+}
+
 }  // namespace
 
 void require(bool held, const char *what) {
@@ -78,11 +83,12 @@ const std::vector<std::string> expected_warnings = make_expected_warnings();
 std::string unexpected_behaviour(const Operation &operation, const Scene &scene) {
   wrong.clear();
   const Outcome outcome = outcome_of(operation, scene);
-  if (wrong.empty() && outcome.code == operation.code && outcome.text == operation.text) return {};
+  const Outcome expected = outcome_of(operation.error);
+  if (wrong.empty() && outcome.code == expected.code && outcome.text == expected.text) return {};
 
   std::ostringstream text;
   text << operation.name << ": " << wrong << " (code 0x" << std::hex << outcome.code
-       << ", expected 0x" << operation.code << ", text \"" << outcome.text << "\")";
+       << ", expected 0x" << expected.code << ", text \"" << outcome.text << "\")";
   return text.str();
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "elements.h"
+#include "listed_errors.h"
 
 namespace kel::tavren::tests {
 
@@ -49,8 +50,7 @@ struct Operation {
 
   const char *name;
   Use use;
-  int code;          // code of the error that it throws; 0: none
-  const char *text;  // the whole text of that error
+  Expected_Error error;  // that it throws; code 0: none
   void (*run)(const Scene &);
 };
 

@@ -39,16 +39,16 @@ void look_up_missing_text(const Scene &) {
 // clang-format off
 std::vector<Operation> checks_and_lookup_operations() {
   return {
-    {"argument checks", Operation::SHARED, 0, "", pass_checks},
-    {"is_element_or_throw of nothing", Operation::SHARED, 0x15160, "camera is not a GstElement *.", [](const Scene &) { Media_Helper::is_element_or_throw(nullptr, "camera"); }},
-    {"is_pad_or_throw of an element", Operation::SHARED, 0x15170, "camera is not a GstPad *.", [](const Scene &scene) { Media_Helper::is_pad_or_throw(GST_PAD_CAST(static_cast<gpointer>(scene.camera.get())), "camera"); }},
-    {"is_bin_or_throw of an element", Operation::SHARED, 0x15180, "camera is not a GstBin *.", [](const Scene &scene) { Media_Helper::is_bin_or_throw(GST_BIN_CAST(scene.camera.get()), "camera"); }},
-    {"is_bus_or_throw of nothing", Operation::SHARED, 0x15190, "camera is not a GstBus *.", [](const Scene &) { Media_Helper::is_bus_or_throw(nullptr, "camera"); }},
-    {"is_caps_or_throw of nothing", Operation::SHARED, 0x15210, "camera is not a GstCaps *.", [](const Scene &) { Media_Helper::is_caps_or_throw(nullptr, "camera"); }},
-    {"is_valid_element_type_or_throw of 0", Operation::SHARED, 0x15200, "camera is not a valid GType.", [](const Scene &) { Media_Helper::is_valid_element_type_or_throw(0, "camera"); }},
-    {"string_from_map_or_throw_", Operation::SHARED, 0, "", look_up},
-    {"string_from_map_or_throw_, no kind", Operation::SHARED, 0x15000, "no such kind: 100%", look_up_missing_type},
-    {"string_from_map_or_throw_, no text", Operation::SHARED, 0x15000, "no such text: 100%", look_up_missing_text},
+    {"argument checks", Operation::SHARED, {}, pass_checks},
+    {"is_element_or_throw of nothing", Operation::SHARED, {TEC::NOT_AN_ELEMENT, {"camera"}}, [](const Scene &) { Media_Helper::is_element_or_throw(nullptr, "camera"); }},
+    {"is_pad_or_throw of an element", Operation::SHARED, {TEC::NOT_A_PAD, {"camera"}}, [](const Scene &scene) { Media_Helper::is_pad_or_throw(GST_PAD_CAST(static_cast<gpointer>(scene.camera.get())), "camera"); }},
+    {"is_bin_or_throw of an element", Operation::SHARED, {TEC::NOT_A_BIN, {"camera"}}, [](const Scene &scene) { Media_Helper::is_bin_or_throw(GST_BIN_CAST(scene.camera.get()), "camera"); }},
+    {"is_bus_or_throw of nothing", Operation::SHARED, {TEC::NOT_A_BUS, {"camera"}}, [](const Scene &) { Media_Helper::is_bus_or_throw(nullptr, "camera"); }},
+    {"is_caps_or_throw of nothing", Operation::SHARED, {TEC::NOT_CAPS, {"camera"}}, [](const Scene &) { Media_Helper::is_caps_or_throw(nullptr, "camera"); }},
+    {"is_valid_element_type_or_throw of 0", Operation::SHARED, {TEC::INVALID_ELEMENT_TYPE, {"camera"}}, [](const Scene &) { Media_Helper::is_valid_element_type_or_throw(0, "camera"); }},
+    {"string_from_map_or_throw_", Operation::SHARED, {}, look_up},
+    {"string_from_map_or_throw_, no kind", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"no such kind: 100%"}}, look_up_missing_type},
+    {"string_from_map_or_throw_, no text", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"no such text: 100%"}}, look_up_missing_text},
   };
 }
 // clang-format on

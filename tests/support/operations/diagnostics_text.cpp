@@ -53,9 +53,9 @@ void report_queue(const Scene &scene) {
 // clang-format off
 std::vector<Operation> diagnostics_text_operations() {
   return {
-    {"names of enumerators", Operation::SHARED, 0, "", name_enumerators},
-    {"gst_time_to_string, gst_segment_to_string", Operation::SHARED, 0, "", write_times},
-    {"generate_queue_stats_report", Operation::SHARED, 0, "", report_queue},
+    {"names of enumerators", Operation::SHARED, {}, name_enumerators},
+    {"gst_time_to_string, gst_segment_to_string", Operation::SHARED, {}, write_times},
+    {"generate_queue_stats_report", Operation::SHARED, {}, report_queue},
   };
 }
 // clang-format on

@@ -46,20 +46,20 @@ void discover(const Scene &) {
 // clang-format off
 std::vector<Operation> media_types_and_selection_operations() {
   return {
-    {"media kinds", Operation::SHARED, 0, "", classify_media},
-    {"get_media_type of nothing", Operation::SHARED, 0x15210, "caps in get_media_type is not a GstCaps *.", [](const Scene &) { Media_Helper::get_media_type(nullptr); }},
-    {"element selection", Operation::SHARED, 0, "", select_elements},
-    {"select_muxer in vain", Operation::SHARED, 0x15000, "Unknown file extension : could not create muxer", [](const Scene &) { Media_Helper::select_muxer("a.MKV"); }},
-    {"select_demuxer in vain", Operation::SHARED, 0x15000, "Unknown file extension : could not create demuxer", [](const Scene &) { Media_Helper::select_demuxer("a.mp4"); }},
-    {"select_parser in vain", Operation::SHARED, 0x15000, "Unknown video format : could not create video parser", [](const Scene &) { Media_Helper::select_parser(capture::RTP); }},
-    {"select_decoder in vain", Operation::SHARED, 0x15000, "Unknown video format : could not create video parser", [](const Scene &) { Media_Helper::select_decoder(capture::UNKNOWN); }},
-    {"select_payloader in vain", Operation::SHARED, 0x15000, "Unsupported format : could not select payloader", [](const Scene &) { Media_Helper::select_payloader(capture::VIDEO_RAW); }},
-    {"select_video_rate in vain", Operation::SHARED, 0x15000, "Unknown video format : could not create video parser", [](const Scene &) { Media_Helper::select_video_rate(capture::MULAW); }},
-    {"select_proxy_elements", Operation::SHARED, 0, "", select_proxies},
-    {"select_proxy_elements in vain", Operation::SHARED, 0x15010, "Failed to select proxy elements: Unsupported caps.", [](const Scene &scene) { Media_Helper::select_proxy_elements(scene.raw.get()); }},
-    {"get_media_info", Operation::RARE, 0, "", discover},
-    {"get_media_info of no file", Operation::RARE, 0x152C0, "Discoverer returned error: GST_DISCOVERER_ERROR", [](const Scene &) { Media_Helper::get_media_info("file:///nowhere", 30 * GST_SECOND); }},
-    {"get_media_info without timeout", Operation::OWN, 0x152A0, "Error creating discoverer in get_media_info", [](const Scene &) { Media_Helper::get_media_info("file:///nowhere", GST_CLOCK_TIME_NONE); }},
+    {"media kinds", Operation::SHARED, {}, classify_media},
+    {"get_media_type of nothing", Operation::SHARED, {TEC::NOT_CAPS, {"caps in get_media_type"}}, [](const Scene &) { Media_Helper::get_media_type(nullptr); }},
+    {"element selection", Operation::SHARED, {}, select_elements},
+    {"select_muxer in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unknown file extension : could not create muxer"}}, [](const Scene &) { Media_Helper::select_muxer("a.MKV"); }},
+    {"select_demuxer in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unknown file extension : could not create demuxer"}}, [](const Scene &) { Media_Helper::select_demuxer("a.mp4"); }},
+    {"select_parser in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unknown video format : could not create video parser"}}, [](const Scene &) { Media_Helper::select_parser(capture::RTP); }},
+    {"select_decoder in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unknown video format : could not create video parser"}}, [](const Scene &) { Media_Helper::select_decoder(capture::UNKNOWN); }},
+    {"select_payloader in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unsupported format : could not select payloader"}}, [](const Scene &) { Media_Helper::select_payloader(capture::VIDEO_RAW); }},
+    {"select_video_rate in vain", Operation::SHARED, {TEC::KEY_NOT_FOUND, {"Unknown video format : could not create video parser"}}, [](const Scene &) { Media_Helper::select_video_rate(capture::MULAW); }},
+    {"select_proxy_elements", Operation::SHARED, {}, select_proxies},
+    {"select_proxy_elements in vain", Operation::SHARED, {TEC::NO_PROXY_ELEMENTS_FOR_CAPS}, [](const Scene &scene) { Media_Helper::select_proxy_elements(scene.raw.get()); }},
+    {"get_media_info", Operation::RARE, {}, discover},
+    {"get_media_info of no file", Operation::RARE, {TEC::DISCOVERER_RETURNED_ERROR, {"GST_DISCOVERER_ERROR"}}, [](const Scene &) { Media_Helper::get_media_info("file:///nowhere", 30 * GST_SECOND); }},
+    {"get_media_info without timeout", Operation::OWN, {TEC::DISCOVERER_CREATION_FAILED}, [](const Scene &) { Media_Helper::get_media_info("file:///nowhere", GST_CLOCK_TIME_NONE); }},
   };
 }
 // clang-format on
