@@ -52,7 +52,7 @@ void control(GstElement *pipeline) {
 
 void argument_checks(GstElement *pipeline) {
   //! [argument_checks]
-  // Check the arguments of a function of yours. The message is your description and a fixed text.
+  // Check the arguments of your own functions. The message is your description and a fixed text.
   const auto stop_element = [](GstElement *element) {
     Media_Helper::is_element_or_throw(element, "stop_element: element");
     gst_element_set_state(element, GST_STATE_NULL);

@@ -103,7 +103,7 @@ public:
 
   /// @}
   /// @defgroup keyed_lookup Keyed lookup
-  /// Look up a string in a table of the caller.
+  /// Look up a string in the caller's table.
   ///
   /// @snippet examples/operations/texts.cpp keyed_lookup
   /// @{
@@ -359,7 +359,7 @@ public:
 
   /// @}
   /// @defgroup tee_branches Tee branches
-  /// Add branches to a tee, also while it is running.
+  /// Add branches to a tee, even while it is running.
   ///
   /// @snippet examples/operations/pads.cpp tee_branches
   /// @{
