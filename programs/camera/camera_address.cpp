@@ -80,7 +80,7 @@ Camera_Address parse_camera_address(const std::string &uri) {
   const Url owned(url, gst_rtsp_url_free);
   if (url->host == nullptr || *url->host == '\0')
     throw Bus_Error(GST_RESOURCE_ERROR_NOT_FOUND,
-                    "the address of the camera contains no host: " + quoted(uri));
+                    "the address of the camera names no host: " + quoted(uri));
   address.transport = requested_transport(url->transports);
   return address;
 }

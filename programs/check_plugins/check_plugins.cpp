@@ -247,7 +247,7 @@ struct Shortage {
     if (!code) return;
     const std::string advice =
         packages.empty() ? "" : "; install " + join({packages.begin(), packages.end()});
-    throw Error(*code, "required elements cannot be created: " + join(elements) + advice);
+    throw Error(*code, "required elements cannot be made: " + join(elements) + advice);
   }
 };
 

@@ -107,7 +107,7 @@ int main(int argc, char **argv) {
   const int status =
       run_program(argc, argv, "Shows the streams of media files and URIs.", options, [&] {
         if (sources.values().empty())
-          throw std::invalid_argument("nothing to probe: give a URI or a file");
+          throw std::invalid_argument("nothing to probe: name a URI or a file");
         register_rtsp_extension();
         const std::string box = fit.value_or("");
         good = probe_all(sources.values(), parse_timeout(timeout),

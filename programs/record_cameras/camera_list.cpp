@@ -167,7 +167,7 @@ Camera_List read_cameras(const std::string &file) {
                                     "]: " + camera.options.recording.output);
     cameras.emplace(*group, camera);
   }
-  if (cameras.empty()) throw std::runtime_error("the file contains no camera");
+  if (cameras.empty()) throw std::runtime_error("there is no camera in the file");
   return cameras;
 }
 

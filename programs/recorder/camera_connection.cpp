@@ -125,7 +125,7 @@ void Camera_Connection::accept_frame(const Camera_Event &event) {
 void Camera_Connection::end_stream(guint number) {
   recording_.end_stream(number);
   if (!recording_.all_ended() || recording_.is_complete()) return;
-  end_session(last_warning_ ? last_warning_ : read_error("the camera disconnected"));
+  end_session(last_warning_ ? last_warning_ : read_error("the camera went away"));
 }
 
 // Tries the next transport, or schedules a retry. Throws the failure if neither can help.
@@ -186,7 +186,7 @@ void Camera_Connection::check_session() {
   }
   const gint64 limit = std::max(silence_limit, 3 * recording_.longest_wait());
   if (now() - std::max(recording_.last_arrival(), held_back_at_) > limit)
-    end_session(read_error("the camera has stopped sending"));
+    end_session(read_error("the camera has gone silent"));
   else if (recording_.waits_for_key_frame())
     end_session(read_error("the camera sends no key frame"));
 }
@@ -198,7 +198,7 @@ void Camera_Connection::show_open_gap() {
 
 void Camera_Connection::show_gap(const Recording_Tally::Gap &gap) {
   const auto length = static_cast<GstClockTime>((gap.to - gap.from) * GST_USECOND);
-  const std::string cause = absence_ ? failure_text(absence_) : "the camera disconnected";
+  const std::string cause = absence_ ? failure_text(absence_) : "the camera went away";
   log_.line("gap from " + in_utc(gap.from) + " to " + in_utc(gap.to) + " (" + in_seconds(length) +
                 "): " + cause,
             absence_);

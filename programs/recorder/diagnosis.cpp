@@ -205,7 +205,7 @@ Diagnosis_Folder::Diagnosis_Folder(std::string path, unsigned int limit)
   std::error_code error;
   fs::create_directories(path_, error);
   if (!error && g_access(path_.c_str(), W_OK) == 0) return;
-  throw std::runtime_error("cannot write diagnoses to " + path_ + ": " +
+  throw std::runtime_error("cannot write diagnoses into " + path_ + ": " +
                            (error ? error.message() : g_strerror(errno)));
 }
 

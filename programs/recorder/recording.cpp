@@ -81,7 +81,7 @@ bool Recording::accepts(const Stream &stream) const {
 
 void Recording::refuse(Stream &stream) {
   const std::unique_ptr<char, Emancipator<char>> caps(gst_caps_to_string(stream.caps.get()));
-  log_.line(stream.name + " is not recorded: " + container_.name() + " does not support " +
+  log_.line(stream.name + " is not recorded: " + container_.name() + " does not hold " +
             caps.get());
   stream.close();
 }

@@ -56,7 +56,7 @@ bool remove_unless_locked(const std::string &path) {
 Reserved_File::Reserved_File(std::string path, bool overwrite) : path_(std::move(path)) {
   const bool existed = exists(path_);
   if (existed && g_file_test(path_.c_str(), G_FILE_TEST_IS_REGULAR) == FALSE)
-    refuse(path_, "not a regular file");
+    refuse(path_, "not a plain file");
   const int flags = O_RDWR | O_CREAT | O_CLOEXEC | (overwrite ? 0 : O_EXCL);
   descriptor_ = g_open(path_.c_str(), flags, default_mode);
   if (descriptor_ == -1)
@@ -65,7 +65,7 @@ Reserved_File::Reserved_File(std::string path, bool overwrite) : path_(std::move
   created_ = !existed;
   if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return;
   const std::string reason =
-      errno == EWOULDBLOCK ? "another recorder is writing to it" : g_strerror(errno);
+      errno == EWOULDBLOCK ? "another recorder writes it" : g_strerror(errno);
   close(descriptor_);
   refuse(path_, reason);
 }

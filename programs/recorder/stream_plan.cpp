@@ -135,7 +135,7 @@ void choose_parser(Stream_Plan &plan, const Container &container) {
     if (needs_parser(media)) formats += " without a parser";
   }
   plan.obstacle =
-      describe_refusal(TEC::ELEMENT_LINK_FAILED, container.name() + " does not support " +
+      describe_refusal(TEC::ELEMENT_LINK_FAILED, container.name() + " does not hold " +
                                                      (formats.empty() ? plan.encoding : formats));
 }
 

@@ -136,7 +136,7 @@ void Stream_Relay::check_feed() {
   const gint64 arrival = last_arrival(streams);
   if (!has_received_ && arrival >= connected_at_) note_return();
   if (now() - std::max(arrival, connected_at_) > silence_limit)
-    throw read_error(has_received_ ? "the camera has stopped sending"
+    throw read_error(has_received_ ? "the camera has gone silent"
                                    : "the camera does not send anything");
   if (started(streams).empty() && now() - connected_at_ > key_frame_limit)
     throw read_error("the camera sends no key frame");

@@ -128,7 +128,7 @@ public:
   State(Loopback_Server &server, std::string path, const Element &bin)
       : server_(server), path_(std::move(path)), bin_(bin), factory_(make_factory(bin.get())),
         media_(construct_media(factory_.get(), server.uri(path_))) {
-    if (!media_) throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the server has created no media");
+    if (!media_) throw Bus_Error(GST_RESOURCE_ERROR_FAILED, "the server makes no media");
     pipeline_ = {Media_Helper::gst_element_get_parent_or_throw(bin.get()), false};
     for (guint i = 0; i < gst_rtsp_media_n_streams(media_.get()); ++i) {
       const Element payloader(

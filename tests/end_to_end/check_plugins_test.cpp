@@ -112,7 +112,7 @@ TEST(CheckPlugins, ReportsMissingElementsWithTheirPackage) {
   plugins.remove("libav");
   const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be created: "
+  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be made: "
                          "avdec_h264, avdec_mpeg4; install gstreamer1.0-libav\n");
   const auto rows = rows_of(outcome.out);
   EXPECT_EQ(
@@ -128,7 +128,7 @@ TEST(CheckPlugins, ReportsAMissingDepayloader) {
   plugins.remove("rtp");
   const Outcome outcome = run({CHECK_PLUGINS}, plugins.environment());
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be created: "
+  EXPECT_EQ(outcome.err, "check_plugins: error 0x151D0: required elements cannot be made: "
                          "rtph264depay, rtph264pay, rtpjpegpay, rtpmp4apay, rtpmp4vpay, "
                          "rtppcmupay; install gstreamer1.0-plugins-good\n");
 }
@@ -141,7 +141,7 @@ TEST(CheckPlugins, DistinguishesABrokenPluginFromAMissingOne) {
   environment["GST_REGISTRY_UPDATE"] = "no";
   const Outcome outcome = run({CHECK_PLUGINS}, environment);
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_NE(outcome.err.find("check_plugins: error 0x151E0: required elements cannot be created: "
+  EXPECT_NE(outcome.err.find("check_plugins: error 0x151E0: required elements cannot be made: "
                              "matroskademux, matroskamux; install gstreamer1.0-plugins-good\n"),
             std::string::npos)
       << outcome.err;

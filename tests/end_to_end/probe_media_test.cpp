@@ -131,7 +131,7 @@ TEST_P(ProbeMediaErrors, AreReportedInOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     All, ProbeMediaErrors,
     testing::Values(
-        Refused{{}, "nothing to probe: give a URI or a file"},
+        Refused{{}, "nothing to probe: name a URI or a file"},
         Refused{{"--fit", "0x480", "a.mkv"},
                 "0x15250: Invalid resolution provided in calculate_resolution"},
         Refused{{"--fit", "640", "a.mkv"}, "--fit takes WIDTHxHEIGHT in pixels, not \"640\""},

@@ -144,13 +144,13 @@ INSTANTIATE_TEST_SUITE_P(
     EachReason, RecordCameraErrors,
     testing::Values(
         Refusal{"mp4", "none", "mulaw",
-                "record_camera: error 0x151C0: .mp4 (mp4mux) does not support audio/x-mulaw "
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold audio/x-mulaw "
                 "(audio PCMU); no stream of the camera can be recorded\n"},
         Refusal{"mp4", "jpeg", "none",
-                "record_camera: error 0x151C0: .mp4 (mp4mux) does not support image/jpeg "
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold image/jpeg "
                 "(video JPEG); no stream of the camera can be recorded\n"},
         Refusal{"mp4", "vp8", "none",
-                "record_camera: error 0x151C0: .mp4 (mp4mux) does not support video/x-vp8 "
+                "record_camera: error 0x151C0: .mp4 (mp4mux) does not hold video/x-vp8 "
                 "(video VP8); no stream of the camera can be recorded\n"},
         Refusal{"webm", "h264", "aac",
                 "record_camera: error 0x15000: Unknown file extension : could not create muxer "
@@ -189,13 +189,13 @@ INSTANTIATE_TEST_SUITE_P(
                                  "h264",
                                  "mulaw",
                                  "the camera offers PCMU: audio, not recorded, error 0x151C0: .mp4 "
-                                 "(mp4mux) does not support audio/x-mulaw\n",
+                                 "(mp4mux) does not hold audio/x-mulaw\n",
                                  {"h264"}},
                     Passing_Over{"mp4",
                                  "vp8",
                                  "aac",
                                  "the camera offers VP8: video, not recorded, error 0x151C0: .mp4 "
-                                 "(mp4mux) does not support video/x-vp8\n",
+                                 "(mp4mux) does not hold video/x-vp8\n",
                                  {"aac"}}));
 
 TEST(RecordCamera, KeepsAnExistingFileByDefault) {
@@ -390,8 +390,8 @@ TEST_P(InterruptedRecording, IsCompleteAfterTheCameraGoesSilent) {
   camera_.send_signal(SIGSTOP);
   const Outcome outcome = recorder_.wait();
   camera_.send_signal(SIGCONT);
-  expect_one_line(
-      outcome, "record_camera: error gst-resource-error-quark 9: the camera has stopped sending");
+  expect_one_line(outcome,
+                  "record_camera: error gst-resource-error-quark 9: the camera has gone silent");
   expect_playable();
 }
 

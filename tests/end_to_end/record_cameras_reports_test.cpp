@@ -227,7 +227,7 @@ TEST_F(RecordCamerasReports, RefusesPlacesThatCannotBeWritten) {
   EXPECT_NE(status.err.find("cannot write the status: "), std::string::npos) << status.err;
   const Outcome diagnoses = run(service_command(configuration_, {"--diagnose", "/dev/null/here"}));
   EXPECT_EQ(diagnoses.status, 1);
-  EXPECT_NE(diagnoses.err.find("cannot write diagnoses to /dev/null/here: "), std::string::npos)
+  EXPECT_NE(diagnoses.err.find("cannot write diagnoses into /dev/null/here: "), std::string::npos)
       << diagnoses.err;
   EXPECT_EQ(run(service_command(configuration_, {"--log", "xml"})).status, 1);
   EXPECT_EQ(run(service_command(configuration_, {"--metrics", "70000"})).status, 1);

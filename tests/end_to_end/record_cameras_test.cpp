@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
             "password", camera_group + "user=joe\npassword-file=/nowhere\n",
             "[front]: cannot read the password: Failed to open file “/nowhere”: No such file or "
             "directory"},
-        Mistake{"no camera", "[defaults]\nretry=3\n", "the file contains no camera"},
+        Mistake{"no camera", "[defaults]\nretry=3\n", "there is no camera in the file"},
         Mistake{"no group", "uri=rtsp://h/\n", "Key file does not start with a group"}));
 
 TEST(RecordCameras, StartsNothingIfAFileCannotBeWritten) {

@@ -142,7 +142,7 @@ TEST(RelayStream, EndsWhenTheCameraGoesSilent) {
   const Outcome outcome = relay.wait();
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err,
-            "relay_stream: error gst-resource-error-quark 9: the camera has stopped sending\n");
+            "relay_stream: error gst-resource-error-quark 9: the camera has gone silent\n");
 }
 
 class RelayStreamSignals : public testing::TestWithParam<int> {};
