@@ -2,9 +2,10 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 
@@ -33,6 +34,24 @@ MHD_Result answer(MHD_Connection *connection, unsigned int status, std::string t
   return response ? MHD_queue_response(connection, status, response.get()) : MHD_NO;
 }
 
+// Returns a socket that the server owns. The server would not report reliably why it cannot listen.
+MHD_socket listen_on(std::uint16_t port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const int reuse = 1;
+  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (socket >= 0 && setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse) == 0 &&
+      bind(socket, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0 &&
+      listen(socket, SOMAXCONN) == 0)
+    return socket;
+  const int error = errno;
+  if (socket >= 0) close(socket);
+  throw std::runtime_error("cannot serve metrics on port " + std::to_string(port) + ": " +
+                           g_strerror(error));
+}
+
 }  // namespace
 
 struct Metrics_Server::Callbacks {
@@ -58,17 +77,11 @@ void Metrics_Server::Stop::operator()(MHD_Daemon *daemon) const noexcept {
 }
 
 Metrics_Server::Metrics_Server(std::uint16_t port) {
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  daemon_.reset(MHD_start_daemon(
-      MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO, port, nullptr, nullptr, Callbacks::on_request,
-      this, MHD_OPTION_SOCK_ADDR, reinterpret_cast<sockaddr *>(&address),
-      MHD_OPTION_CONNECTION_TIMEOUT, connection_timeout, MHD_OPTION_END));
-  if (!daemon_)
-    throw std::runtime_error("cannot serve metrics on port " + std::to_string(port) + ": " +
-                             g_strerror(errno));
+  daemon_.reset(MHD_start_daemon(MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_AUTO, port, nullptr,
+                                 nullptr, Callbacks::on_request, this, MHD_OPTION_LISTEN_SOCKET,
+                                 listen_on(port), MHD_OPTION_CONNECTION_TIMEOUT, connection_timeout,
+                                 MHD_OPTION_END));
+  if (!daemon_) throw std::runtime_error("cannot serve metrics on port " + std::to_string(port));
   const MHD_DaemonInfo *const info = MHD_get_daemon_info(daemon_.get(), MHD_DAEMON_INFO_BIND_PORT);
   port_ = info != nullptr ? info->port : port;
 }
