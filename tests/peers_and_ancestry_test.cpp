@@ -246,32 +246,32 @@ TEST_F(Ancestry, ReportsATopThatIsNotTheExpectedOne) {
 }
 
 // A bin in a pipeline. All its owners release it immediately before its parent is looked up.
-Element dying_bin;
+Element dying;
 bool bin_was_held = false;
 
 void let_go_of_bin(GstObject *object) {
-  if (object != GST_OBJECT(dying_bin.get())) return;
+  if (object != GST_OBJECT(dying.get())) return;
   const Element pipeline(GST_ELEMENT(GST_OBJECT_PARENT(object)));
-  gst_bin_remove(GST_BIN(pipeline.get()), dying_bin.get());
-  bin_was_held = reference_count(dying_bin.get()) == 2;  // this one and the walk's
-  if (bin_was_held) dying_bin.reset();
+  gst_bin_remove(GST_BIN(pipeline.get()), dying.get());
+  bin_was_held = reference_count(dying.get()) == 2;  // this one and the walk's
+  if (bin_was_held) dying.reset();
 }
 
 // Walks up from an element in the bin, while all owners of the bin release it. Returns the watch of
 // the bin.
 std::unique_ptr<Weak_Watch> walk_up_from_dying_bin(const Element &pipeline,
                                                    const std::function<void(GstElement *)> &walk) {
-  dying_bin = make_bin("dying");
-  auto watch = std::make_unique<Weak_Watch>(dying_bin.get());
+  dying = make_bin("dying");
+  auto watch = std::make_unique<Weak_Watch>(dying.get());
   const Element element = make_element("identity");
-  add_to_bin(dying_bin, element);
-  add_to_bin(pipeline, dying_bin);
+  add_to_bin(dying, element);
+  add_to_bin(pipeline, dying);
   bin_was_held = false;
   before_parent_is_asked = let_go_of_bin;
   walk(element.get());
   before_parent_is_asked = nullptr;
   EXPECT_TRUE(bin_was_held);
-  dying_bin.reset();
+  dying.reset();
   return watch;
 }
 
