@@ -9,6 +9,7 @@
 
 #include "description_repair.h"
 #include "keep_alive.h"
+#include "password_challenges.h"
 #include "stream_addresses.h"
 
 namespace kel::tavren::programs {
@@ -58,6 +59,7 @@ GstRTSPResult before_send(GstRTSPExtension *extension, GstRTSPMessage *request) 
 GstRTSPResult after_send(GstRTSPExtension *extension, GstRTSPMessage *request,
                          GstRTSPMessage *answer) noexcept {
   return call([=] {
+    remove_unsupported_challenges(answer);
     session_of(extension).addresses.note_answer(request, answer);
     session_of(extension).keep_alive.note_answer(request, answer);
   });

@@ -6,7 +6,7 @@ import re
 import secrets
 
 REALM = "camera"
-SCHEMES = ("basic", "digest", "both", "stale")
+SCHEMES = ("basic", "digest", "both", "stale", "digests")
 
 
 def _md5(text):
@@ -28,7 +28,9 @@ class PasswordCheck:
         digest = f'Digest realm="{REALM}", nonce="{self._nonce}"'
         if self._scheme == "stale" and authorization:
             digest += ", stale=TRUE"
-        return {"basic": [basic], "both": [digest, basic]}.get(self._scheme, [digest])
+        other = f'Digest realm="{REALM}", nonce="{secrets.token_hex(16)}", algorithm=SHA-256'
+        challenges = {"basic": [basic], "both": [digest, basic], "digests": [f"{digest}, algorithm=MD5", other]}
+        return challenges.get(self._scheme, [digest])
 
     def accepts(self, method, authorization):
         if self._scheme == "basic":

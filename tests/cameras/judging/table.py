@@ -292,6 +292,8 @@ CONNECTIONS = [
         options="--user jürgen --password-file {password}", password="süß", environment="LC_ALL=C"),
     row("basic and digest password", f"h264 {ODD_LOGIN} --scheme both", "mp4", "h264", options=LOGIN,
         password=ODD_PASSWORD),
+    row("digests by two hash functions", f"h264 {ODD_LOGIN} --scheme digests", "mp4", "h264", options=LOGIN,
+        password=ODD_PASSWORD),
     row("stale nonces", f"h264 aac {ODD_LOGIN} --scheme stale --session-timeout 2", "mp4", "h264 aac",
         options=LOGIN, password=ODD_PASSWORD, seconds=5),
     row("password in the environment", f"h264 {ODD_LOGIN}", "mkv", "h264", options="--user 'op er@tor'",
