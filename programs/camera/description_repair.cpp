@@ -19,6 +19,14 @@ std::vector<GstSDPMedia *> medias_of(GstSDPMessage *description) {
   return medias;
 }
 
+bool is_video(const GstSDPMedia *media) {
+  return g_strcmp0(gst_sdp_media_get_media(media), "video") == 0;
+}
+
+bool is_audio(const GstSDPMedia *media) {
+  return g_strcmp0(gst_sdp_media_get_media(media), "audio") == 0;
+}
+
 bool is_sent_by_camera(const GstSDPMedia *media) {
   return gst_sdp_media_get_attribute_val(media, "sendonly") == nullptr &&
          gst_sdp_media_get_attribute_val(media, "inactive") == nullptr;
@@ -45,10 +53,11 @@ void repair_description(GstSDPMessage *description) {
   bool sends_any = false;
   for (GstSDPMedia *const media : medias) {
     repair_protocol(media);
-    sends_any = sends_any || is_sent_by_camera(media);
+    if ((is_video(media) || is_audio(media)) && is_sent_by_camera(media)) sends_any = true;
   }
   for (GstSDPMedia *const media : medias)
-    if (sends_any && !is_sent_by_camera(media)) gst_sdp_media_set_proto(media, "backchannel");
+    if (sends_any && !is_video(media) && !is_sent_by_camera(media))
+      gst_sdp_media_set_proto(media, "backchannel");
 }
 
 }  // namespace kel::tavren::programs

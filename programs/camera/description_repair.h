@@ -11,9 +11,10 @@ namespace kel::tavren::programs {
 //
 // - A transport protocol such as RTP/AVP/TCP or rtp/avp becomes RTP/AVP. The transport is
 //   negotiated later.
-// - Streams from the client to the camera, and inactive ones, get a protocol that rtspsrc ignores,
-//   unless the camera describes all streams so. rtspsrc would set them up, and some cameras refuse
-//   that.
+// - Audio from the client to the camera gets a protocol that rtspsrc ignores, and so does every
+//   other inactive stream that is not video. rtspsrc would set them up, and some cameras refuse
+//   that. Nothing is changed if the camera describes all its video and audio like that, as some do
+//   for the streams that they send.
 void repair_description(GstSDPMessage *description);
 
 }  // namespace kel::tavren::programs

@@ -7,9 +7,10 @@
 
 namespace kel::tavren::programs {
 
-// Removes the challenges of a response that require another hash function than MD5, unless there is
-// no other challenge. rtspsrc supports only MD5. If a camera offers several, as RFC 7616 suggests,
-// rtspsrc mixes their parameters.
+// Removes the Digest challenges of a response that require another hash function than MD5 if there
+// is one with MD5. rtspsrc supports only MD5. If a camera offers several, as RFC 7616 suggests,
+// rtspsrc uses the last one. A Basic challenge alone is no reason: the password would be sent
+// unencrypted.
 void remove_unsupported_challenges(GstRTSPMessage *answer);
 
 }  // namespace kel::tavren::programs

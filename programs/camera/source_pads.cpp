@@ -44,7 +44,9 @@ void remove_source_pad(GstPad *pad) {
   g_signal_emit_by_name(manager.get(), "clear-ssrc", name.stream, name.ssrc);
   // The source removes only the newest pad of each stream, and only when it stops.
   const boost::intrusive_ptr<GstElement> source(gst_pad_get_parent_element(pad), false);
-  if (source) gst_element_remove_pad(source.get(), pad);
+  if (!source) return;
+  gst_pad_set_active(pad, FALSE);
+  gst_element_remove_pad(source.get(), pad);
 }
 
 }  // namespace kel::tavren::programs

@@ -130,7 +130,9 @@ void Camera_Session::deliver(Branch &branch, Camera_Event event) {
   {
     std::unique_lock lock(mutex_);
     released_.wait(lock, [&] { return !held_back_ || closing_ || !branch.is_current; });
-    if (closing_ || !(branch.is_current || (has_returned = takes_over(branch)))) return;
+    if (closing_ || branch.is_removed ||
+        !(branch.is_current || (has_returned = takes_over(branch))))
+      return;
     delivered_at_[branch.number] = g_get_monotonic_time();
   }
   event.number = branch.number;
@@ -278,6 +280,7 @@ void Camera_Session::remove_old_branches(guint number) {
       if (branch->number != number || branch->is_current || !branch->is_built ||
           ++kept <= branches_kept)
         continue;
+      branch->is_removed = true;  // must not become current and wait while this thread stops it
       const auto removed = branch++;
       old.splice(old.end(), branches_, removed);
     }

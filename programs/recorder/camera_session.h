@@ -78,6 +78,7 @@ private:
     guint number = 0;
     bool is_current = true;
     bool is_built = false;
+    bool is_removed = false;
     std::shared_ptr<Shared_Stream_Clock> clock;
     boost::intrusive_ptr<GstPad> source;  // the camera's, linked to the depayloader
     std::vector<GstElement *> elements;   // owned by the bin, downstream elements first

@@ -12,7 +12,7 @@ ADDRESSES = {
     "absolute": "absolute, without a base address",
 }
 METADATA = ["m=application 0 RTP/AVP 107", "a=rtpmap:107 vnd.onvif.metadata/90000", "a=control:metadata"]
-BACKCHANNEL = ["m=audio 0 RTP/AVP 0", "a=rtpmap:0 PCMU/8000", "a=control:backchannel", "a=sendonly"]
+BACKCHANNEL = ["m=audio 0 RTP/AVP 0", "a=rtpmap:0 PCMU/8000", "a=control:backchannel"]
 
 STATIC_RTPMAPS = {0: "PCMU/8000", 8: "PCMA/8000", 9: "G722/8000", 14: "MPA/90000",
                   26: "JPEG/90000", 32: "MPV/90000"}
@@ -55,13 +55,13 @@ def _without_parameter_sets(lines):
 
 
 def served(texts, count, connection="IN IP4 0.0.0.0", prefix="", rtpmaps=False, parameter_sets=True, metadata=False,
-           backchannel=False, protocol=""):
+           backchannel="", direction="", protocol=""):
     """Returns the description of the first `count` streams of the texts.
 
     `connection` is the value of each stream's c line. `prefix` is prepended to the names of
     streams. `rtpmaps` adds rtpmap lines for static payload types. Without `parameter_sets`, they
     are sent in-band only. `metadata` adds a metadata stream, `backchannel` an audio stream
-    to the camera. `protocol` replaces each stream's protocol."""
+    with this direction. `direction` is that of the other streams. `protocol` replaces each stream's protocol."""
     head, sections = _sections(texts)
     lines = [line for line in head if not line.startswith("a=tool")] + ["a=control:*"]
     for index, section in enumerate(sections[:count]):
@@ -73,9 +73,9 @@ def served(texts, count, connection="IN IP4 0.0.0.0", prefix="", rtpmaps=False, 
             section = _with_rtpmap(section, _stream(sections[index]))
         if not parameter_sets:
             section = _without_parameter_sets(section)
-        lines += [*section, f"a=control:{prefix}stream={index}"]
+        lines += [*section, f"a=control:{prefix}stream={index}", *([f"a={direction}"] if direction else [])]
     if metadata:
         lines += METADATA
     if backchannel:
-        lines += BACKCHANNEL
+        lines += [*BACKCHANNEL, f"a={backchannel}"]
     return "\r\n".join(lines) + "\r\n"

@@ -31,7 +31,8 @@ class Options:
     sender_reports: bool = True
     channel: int = None  # first channel on the connection; None: the client chooses
     metadata: bool = False
-    backchannel: bool = False
+    backchannel: str = ""  # direction of an audio stream that cannot be set up; empty: none
+    direction: str = ""  # of the other streams in the description; empty: not specified
     protocol: str = ""  # of the streams in the description; empty: RTP/AVP
     rtp_info: bool = True
     rtpmaps: bool = False
@@ -72,7 +73,8 @@ class RtspCamera:
         prefix = f"{self.uri()}/" if options.stream_addresses == "absolute" else ""
         self.description = descriptions.served(
             texts, self._count, "IN IP6 ::" if ":" in options.host else "IN IP4 0.0.0.0", prefix, options.rtpmaps,
-            options.parameter_sets, options.metadata, options.backchannel, options.protocol)
+            options.parameter_sets, options.metadata, options.backchannel,
+            options.direction, options.protocol)
 
     def stop(self):
         self._drop_all()
