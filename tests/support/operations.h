@@ -48,10 +48,10 @@ struct Operation {
     RARE     // takes tens of milliseconds and does not use the scene
   };
 
-  const char *name;
-  Use use;
+  const char *name = "";
+  Use use = SHARED;
   Expected_Error error;  // that it throws; code 0: none
-  void (*run)(const Scene &);
+  void (*run)(const Scene &) = nullptr;
 };
 
 extern const std::vector<Operation> operations;
