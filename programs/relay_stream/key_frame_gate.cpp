@@ -7,7 +7,7 @@ namespace kel::tavren::programs {
 namespace {
 
 constexpr std::chrono::seconds longest_wait_of_viewer(5);
-constexpr std::chrono::milliseconds longest_wait_of_key_frame(200);
+constexpr std::chrono::milliseconds longest_wait_of_key_frame(500);
 
 }  // namespace
 
