@@ -25,7 +25,7 @@ constexpr double default_duration = 10;  // s
 //! [look into the file]
 void print_streams(const std::string &file) {
   const std::unique_ptr<char, Emancipator<char>> uri(gst_filename_to_uri(file.c_str(), nullptr));
-  if (!uri) throw std::runtime_error("cannot convert " + file + " to a URI");
+  if (!uri) throw std::runtime_error("no URI can be made of " + file);
   print_media_table(std::cout, *Media_Helper::get_media_info(uri.get(), probe_timeout));
 }
 //! [look into the file]
@@ -40,7 +40,7 @@ void record(const Recorder_Options &options, bool quiet) {
   try {
     print_streams(file);
   } catch (const std::exception &error) {  // a missing decoder, for example
-    std::cout << "cannot list its streams: " << error.what() << std::endl;
+    std::cout << "its streams cannot be listed: " << error.what() << std::endl;
   }
 }
 
