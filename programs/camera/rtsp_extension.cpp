@@ -1,6 +1,7 @@
 #include "rtsp_extension.h"
 
 #include <new>
+#include <utility>
 
 #include <boost/intrusive_ptr.hpp>
 #include <gst/rtsp/gstrtspextension.h>
@@ -23,6 +24,7 @@ constexpr const char *extension_key = "tavren-rtsp-extension";  // of the source
 struct Session {
   Stream_Addresses addresses;
   Keep_Alive keep_alive;
+  std::function<void(guint)> on_setup_response;
 };
 
 // rtspsrc creates an element of each factory that implements the extension interface, and calls it
@@ -60,8 +62,11 @@ GstRTSPResult after_send(GstRTSPExtension *extension, GstRTSPMessage *request,
                          GstRTSPMessage *answer) noexcept {
   return call([=] {
     remove_unsupported_challenges(answer);
-    session_of(extension).addresses.note_answer(request, answer);
-    session_of(extension).keep_alive.note_answer(request, answer);
+    Session &session = session_of(extension);
+    session.addresses.note_answer(request, answer);
+    session.keep_alive.note_answer(request, answer);
+    if (request->type_data.request.method == GST_RTSP_SETUP && session.on_setup_response)
+      session.on_setup_response(answer->type_data.response.code);
   });
 }
 
@@ -140,6 +145,11 @@ GstElement *add_rtsp_source(GstElement *bin, const char *name) {
     g_object_set_data_full(G_OBJECT(source), extension_key, gst_object_ref(newest_extension),
                            gst_object_unref);
   return source;
+}
+
+void on_setup_response(GstElement *source, std::function<void(guint)> handler) {
+  const gpointer extension = g_object_get_data(G_OBJECT(source), extension_key);
+  if (extension != nullptr) session_of(extension).on_setup_response = std::move(handler);
 }
 
 void keep_session_alive(GstElement *source, GstPad *pad) {

@@ -48,7 +48,7 @@ void Camera_Connection::connect() {
   last_warning_ = nullptr;
   plans_.clear();
   session_ = std::make_unique<Camera_Session>(pipeline_, options_, transports_.front(),
-                                              recording_.container());
+                                              recording_.container(), refused_);
   try {
     session_->start();
   } catch (const Bus_Error &) {
@@ -128,8 +128,16 @@ void Camera_Connection::end_stream(guint number) {
   end_session(last_warning_ ? last_warning_ : read_error("the camera went away"));
 }
 
-// Tries the next transport, or schedules a retry. Throws the failure if neither can help.
+// Tries again without the stream that the camera refuses or with the next transport, or schedules a
+// retry. Throws the failure if none of these can help.
 void Camera_Connection::end_session(const std::exception_ptr &failure) {
+  if (!has_received_ && session_->add_refused(refused_)) {
+    session_.reset();
+    recording_.end_session();
+    reconnect_at_ = now();
+    return;
+  }
+  refused_.clear();
   const bool next_transport = can_try_next_transport(failure);
   const std::exception_ptr reason = next_transport ? failure : explain(failure);
   if (!next_transport) hooks_.session_fails(reason);

@@ -80,6 +80,7 @@ private:
   Retry_Schedule retries_;
   std::unique_ptr<Camera_Session> session_;
   std::map<guint, Stream_Plan> plans_;
+  Refused_Streams refused_;
   std::map<guint, std::string> shown_;  // printed descriptions of streams
   bool has_received_ = false;           // in this session
   bool has_ever_received_ = false;

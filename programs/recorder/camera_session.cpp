@@ -28,13 +28,15 @@ GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexce
 }  // namespace
 
 Camera_Session::Camera_Session(GstElement *pipeline, const Camera_Options &options,
-                               Transport transport, const Container &container)
-    : pipeline_(pipeline), container_(container), bin_(pipeline, "") {
+                               Transport transport, const Container &container,
+                               Refused_Streams refused)
+    : pipeline_(pipeline), container_(container), refused_(std::move(refused)), bin_(pipeline, "") {
   //! [connect]
   GstElement *const source = add_camera_source(bin_.element(), options, transport);
   Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
                                           this);
   Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
+  setup_.observe(source);
   //! [connect]
 }
 
@@ -159,10 +161,13 @@ void Camera_Session::add_restart(guint number) {
 //! [select streams]
 // Selects or skips one of the streams that the camera offers. Runs in the camera's thread.
 bool Camera_Session::select_stream(guint number, GstCaps *offered) {
+  setup_.note_offer(number);
   Camera_Event event;
   event.kind = Camera_Event::Kind::offered;
   event.number = number;
   event.plan = plan_stream(offered_rtp_caps(offered).get(), container_);
+  if (const auto refused = refused_.find(number); refused != refused_.end())
+    event.plan.obstacle = refused->second + ": the camera refuses the stream";
   const bool is_recorded = event.plan.is_recorded();
   {
     const std::lock_guard lock(mutex_);

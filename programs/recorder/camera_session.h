@@ -17,6 +17,7 @@
 
 #include "camera/camera_source.h"
 #include "camera/stream_clock.h"
+#include "camera/stream_setup.h"
 #include "pipeline_bin.h"
 #include "stream_plan.h"
 
@@ -48,9 +49,10 @@ class Camera_Session {
 public:
   static constexpr const char *events_message = "camera-events";
 
-  // Propagates exceptions of the library. Throws Bus_Error if a certificate file cannot be read.
+  // Does not select the streams that the camera refused before. Propagates exceptions of the
+  // library. Throws Bus_Error if a certificate file cannot be read.
   Camera_Session(GstElement *pipeline, const Camera_Options &options, Transport transport,
-                 const Container &container);
+                 const Container &container, Refused_Streams refused);
   // Ends the session with the camera.
   ~Camera_Session();
 
@@ -61,6 +63,9 @@ public:
   void start() { bin_.start(); }
 
   std::deque<Camera_Event> take_events();
+
+  // After a failure, adds the stream that caused it; see Stream_Setup::add_refused().
+  bool add_refused(Refused_Streams &refused) const { return setup_.add_refused(refused); }
 
   // Removes the branches of the stream that were replaced, except for the newest.
   void remove_old_branches(guint number);
@@ -104,6 +109,8 @@ private:
 
   GstElement *pipeline_;
   const Container &container_;
+  const Refused_Streams refused_;
+  Stream_Setup setup_;
   Pipeline_Bin bin_;
 
   std::mutex mutex_;  // guards all that follows

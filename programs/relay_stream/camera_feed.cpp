@@ -67,11 +67,11 @@ bool is_same_field(const Camera_Stream &a, const Camera_Stream &b, const char *f
 }
 
 // Returns whether viewers of one stream can continue with the other. H.264 parameter sets may
-// differ, because they are part of the stream.
+// differ, because they are part of the stream. A stream that the camera refuses is not relayed.
 bool is_same_stream(const Camera_Stream &a, const Camera_Stream &b) {
   const char *const fields[] = {"media",   "encoding-name",   "clock-rate",
                                 "payload", "encoding-params", "config"};
-  return a.number == b.number &&
+  return a.number == b.number && a.depayloader == b.depayloader &&
          std::all_of(std::begin(fields), std::end(fields),
                      [&](const char *field) { return is_same_field(a, b, field); });
 }
@@ -105,8 +105,8 @@ boost::intrusive_ptr<GstElement> make_pipeline() {
 }  // namespace
 
 Camera_Feed::Camera_Feed(const Camera_Options &camera, Transport transport,
-                         const Running_Time &time, Relayed_Streams known)
-    : known_(std::move(known)), pipeline_(make_pipeline()),
+                         const Running_Time &time, Relayed_Streams known, Refused_Streams refused)
+    : known_(std::move(known)), refused_(std::move(refused)), pipeline_(make_pipeline()),
       bus_(Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false) {
   for (const Shared_Stream &stream : known_)
     stream->restart();
@@ -115,6 +115,7 @@ Camera_Feed::Camera_Feed(const Camera_Options &camera, Transport transport,
   Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
                                           this);
   Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
+  setup_.observe(source);
   // If this fails, the source has posted the reason on the bus, where check() finds it.
   gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
 }
@@ -214,7 +215,12 @@ GstFlowReturn Camera_Feed::on_frame(GstAppSink *sink, gpointer stream) noexcept 
 
 // This function and the following ones run in the camera's thread.
 bool Camera_Feed::select_stream(guint number, GstCaps *offered) {
+  setup_.note_offer(number);
   Camera_Stream description = describe_stream(number, offered);
+  if (const auto refused = refused_.find(number); refused != refused_.end()) {
+    description.depayloader.clear();
+    description.obstacle = refused->second + ": the camera refuses the stream";
+  }
   const bool is_relayed = description.relayed();
   Shared_Stream stream = find_known(description);
   if (!stream) stream = std::make_shared<Relayed_Stream>(std::move(description));

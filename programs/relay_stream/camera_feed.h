@@ -11,6 +11,7 @@
 #include <gst/app/gstappsink.h>
 
 #include "camera/camera_source.h"
+#include "camera/stream_setup.h"
 #include "relayed_stream.h"
 #include "running_time.h"
 
@@ -19,11 +20,11 @@ namespace kel::tavren::programs {
 // Plays the camera and passes each frame to its relayed stream.
 class Camera_Feed {
 public:
-  // Streams of an earlier session continue if the camera offers them again. Propagates the
-  // library's exception if an element is missing. Throws Bus_Error if the certificate authorities
-  // cannot be read.
+  // Streams of an earlier session continue if the camera offers them again. Does not select the
+  // streams that the camera refused before. Propagates the library's exception if an element is
+  // missing. Throws Bus_Error if the certificate authorities cannot be read.
   Camera_Feed(const Camera_Options &camera, Transport transport, const Running_Time &time,
-              Relayed_Streams known);
+              Relayed_Streams known, Refused_Streams refused);
   // Ends the session.
   ~Camera_Feed();
 
@@ -32,6 +33,9 @@ public:
 
   // Throws the error that ended the session, if any.
   void check();
+
+  // After a failure, adds the stream that caused it; see Stream_Setup::add_refused().
+  bool add_refused(Refused_Streams &refused) const { return setup_.add_refused(refused); }
 
   // Returns whether the camera has described all its streams.
   bool is_open() const noexcept { return is_open_; }
@@ -57,6 +61,8 @@ private:
   bool is_silent(guint number) const;
 
   const Relayed_Streams known_;
+  const Refused_Streams refused_;
+  Stream_Setup setup_;
   const boost::intrusive_ptr<GstElement> pipeline_;
   const boost::intrusive_ptr<GstBus> bus_;
   bool is_open_ = false;

@@ -124,7 +124,8 @@ void Stream_Relay::tick() {
 void Stream_Relay::connect() {
   connected_at_ = now();
   has_received_ = false;
-  feed_ = std::make_unique<Camera_Feed>(options_.camera, transports_.front(), time_, streams_);
+  feed_ = std::make_unique<Camera_Feed>(options_.camera, transports_.front(), time_, streams_,
+                                        refused_);
 }
 
 // Throws the error that ended the session with the camera, if any.
@@ -158,10 +159,17 @@ void Stream_Relay::show_gap(const Absence &absence) {
             << in_seconds(length) << "): " << absence.reason << std::endl;
 }
 
-// Tries the next transport, or schedules a retry. Throws the failure if neither can help.
+// Tries again without the stream that the camera refuses or with the next transport, or schedules a
+// retry. Throws the failure if none of these can help.
 void Stream_Relay::lose_camera(const std::exception_ptr &failure) {
   const Relayed_Streams streams = feed_->streams();
+  const bool is_refused = !has_received_ && feed_->add_refused(refused_);
   feed_.reset();
+  if (is_refused) {
+    reconnect_at_ = now() + transport_pause;
+    return;
+  }
+  refused_.clear();
   if (!streams.empty() && !can_relay_any(streams)) throw nothing_to_relay();
   if (transports_.size() > 1 && !has_received_ && !is_permanent(failure) &&
       !is_unreachable(failure)) {

@@ -71,6 +71,7 @@ private:
   Loopback_Server server_;
   Retry_Schedule retries_;
   std::vector<Transport> transports_;  // the first one is in use, the others have not been tried
+  Refused_Streams refused_;
   std::unique_ptr<Relay_Media> media_;
   std::unique_ptr<Camera_Feed> feed_;
   Relayed_Streams streams_;    // streams that the media serves, and streams that are not relayed

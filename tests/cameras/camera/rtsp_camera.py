@@ -18,7 +18,7 @@ class Options:
 
     transports: set = field(default_factory=lambda: {"tcp", "udp"})
     udp_blocked: bool = False
-    statuses: dict = field(default_factory=dict)  # status codes of the responses to methods, if not 200
+    statuses: dict = field(default_factory=dict)  # status codes of responses other than 200, by method and stream
     deaf: bool = False  # accepts connections but sends no response
     credentials: tuple = None  # user, password, scheme
     certificate: object = None  # an ssl.SSLContext for rtsps

@@ -77,8 +77,9 @@ class Session:
 
     def _answer(self, request):
         options = self._camera.options
-        if request.method in options.statuses:
-            return answer(request, options.statuses[request.method])
+        for key in ((request.method, None), (request.method, self._camera.stream_named(request.uri))):
+            if key in options.statuses:
+                return answer(request, options.statuses[key])
         check = self._camera.password_check
         if check and request.method != "OPTIONS" and not check.accepts(
                 request.method, request.header("Authorization")):
