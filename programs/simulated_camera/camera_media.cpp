@@ -1,6 +1,8 @@
 #include "camera_media.h"
 
 #include <map>
+#include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include <gst/app/gstappsrc.h>
@@ -129,9 +131,23 @@ void restamp(GstElement *encoder) {
   gst_pad_add_probe(pad.get(), mask, stamp, g_new0(GstClockTime, 1), g_free);
 }
 
+// Throws the library's exception if an element of the branch is not installed. gst_parse_launch()
+// would omit the element.
+void check_elements(const std::string &branch) {
+  std::istringstream text(branch);
+  for (std::string element; std::getline(text, element, '!');) {
+    std::string factory;
+    std::istringstream(element) >> factory;
+    if (factory.find('/') != std::string::npos) continue;  // caps
+    const std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)> found(
+        Media_Helper::gst_element_factory_find_or_throw(factory), gst_object_unref);
+  }
+}
+
 // Adds a branch to a launch line. Returns the name of its payloader: the server serves payloaders
 // named pay0, pay1 and so on.
 std::string add_branch(std::string &line, const std::string &branch, int &count) {
+  check_elements(branch);
   std::string name = "pay" + std::to_string(count++);
   line += branch + " name=" + name + " ";
   return name;
@@ -140,6 +156,7 @@ std::string add_branch(std::string &line, const std::string &branch, int &count)
 }  // namespace
 
 Camera_Elements make_camera_elements(const Camera_Streams &streams, GMainContext *context) {
+  register_onvif_metadata_payloader();
   Camera_Elements elements;
   std::string line;
   int count = 0;
@@ -149,7 +166,6 @@ Camera_Elements make_camera_elements(const Camera_Streams &streams, GMainContext
   if (streams.metadata) elements.metadata = add_branch(line, metadata_branch(), count);
   if (count == 0) throw std::invalid_argument("the simulated camera has nothing to send");
 
-  register_onvif_metadata_payloader();
   elements.bin = {GST_ELEMENT_CAST(gst_object_ref_sink(
                       Media_Helper::gst_parse_launch_or_throw("( " + line + ")"))),
                   false};

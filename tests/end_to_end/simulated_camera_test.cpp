@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "child_process.h"
+#include "scratch_folder.h"
 #include "simulated_camera.h"
 #include "viewer.h"
 
@@ -168,6 +169,17 @@ TEST(SimulatedCamera, RefusesInvalidOptions) {
   expect_refusal({"--misbehave", "close@1,sulk@2"},
                  "--misbehave takes pause:S@T, drop:S@T, stop-video@T, stop-audio@T, silent@T, "
                  "close@T and gone:S@T, not \"sulk@2\"");
+}
+
+TEST(SimulatedCamera, ReportsAMissingElement) {
+  const Scratch_Folder no_plugins;
+  const Outcome outcome = run({SIMULATED_CAMERA, "--lifetime", "10"},
+                              {{"GST_REGISTRY", no_plugins.file("registry.bin")},
+                               {"GST_PLUGIN_SYSTEM_PATH_1_0", no_plugins.file("")},
+                               {"GST_PLUGIN_PATH_1_0", ""}});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "simulated_camera: error 0x151D0: Could not find factory for "
+                         "\"videotestsrc\" in gst_element_factory_find_or_throw\n");
 }
 
 }  // namespace
