@@ -1,5 +1,6 @@
 #include "rtsp_extension.h"
 
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -129,12 +130,24 @@ GType register_type() {
   return type;
 }
 
+// rtspsrc resets its sequence number when it is stopped, even while its thread is sending the first
+// events of the streams. gst_event_set_seqnum() then rejects the number. This has no effect,
+// because the elements that receive the events have stopped.
+void drop_rejected_number(const gchar *domain, GLogLevelFlags level, const gchar *message,
+                          gpointer) noexcept {
+  if (std::strstr(message, "seqnum != GST_SEQNUM_INVALID") == nullptr)
+    g_log_default_handler(domain, level, message, nullptr);
+}
+
 }  // namespace
 
 void register_rtsp_extension() {
   static const gboolean registered =
       gst_element_register(nullptr, "tavrenrtspextension", GST_RANK_MARGINAL, register_type());
   g_warn_if_fail(registered);
+  static const guint log_handler =
+      g_log_set_handler("GStreamer", G_LOG_LEVEL_CRITICAL, drop_rejected_number, nullptr);
+  g_warn_if_fail(log_handler != 0);
 }
 
 GstElement *add_rtsp_source(GstElement *bin, const char *name) {

@@ -330,6 +330,22 @@ TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
     EXPECT_NE(picture.find(element), std::string::npos) << element;
 }
 
+// The framework rejects the events of a source that is stopped while its first packet arrives.
+TEST(RecordCamera, PrintsNoWarningWhenStoppedWhileItConnects) {
+  Scratch_Folder folder;
+  Child_Process camera({SIMULATED_CAMERA, "--lifetime", "60"});
+  const std::string uri = camera.first_line();
+  for (int delay = 0; delay < 20; ++delay) {
+    Child_Process recorder(
+        {RECORD_CAMERA, "--uri", uri, "--output", folder.file("camera.mkv"), "--overwrite"});
+    ASSERT_TRUE(recorder.writes("(audio)")) << delay;
+    g_usleep(static_cast<gulong>(delay) * 1000);
+    recorder.send_signal(SIGTERM);
+    const Outcome outcome = recorder.wait();
+    EXPECT_EQ(outcome.err.find("GStreamer-"), std::string::npos) << outcome.err;
+  }
+}
+
 // However a recording ends early, its file is finished and can be played.
 class InterruptedRecording : public testing::TestWithParam<const char *> {
 protected:
