@@ -135,16 +135,16 @@ void Camera_Feed::check() {
   remove_replaced_pads();
 }
 
-// Keeps the newest replaced pad of a stream while its successor delivers frames: packets of two
-// SSRCs may arrive in turn. If the camera returns to the SSRC of a removed pad, the source adds a
-// new pad.
+// Keeps the newest replaced pad of a stream, because the camera may return to its SSRC: an SSRC
+// must not be removed while packets with it arrive. If the camera returns to the SSRC of a removed
+// pad, the source adds a new pad.
 void Camera_Feed::remove_replaced_pads() {
   std::vector<Pad> old;
   {
     const std::lock_guard lock(mutex_);
-    for (auto &[number, pads] : replaced_pads_) {
-      const std::size_t kept = is_silent(number) ? 0 : 1;
-      while (pads.size() > kept) {
+    for (auto &entry : replaced_pads_) {
+      auto &pads = entry.second;
+      while (pads.size() > 1) {
         old.push_back(std::move(pads.front()));
         pads.pop_front();
       }
@@ -204,7 +204,10 @@ gboolean Camera_Feed::on_select_stream(GstElement *, guint number, GstCaps *caps
 
 void Camera_Feed::on_pad_added(GstElement *, GstPad *pad, gpointer data) noexcept {
   auto &feed = *static_cast<Camera_Feed *>(data);
-  feed.guarded([&] { feed.link_stream(pad); });
+  feed.guarded([&] {
+    gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, on_source_packet, data, nullptr);
+    feed.link_stream(pad);
+  });
 }
 
 GstFlowReturn Camera_Feed::on_frame(GstAppSink *sink, gpointer stream) noexcept {
@@ -239,6 +242,7 @@ Shared_Stream Camera_Feed::find_known(const Camera_Stream &description) const {
 // A stream whose SSRC changes gets a new pad, which is linked to the depayloader in place of the
 // old one.
 void Camera_Feed::link_stream(GstPad *pad) {
+  const std::lock_guard linking(linking_);
   const guint number = stream_number(pad);
   boost::intrusive_ptr<GstElement> depayloader(
       gst_bin_get_by_name(GST_BIN(pipeline_.get()), branch_name(number).c_str()), false);
@@ -247,8 +251,7 @@ void Camera_Feed::link_stream(GstPad *pad) {
                    false);
     if (const Pad old{gst_pad_get_peer(sink.get()), false}) {
       gst_pad_unlink(old.get(), sink.get());
-      const std::lock_guard lock(mutex_);
-      replaced_pads_[number].push_back(old);
+      replace(old.get(), pad);
     }
   } else {
     const Relayed_Streams known = streams();
@@ -260,6 +263,32 @@ void Camera_Feed::link_stream(GstPad *pad) {
     depayloader = add_branch(*stream);
   }
   Media_Helper::link_pad_to_element_or_throw(pad, depayloader.get());
+}
+
+void Camera_Feed::replace(GstPad *old, GstPad *pad) {
+  const std::lock_guard lock(mutex_);
+  auto &pads = replaced_pads_[stream_number(pad)];
+  pads.erase(std::remove(pads.begin(), pads.end(), Pad(pad)), pads.end());
+  pads.emplace_back(old);
+}
+
+// Drops the packets of a replaced pad: an error would stop the pad's thread for good.
+GstPadProbeReturn Camera_Feed::on_source_packet(GstPad *pad, GstPadProbeInfo *,
+                                                gpointer data) noexcept {
+  if (gst_pad_is_linked(pad)) return GST_PAD_PROBE_OK;
+  auto &feed = *static_cast<Camera_Feed *>(data);
+  feed.guarded([&] { feed.link_again(pad); });
+  return GST_PAD_PROBE_DROP;
+}
+
+// Links a replaced pad in place of its successor if the camera has returned to its SSRC. Packets of
+// two SSRCs may arrive in turn.
+void Camera_Feed::link_again(GstPad *pad) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!is_silent(stream_number(pad))) return;
+  }
+  link_stream(pad);
 }
 
 GstPadProbeReturn Camera_Feed::on_packet(GstPad *, GstPadProbeInfo *info,

@@ -46,6 +46,7 @@ private:
   static gboolean on_select_stream(GstElement *, guint number, GstCaps *caps,
                                    gpointer data) noexcept;
   static void on_pad_added(GstElement *, GstPad *pad, gpointer data) noexcept;
+  static GstPadProbeReturn on_source_packet(GstPad *pad, GstPadProbeInfo *, gpointer data) noexcept;
   static GstPadProbeReturn on_packet(GstPad *, GstPadProbeInfo *info, gpointer stream) noexcept;
   static GstFlowReturn on_frame(GstAppSink *sink, gpointer stream) noexcept;
   template <typename Step>
@@ -54,6 +55,8 @@ private:
   bool select_stream(guint number, GstCaps *offered);
   std::shared_ptr<Relayed_Stream> find_known(const Camera_Stream &description) const;
   void link_stream(GstPad *pad);
+  void link_again(GstPad *pad);
+  void replace(GstPad *old, GstPad *pad);
   GstElement *add_branch(const std::shared_ptr<Relayed_Stream> &stream);
   GstElement *add_sink(const std::shared_ptr<Relayed_Stream> &stream);
   void handle(GstMessage *message);
@@ -67,6 +70,7 @@ private:
   const boost::intrusive_ptr<GstBus> bus_;
   bool is_open_ = false;
 
+  std::mutex linking_;        // held while a pad is linked to its depayloader
   mutable std::mutex mutex_;  // guards all that follows
   Relayed_Streams streams_;
   std::exception_ptr failure_;
