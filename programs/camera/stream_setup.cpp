@@ -54,7 +54,9 @@ bool Stream_Setup::add_refused(Refused_Streams &refused) const {
   const std::lock_guard lock(mutex_);
   if (!is_refusal(status_) || refused.size() + 1 >= described_) return false;
   const char *const text = gst_rtsp_status_as_text(static_cast<GstRTSPStatusCode>(status_));
-  return refused.emplace(offered_, std::to_string(status_) + ' ' + text).second;
+  return refused
+      .emplace(offered_, std::to_string(status_) + ' ' + text + ": the camera refuses the stream")
+      .second;
 }
 
 }  // namespace kel::tavren::programs

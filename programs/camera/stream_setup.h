@@ -12,7 +12,8 @@
 
 namespace kel::tavren::programs {
 
-// The statuses with which a camera refused streams, such as 404 Not Found, by the streams' numbers.
+// The reasons why streams are not selected, by their numbers: the status with which the camera
+// refused each of them, such as 404 Not Found.
 using Refused_Streams = std::map<guint, std::string>;
 
 // Observes how an RTSP source sets up its streams. rtspsrc ends the session if the camera refuses

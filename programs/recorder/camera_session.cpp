@@ -167,7 +167,7 @@ bool Camera_Session::select_stream(guint number, GstCaps *offered) {
   event.number = number;
   event.plan = plan_stream(offered_rtp_caps(offered).get(), container_);
   if (const auto refused = refused_.find(number); refused != refused_.end())
-    event.plan.obstacle = refused->second + ": the camera refuses the stream";
+    event.plan.obstacle = refused->second;
   const bool is_recorded = event.plan.is_recorded();
   {
     const std::lock_guard lock(mutex_);

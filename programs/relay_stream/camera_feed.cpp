@@ -222,7 +222,7 @@ bool Camera_Feed::select_stream(guint number, GstCaps *offered) {
   Camera_Stream description = describe_stream(number, offered);
   if (const auto refused = refused_.find(number); refused != refused_.end()) {
     description.depayloader.clear();
-    description.obstacle = refused->second + ": the camera refuses the stream";
+    description.obstacle = refused->second;
   }
   const bool is_relayed = description.relayed();
   Shared_Stream stream = find_known(description);
