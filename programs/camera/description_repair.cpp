@@ -19,14 +19,6 @@ std::vector<GstSDPMedia *> medias_of(GstSDPMessage *description) {
   return medias;
 }
 
-bool is_video(const GstSDPMedia *media) {
-  return g_strcmp0(gst_sdp_media_get_media(media), "video") == 0;
-}
-
-bool is_audio(const GstSDPMedia *media) {
-  return g_strcmp0(gst_sdp_media_get_media(media), "audio") == 0;
-}
-
 bool is_sent_by_camera(const GstSDPMedia *media) {
   return gst_sdp_media_get_attribute_val(media, "sendonly") == nullptr &&
          gst_sdp_media_get_attribute_val(media, "inactive") == nullptr;
@@ -47,6 +39,14 @@ void repair_protocol(GstSDPMedia *media) {
 }
 
 }  // namespace
+
+bool is_video(const GstSDPMedia *media) {
+  return g_strcmp0(gst_sdp_media_get_media(media), "video") == 0;
+}
+
+bool is_audio(const GstSDPMedia *media) {
+  return g_strcmp0(gst_sdp_media_get_media(media), "audio") == 0;
+}
 
 void repair_description(GstSDPMessage *description) {
   const std::vector<GstSDPMedia *> medias = medias_of(description);

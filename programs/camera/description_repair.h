@@ -7,6 +7,9 @@
 
 namespace kel::tavren::programs {
 
+bool is_video(const GstSDPMedia *media);
+bool is_audio(const GstSDPMedia *media);
+
 // Makes rtspsrc accept the description as other clients do. Call this before rtspsrc reads it.
 //
 // - A transport protocol such as RTP/AVP/TCP or rtp/avp becomes RTP/AVP. The transport is

@@ -4,6 +4,7 @@
 #include <gst/sdp/gstsdpmessage.h>
 #include <tavren/capture/media_helper.h>
 
+#include "description_repair.h"
 #include "rtsp_extension.h"
 
 namespace kel::tavren::programs {
@@ -19,11 +20,6 @@ bool is_refusal(guint status) {
          status != GST_RTSP_STS_UNSUPPORTED_TRANSPORT;
 }
 
-bool is_media(const GstSDPMedia *media) {
-  return g_str_equal(gst_sdp_media_get_media(media), "video") ||
-         g_str_equal(gst_sdp_media_get_media(media), "audio");
-}
-
 }  // namespace
 
 void Stream_Setup::observe(GstElement *source) {
@@ -36,8 +32,10 @@ void Stream_Setup::on_description(GstElement *, gpointer description, gpointer s
   const auto *const message = static_cast<const GstSDPMessage *>(description);
   const std::lock_guard lock(self.mutex_);
   self.described_ = 0;
-  for (guint i = 0; i < gst_sdp_message_medias_len(message); ++i)
-    if (is_media(gst_sdp_message_get_media(message, i))) ++self.described_;
+  for (guint i = 0; i < gst_sdp_message_medias_len(message); ++i) {
+    const GstSDPMedia *const media = gst_sdp_message_get_media(message, i);
+    if (is_video(media) || is_audio(media)) ++self.described_;
+  }
 }
 
 void Stream_Setup::note_offer(guint number) {

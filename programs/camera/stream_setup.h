@@ -5,7 +5,6 @@
 
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include <gst/gst.h>
