@@ -61,10 +61,18 @@ std::string Child_Process::first_line() {
   return out_.text.substr(0, out_.text.find('\n'));
 }
 
-bool Child_Process::writes(const std::string &text) {
+bool Child_Process::writes(const std::string &text, int times) {
   const gint64 deadline = g_get_monotonic_time() + longest_wait;
-  while (out_.text.find(text) == std::string::npos)
-    if (!read_some(deadline)) return false;
+  std::size_t searched = 0;
+  while (times > 0) {
+    const auto found = out_.text.find(text, searched);
+    if (found != std::string::npos) {
+      searched = found + text.size();
+      --times;
+    } else if (!read_some(deadline)) {
+      return false;
+    }
+  }
   return true;
 }
 
