@@ -72,7 +72,11 @@ GstPadProbeReturn refuse_to_seek(GstPad *, GstPadProbeInfo *info, gpointer) noex
   return GST_PAD_PROBE_HANDLED;
 }
 
-gboolean discard(GstBuffer *, guint8, gpointer) noexcept {
+// A stream that has both a packet and a report to send continues after the first of them only if
+// it is notified that this was sent.
+template <typename Data>
+gboolean discard(Data *, guint8, gpointer receiver) noexcept {
+  gst_rtsp_stream_transport_message_sent(static_cast<GstRTSPStreamTransport *>(receiver));
   return TRUE;
 }
 
@@ -85,7 +89,10 @@ Object<GstRTSPStreamTransport> make_discarding_receiver(GstRTSPStream *stream) {
   transport->destination = g_strdup("nowhere");
   Object<GstRTSPStreamTransport> receiver(gst_rtsp_stream_transport_new(stream, transport),
                                           g_object_unref);
-  gst_rtsp_stream_transport_set_callbacks(receiver.get(), discard, discard, nullptr, nullptr);
+  gst_rtsp_stream_transport_set_callbacks(receiver.get(), discard<GstBuffer>, discard<GstBuffer>,
+                                          receiver.get(), nullptr);
+  gst_rtsp_stream_transport_set_list_callbacks(receiver.get(), discard<GstBufferList>,
+                                               discard<GstBufferList>, receiver.get(), nullptr);
   return receiver;
 }
 

@@ -73,7 +73,7 @@ void expect_no_more(const Resources &now, const Resources &before) {
 
 void watch_for_a_moment(const std::string &uri, const char *media, const char *transport) {
   const Viewer viewer(uri, media, transport);
-  ASSERT_TRUE(viewer.sees(5));
+  ASSERT_TRUE(viewer.sees(5)) << viewer.error();
 }
 
 // Returns the resources of the relay after it has served each stream over each transport.

@@ -1,6 +1,7 @@
 #include "viewer.h"
 
 #include <array>
+#include <memory>
 #include <utility>
 
 #include <tavren/capture/media_helper.h>
@@ -41,6 +42,20 @@ bool Viewer::sees(std::size_t packets) const {
   while (count() < enough && g_get_monotonic_time() < deadline)
     g_usleep(5000);
   return count() >= enough;
+}
+
+std::string Viewer::error() const {
+  const boost::intrusive_ptr<GstBus> bus(
+      Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false);
+  const boost::intrusive_ptr<GstMessage> message(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR),
+                                                 false);
+  if (!message) return {};
+  GError *failure = nullptr;
+  gchar *details = nullptr;
+  gst_message_parse_error(message.get(), &failure, &details);
+  const std::unique_ptr<GError, decltype(&g_error_free)> owned_failure(failure, g_error_free);
+  const std::unique_ptr<gchar, decltype(&g_free)> owned_details(details, g_free);
+  return std::string(failure->message) + (details != nullptr ? details : "");
 }
 
 bool Viewer::sees_end() const {

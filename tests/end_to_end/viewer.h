@@ -33,6 +33,9 @@ public:
   // Waits for the given number of further packets. Returns false after a timeout.
   bool sees(std::size_t packets) const;
 
+  // Returns the error that ended the stream; empty if there is none.
+  std::string error() const;
+
   // Waits until the stream ends in any way. Returns false after a timeout.
   bool sees_end() const;
 
