@@ -16,7 +16,7 @@ namespace kel::tavren::tests {
 
 namespace {
 
-constexpr gint64 longest_wait = gint64{30} * G_USEC_PER_SEC;
+constexpr gint64 longest_wait = gint64{60} * G_USEC_PER_SEC;
 
 using Texts = std::unique_ptr<char *, decltype(&g_strfreev)>;
 

@@ -29,7 +29,7 @@ def serve(description, start):
     try:
         reservation = reserved_port("127.0.0.1")
         uri = start(arguments, folder, reservation.getsockname()[1], processes)
-        wait_until(lambda: _describes(uri), processes)
+        wait_until(lambda: accepts_request("DESCRIBE", uri), processes)
         print(uri, flush=True)
         processes[0].wait(arguments.lifetime)
     except subprocess.TimeoutExpired:
@@ -73,13 +73,14 @@ def accepts_connections(port):
         return False
 
 
-def _describes(uri):
-    """Returns True once the server answers DESCRIBE with a session."""
+def accepts_request(method, uri, *headers):
+    """Returns whether the server answers a request with 200."""
     port = int(uri.split(":")[2].split("/")[0])
+    lines = [f"{method} {uri} RTSP/1.0", "CSeq: 1", *headers, "", ""]
     try:
         with socket.create_connection(("127.0.0.1", port), 2) as connection:
             connection.settimeout(2)
-            connection.sendall(f"DESCRIBE {uri} RTSP/1.0\r\nCSeq: 1\r\n\r\n".encode())
+            connection.sendall("\r\n".join(lines).encode())
             return b" 200 " in connection.recv(4096)
     except OSError:
         return False

@@ -23,7 +23,8 @@ def _output_reasons(case, outcome):
         yield f"did not end within {case.longest():.0f} s"
     elif not case.signal.startswith("KILL"):
         if outcome.status != case.status:
-            yield f"exit status {outcome.status}, not {case.status}"
+            last_line = outcome.err.rstrip().rpartition("\n")[2]
+            yield f"exit status {outcome.status}, not {case.status}, {last_line!r}"
         yield from _stderr_reasons(outcome)
     text = outcome.out + outcome.err
     for pattern in case.lines:
