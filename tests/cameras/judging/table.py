@@ -420,9 +420,9 @@ RELAYED = [
     row("relayed with a clock that wraps around", "relayed h264 aac --misbehave wrap@4 --no-rtp-info", "mp4",
         "h264 aac", seconds=5),
     row("relayed with a new SSRC", "relayed h264 aac --misbehave ssrc@4", "mp4", "h264 aac", seconds=5,
-        whole=False, largest_step=1.2, tolerance=0.5),
+        whole=False, largest_step=1.2, tolerance=0.5, apart=1.1),
     row("relayed with an SSRC that returns", "relayed h264 aac --misbehave ssrc@4 --misbehave first-ssrc@6",
-        "mp4", "h264 aac", seconds=8, whole=False, largest_step=2.2, tolerance=2.2),
+        "mp4", "h264 aac", seconds=8, whole=False, largest_step=2.2, tolerance=2.2, apart=1.1),
 ]
 
 CASES = [*CODECS, *FAULTS, *SERVERS, *CONNECTIONS, *RECORDINGS, *RELAYED]
