@@ -36,9 +36,10 @@ void Recorder_Thread::record() noexcept {
 
 void Recorder_Thread::end(std::exception_ptr failure) noexcept {
   failure_ = std::move(failure);
-  if (failure_) events_.write_failure(name_, failure_);
   ended_at_ = g_get_real_time();
   has_ended_ = true;
+  // Only now: whoever reads this may reload the configuration at once to try the camera again.
+  if (failure_) events_.write_failure(name_, failure_);
 }
 
 void Recorder_Thread::stop() {
