@@ -28,7 +28,13 @@ void send_many_reports(GstRTSPStream *stream) {
   g_object_set(session.get(), "rtcp-min-interval", guint64{GST_MSECOND}, "bandwidth", 1e9, nullptr);
 }
 
-TEST(LiveMedia, PlaysWithoutViewersWhenItSendsPacketsAndReportsAtOnce) {
+class LiveMedia : public testing::Test {
+protected:
+  // The threads of the server end later than the server.
+  ~LiveMedia() override { gst_rtsp_thread_pool_cleanup(); }
+};
+
+TEST_F(LiveMedia, PlaysWithoutViewersWhenItSendsPacketsAndReportsAtOnce) {
   constexpr int enough = 2000;
   programs::Loopback_Server server(nullptr, 0);
   const Element bin(GST_ELEMENT_CAST(gst_object_ref_sink(Media_Helper::gst_parse_launch_or_throw(
