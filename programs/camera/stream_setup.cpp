@@ -20,6 +20,16 @@ bool is_refusal(guint status) {
          status != GST_RTSP_STS_UNSUPPORTED_TRANSPORT;
 }
 
+// GStreamer 1.18 also sets up streams that were not selected.
+bool can_omit_streams() {
+  guint major = 0;
+  guint minor = 0;
+  guint micro = 0;
+  guint nano = 0;
+  gst_version(&major, &minor, &micro, &nano);
+  return major > 1 || minor >= 20;
+}
+
 }  // namespace
 
 void Stream_Setup::observe(GstElement *source) {
@@ -50,7 +60,7 @@ void Stream_Setup::note_response(guint status) {
 
 bool Stream_Setup::add_refused(Refused_Streams &refused) const {
   const std::lock_guard lock(mutex_);
-  if (!is_refusal(status_) || refused.size() + 1 >= described_) return false;
+  if (!can_omit_streams() || !is_refusal(status_) || refused.size() + 1 >= described_) return false;
   const char *const text = gst_rtsp_status_as_text(static_cast<GstRTSPStatusCode>(status_));
   return refused
       .emplace(offered_, std::to_string(status_) + ' ' + text + ": the camera refuses the stream")

@@ -27,7 +27,8 @@ public:
   void note_offer(guint number);
 
   // Adds the stream that the camera refused last, if it has refused one, and if the camera
-  // describes streams that are not among those already refused. Returns whether it was added.
+  // describes streams that are not among those already refused. Returns whether it was added. Adds
+  // none with GStreamer 1.18, which cannot omit a stream.
   bool add_refused(Refused_Streams &refused) const;
 
 private:
