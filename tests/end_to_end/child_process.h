@@ -35,7 +35,8 @@ public:
 
   // Waits for a line on its stdout, and returns it without the newline; empty if there is none.
   std::string first_line();
-  // Waits until its stdout contains a text so many times. Returns false after a timeout.
+  // Waits until its stdout contains a text the given number of times. Returns false after a
+  // timeout.
   bool writes(const std::string &text, int times = 1);
   void send_signal(int number) const;
   pid_t id() const noexcept { return pid_; }

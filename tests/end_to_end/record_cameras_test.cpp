@@ -232,6 +232,7 @@ TEST_F(RecordCamerasReload, TriesAFailedCameraAgain) {
   Child_Process service(service_command(configuration_, {"--log", "json"}));
   ASSERT_TRUE(service.writes("Connection refused"));
   reload(service, gone + group("front", camera_.uri, output("front.mkv")));
+  ASSERT_TRUE(service.writes("again\""));
   ASSERT_TRUE(service.writes("Connection refused", 2));
   ASSERT_TRUE(eventually([&] { return is_recorded(output("front.mkv")); }));
   EXPECT_EQ(end(service).status, 1);
