@@ -40,7 +40,7 @@ class Case:
     rate          pictures per second
     whole         False: pictures were lost, so decoding may report errors
     apart         s, tolerance of the start of a stream
-    total         s, of all files together, if nothing may be lost between them
+    total         s, of a stream in all files together, if nothing may be lost between them
     signal        "NAME@SECONDS": signal to the recorder, at a time after PLAY
     password      written to a file for --password-file; the recorder must not reveal it
     environment   environment variables of the recorder, NAME=VALUE

@@ -1,6 +1,7 @@
 """Compares the output and the files of a recorder with the expectations of a case."""
 
 import re
+from collections import Counter
 
 from .case import EXISTING_CONTENTS
 from .media_files import decoding_errors, read_media_file
@@ -49,7 +50,7 @@ def _file_reasons(case, folder):
     patterns = case.file_names()
     if len(found) != len(patterns) or not all(map(re.fullmatch, patterns, sorted(found, key=_number))):
         yield f"files {found}, not {len(patterns)}"
-    total = 0
+    totals = Counter()  # s, of the video and of the audio: one may change files before the other
     for index, name in enumerate(sorted(found, key=_number)[:len(patterns)]):
         if case.existing and "--overwrite" not in case.options:
             if (folder / name).read_bytes() != EXISTING_CONTENTS:
@@ -59,12 +60,14 @@ def _file_reasons(case, folder):
         if isinstance(media, str):
             yield f"{name}: {media}"
             continue
-        total += max((stream.seconds() for stream in media.streams), default=0)
+        for stream in media.streams:
+            totals[stream.is_video] += stream.seconds()
         for reason in _media_reasons(case, case.expected_streams(index), media, name):
             yield f"{name}: {reason}"
         errors = decoding_errors(folder / name) if case.whole else ""
         if errors and not (case.is_killed() and re.fullmatch(CUT_SHORT, errors)):
             yield f"{name}: ffmpeg: {errors}"
+    total = max(totals.values(), default=0)
     if case.total is not None and abs(total - case.total) > TOTAL_TOLERANCE:
         yield f"{total:.2f} s in all files, not {case.total} s"
 
