@@ -43,7 +43,8 @@ TEST(RelayedPackets, KeepTheTimestampsOfTheCameraThroughAPauseAndABurst) {
   expect_steps(viewer.timestamp_steps(), frame_step, millisecond);
 }
 
-// A key frame begins with a sequence parameter set, after an access unit delimiter.
+// A key frame begins with a sequence parameter set, after an access unit delimiter. On a busy
+// machine, the last packet of the picture before it can still be in the queue of the RTSP server.
 TEST(RelayedPackets, BeginWithAKeyFrameForEachViewer) {
   constexpr int delimiter = 9;
   constexpr int sequence_parameter_set = 7;
@@ -52,8 +53,10 @@ TEST(RelayedPackets, BeginWithAKeyFrameForEachViewer) {
   for (const char *const transport : {"tcp", "udp", "tcp", "udp"}) {
     const Viewer viewer(relay.uri, "video", transport);
     ASSERT_TRUE(viewer.sees(5));
-    EXPECT_EQ(viewer.packets()[0].h264_unit_type(), delimiter);
-    EXPECT_EQ(viewer.packets()[1].h264_unit_type(), sequence_parameter_set);
+    const std::vector<Packet> packets = viewer.packets();
+    const std::size_t first = packets[0].h264_unit_type() == delimiter ? 0 : 1;
+    EXPECT_EQ(packets[first].h264_unit_type(), delimiter);
+    EXPECT_EQ(packets[first + 1].h264_unit_type(), sequence_parameter_set);
     // Connects the next viewer at another position between two key frames.
     g_usleep(G_TIME_SPAN_SECOND / 7);
   }
