@@ -67,8 +67,8 @@ def read_media_file(path):
 def decoding_errors(path):
     """Returns the errors that ffmpeg prints while it decodes the file; empty if there are none."""
     # In units of whole frames, two pictures that are slightly less than a frame apart could get the same time.
-    file_time_base = ["-enc_time_base:v", "-1"]
-    command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-map", "0", *file_time_base,
+    time_base = ["-enc_time_base:v", "1:90000"]
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-threads", "1", "-i", str(path), "-map", "0", *time_base,
                "-f", "null", "-"]
     result = subprocess.run(command, capture_output=True, text=True, errors="replace", timeout=TIMEOUT)
     return _one_line(result.stderr)
