@@ -129,12 +129,10 @@ void *note(void *block) noexcept {
 extern "C" {
 
 // The C library's functions, by the names that remain available when they are replaced below.
-// NOLINTBEGIN(bugprone-reserved-identifier)
 void *__libc_malloc(std::size_t size);
 void *__libc_calloc(std::size_t nmemb, std::size_t size);
 void *__libc_realloc(void *ptr, std::size_t size);
 void __libc_free(void *ptr);
-// NOLINTEND(bugprone-reserved-identifier)
 
 void *malloc(std::size_t size) noexcept {
   return note(__libc_malloc(size));
