@@ -1,7 +1,5 @@
 // Runs the program simulated_camera as users do.
 
-#include <unistd.h>
-
 #include <csignal>
 
 #include <algorithm>
@@ -75,9 +73,10 @@ TEST(SimulatedCamera, ListensOnTheRequestedPort) {
 // A viewer may join in the middle of a key frame, so skip to a later one before decoding.
 TEST(SimulatedCamera, SendsSlicesThatDecodeWithoutErrors) {
   const Camera camera({"--slices", "4", "--audio", "none"});
-  const std::string file = testing::TempDir() + "slices-" + std::to_string(getpid()) + ".mkv";
-  const Outcome recorded = run({"ffmpeg", "-v", "fatal", "-nostdin", "-y", "-rtsp_transport", "tcp",
-                                "-i", camera.uri, "-t", "3", "-c", "copy", file});
+  const Scratch_Folder folder;
+  const std::string file = folder.file("slices.mkv");
+  const Outcome recorded = run({"ffmpeg", "-v", "fatal", "-nostdin", "-rtsp_transport", "tcp", "-i",
+                                camera.uri, "-t", "3", "-c", "copy", file});
   ASSERT_EQ(recorded.status, 0) << recorded.err;
   const Outcome decoded =
       run({"ffmpeg", "-v", "warning", "-nostdin", "-ss", "1", "-i", file, "-f", "null", "-"});
