@@ -49,13 +49,14 @@ TEST(RelayedPackets, KeepTheTimestampsOfTheCameraThroughAPauseAndABurst) {
 std::size_t pictures_before_key_frame(const std::vector<Packet> &packets) {
   constexpr int delimiter = 9;
   constexpr int sequence_parameter_set = 7;
+  const auto key_frame = std::adjacent_find(
+      packets.begin(), packets.end(), [](const Packet &packet, const Packet &next) {
+        return packet.h264_unit_type() == delimiter &&
+               next.h264_unit_type() == sequence_parameter_set;
+      });
   std::set<guint32> pictures;
-  for (std::size_t i = 0; i + 1 < packets.size(); ++i) {
-    if (packets[i].h264_unit_type() == delimiter &&
-        packets[i + 1].h264_unit_type() == sequence_parameter_set)
-      break;
-    pictures.insert(packets[i].timestamp);
-  }
+  std::for_each(packets.begin(), key_frame,
+                [&pictures](const Packet &packet) { pictures.insert(packet.timestamp); });
   return pictures.size();
 }
 
