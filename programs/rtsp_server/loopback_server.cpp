@@ -11,6 +11,8 @@ namespace kel::tavren::programs {
 namespace {
 
 constexpr guint expiry_interval = 2000;  // ms
+// A client that connects while the queue is full tries again after a second.
+constexpr int connections_to_queue = 128;
 
 using Mount_Points = boost::intrusive_ptr<GstRTSPMountPoints>;
 
@@ -42,6 +44,7 @@ Loopback_Server::Loopback_Server(GMainContext *context, int port)
       gst_rtsp_server_get_thread_pool(server_.get()), g_object_unref);
   gst_rtsp_thread_pool_set_max_threads(threads.get(), -1);
   gst_rtsp_server_set_address(server_.get(), "127.0.0.1");
+  gst_rtsp_server_set_backlog(server_.get(), connections_to_queue);
   listen();
   keep_port();
   expiry_.emplace(context_.get(), expiry_interval, Timer::Kind::repeated,

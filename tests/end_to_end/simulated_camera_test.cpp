@@ -2,7 +2,16 @@
 
 #include <csignal>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <list>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -30,6 +39,43 @@ gint64 longest_wait(const std::vector<Packet> &packets) {
   for (std::size_t i = 1; i < packets.size(); ++i)
     longest = std::max(longest, packets[i].arrival - packets[i - 1].arrival);
   return longest;
+}
+
+// A connection to a port on 127.0.0.1.
+class Connection {
+public:
+  explicit Connection(const std::string &port)
+      : socket_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<in_port_t>(std::stoi(port)));
+    is_started_ =
+        connect(socket_, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 ||
+        errno == EINPROGRESS;
+  }
+  ~Connection() { close(socket_); }
+  Connection(const Connection &) = delete;
+  Connection &operator=(const Connection &) = delete;
+
+  bool is_established() const {
+    constexpr int shorter_than_a_retry = 500;  // ms
+    pollfd writable{socket_, POLLOUT, 0};
+    return is_started_ && poll(&writable, 1, shorter_than_a_retry) == 1 &&
+           writable.revents == POLLOUT;
+  }
+
+private:
+  int socket_;
+  bool is_started_;
+};
+
+TEST(SimulatedCamera, QueuesConnectionsWhileItIsBusy) {
+  const Camera camera;
+  camera.send_signal(SIGSTOP);
+  std::list<Connection> connections;
+  for (int i = 0; i < 50; ++i)
+    ASSERT_TRUE(connections.emplace_back(port_of(camera.uri)).is_established()) << i;
 }
 
 TEST(SimulatedCamera, KeepsTheClockOfAViewerWhileOthersConnect) {
