@@ -16,6 +16,7 @@ using capture::Media_Helper;
 namespace {
 
 constexpr guint64 connection_timeout = guint64{10} * G_USEC_PER_SEC;
+constexpr GstClockTime late_start = GST_SECOND;
 
 using Error = std::unique_ptr<GError, decltype(&g_error_free)>;
 using Tls_Database = std::unique_ptr<GTlsDatabase, decltype(&g_object_unref)>;
@@ -69,11 +70,27 @@ GstPadProbeReturn drop_goodbye(GstPad *, GstPadProbeInfo *info, gpointer) noexce
   return says_goodbye ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
 }
 
+// Over TCP, rtspsrc stamps the first packet of each stream with the arrival time of the first
+// packet of any stream, although a stream may start much later. Behind this pad, a packet may wait
+// while the elements for its stream are created.
+GstPadProbeReturn stamp_late_start(GstPad *pad, GstPadProbeInfo *info, gpointer) noexcept {
+  GstBuffer *packet = gst_pad_probe_info_get_buffer(info);
+  const GstClockTime now = gst_element_get_current_running_time(GST_PAD_PARENT(pad));
+  if (GST_BUFFER_PTS_IS_VALID(packet) && GST_CLOCK_TIME_IS_VALID(now) &&
+      now > GST_BUFFER_PTS(packet) + late_start) {
+    packet = gst_buffer_make_writable(packet);
+    GST_BUFFER_PTS(packet) = now;
+    info->data = packet;
+  }
+  return GST_PAD_PROBE_REMOVE;
+}
+
 void on_manager_pad(GstElement *, GstPad *pad, gpointer source) noexcept {
   if (g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtcp_sink"))
     gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, drop_goodbye, nullptr, nullptr);
-  if (source != nullptr && g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtp_sink"))
-    keep_session_alive(GST_ELEMENT(source), pad);
+  if (source == nullptr || !g_str_has_prefix(GST_PAD_NAME(pad), "recv_rtp_sink")) return;
+  keep_session_alive(GST_ELEMENT(source), pad);
+  gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, stamp_late_start, nullptr, nullptr);
 }
 
 void on_new_manager(GstElement *source, GstElement *manager, gpointer is_over_udp) noexcept {

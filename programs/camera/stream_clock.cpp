@@ -35,11 +35,12 @@ guint rate_on(GstPad *pad) noexcept {
   return rate > 0 ? static_cast<guint>(rate) : 0;
 }
 
-// Returns the time that the jitter buffer gave to a packet. Over TCP, rtspsrc stamps the first
-// packet of each stream with the arrival time of the first packet of any stream, although a stream
-// may start much later.
-GstClockTime expected_time(GstBuffer *packet, GstPad *pad) noexcept {
+// Returns the time that the jitter buffer gave to a packet. Over TCP, the jitter buffer does not
+// follow the arrival of the packets, so its times may fall far behind. The first packet may be late
+// because the elements for its stream had to be created.
+GstClockTime expected_time(GstBuffer *packet, GstPad *pad, bool is_first) noexcept {
   const GstClockTime stamp = GST_BUFFER_DTS_OR_PTS(packet);
+  if (is_first && GST_CLOCK_TIME_IS_VALID(stamp)) return stamp;
   const GstClockTime now = gst_element_get_current_running_time(GST_PAD_PARENT(pad));
   if (!GST_CLOCK_TIME_IS_VALID(stamp)) return now;
   return GST_CLOCK_TIME_IS_VALID(now) && now > stamp + tolerance ? now : stamp;
@@ -54,7 +55,7 @@ GstBuffer *with_time(GstBuffer *packet, GstPad *pad, Shared_Stream_Clock &clock)
   gst_rtp_buffer_unmap(&rtp);
 
   const guint rate = rate_on(pad);
-  const GstClockTime expected = expected_time(packet, pad);
+  const GstClockTime expected = expected_time(packet, pad, !clock.has_started());
   if (rate == 0 || !GST_CLOCK_TIME_IS_VALID(expected)) return packet;
   packet = gst_buffer_make_writable(packet);
   GST_BUFFER_PTS(packet) = clock.time_of(ssrc, rate, timestamp, expected);
@@ -159,6 +160,11 @@ gint64 Stream_Clock::step_to(guint32 timestamp, gint64 elapsed) noexcept {
   }
   const gint64 usual = std::max(usual_step_, shortest_step);
   return elapsed > usual + tolerance / 2 ? elapsed : usual;
+}
+
+bool Shared_Stream_Clock::has_started() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return clock_.has_value();
 }
 
 GstClockTime Shared_Stream_Clock::time_of(guint32 ssrc, guint rate, guint32 timestamp,

@@ -62,9 +62,11 @@ class Shared_Stream_Clock {
 public:
   // Returns the time in ns of a packet; see Stream_Clock. `rate` is the rate of the stream in Hz.
   GstClockTime time_of(guint32 ssrc, guint rate, guint32 timestamp, GstClockTime expected) noexcept;
+  // Returns whether a packet has been given a time.
+  bool has_started() const noexcept;
 
 private:
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   guint32 ssrc_ = 0;
   std::optional<Stream_Clock> clock_;
 };

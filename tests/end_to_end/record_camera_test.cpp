@@ -17,6 +17,7 @@
 #include "child_process.h"
 #include "media_contents.h"
 #include "scratch_folder.h"
+#include "simulated_camera.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -309,6 +310,18 @@ TEST(RecordCamera, RecordsARelayedCamera) {
   const Outcome relayed = relay.wait();
   EXPECT_EQ(relayed.status, 0) << relayed.err;
   EXPECT_NE(relayed.out.find("VND.ONVIF.METADATA"), std::string::npos) << relayed.out;
+}
+
+// The audio that arrives while its parser is being created must not be recorded as late.
+TEST(RecordCamera, KeepsStreamsSynchronisedWhenElementsAreSlowToCreate) {
+  Scratch_Folder folder;
+  const std::string file = folder.file("camera.mkv");
+  const Camera camera;
+  const Outcome outcome = run({RECORD_CAMERA_WITH_SLOW_PARSER, "--uri", camera.uri, "--transport",
+                               "tcp", "--duration", std::to_string(duration), "--output", file});
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  for (const auto &[codec, frames] : read_back(file).frames)
+    EXPECT_GE(frames, least_frames(codec)) << codec;
 }
 
 TEST(RecordCamera, ShowsTheStreamToAViewerAndDrawsThePipeline) {
