@@ -151,15 +151,15 @@ TEST(SimulatedCameraMisbehaviour, DropLosesThePacketsSentMeanwhile) {
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(150));
   EXPECT_GT(longest_wait(viewer.packets()), G_TIME_SPAN_SECOND * 8 / 10);
-  EXPECT_GT(lost(viewer.packets()), 20);
+  EXPECT_GT(lost(viewer.packets()), 15);  // 25 unless the machine is too slow for the frame rate
 }
 
 TEST(SimulatedCameraMisbehaviour, StopEndsOneStreamAndContinuesTheOther) {
-  const Camera camera({"--misbehave", "stop-audio@1"});
+  const Camera camera({"--misbehave", "stop-audio@3"});
   const Viewer video(camera.uri, "video");
   const Viewer audio(camera.uri, "audio");
   ASSERT_TRUE(audio.sees(10));
-  ASSERT_TRUE(video.sees(150));
+  ASSERT_TRUE(video.sees(300));
   const std::size_t before = audio.packets().size();
   ASSERT_TRUE(video.sees(50));
   EXPECT_EQ(audio.packets().size(), before);
