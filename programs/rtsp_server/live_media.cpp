@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include <gst/app/gstappsrc.h>
 #include <tavren/capture/media_helper.h>
 
 #include "command_line/program.h"
@@ -70,6 +71,14 @@ GstPadProbeReturn refuse_to_seek(GstPad *, GstPadProbeInfo *info, gpointer) noex
   if (GST_QUERY_TYPE(query) != GST_QUERY_SEEKING) return GST_PAD_PROBE_OK;
   gst_query_set_seeking(query, GST_FORMAT_TIME, FALSE, 0, -1);
   return GST_PAD_PROBE_HANDLED;
+}
+
+// Receivers over TCP send their reports through an appsrc. Without caps, its segment would precede
+// the caps of reports that later arrive over UDP, and GStreamer would warn about this.
+void set_caps_of_reports(GstBin *, GstBin *, GstElement *element, gpointer) noexcept {
+  if (!GST_IS_APP_SRC(element)) return;
+  const boost::intrusive_ptr<GstCaps> caps(gst_caps_new_empty_simple("application/x-rtcp"), false);
+  gst_app_src_set_caps(GST_APP_SRC(element), caps.get());
 }
 
 // A stream that has both a packet and a report to send continues after the first of them only if
@@ -144,6 +153,8 @@ public:
       Media_Helper::add_probe_to_sink_pad_or_throw(
           payloader.get(), GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, refuse_to_seek, nullptr, nullptr);
     }
+    Media_Helper::g_signal_connect_or_throw(pipeline_.get(), "deep-element-added",
+                                            G_CALLBACK(set_caps_of_reports), nullptr);
     watch_errors();
   }
 

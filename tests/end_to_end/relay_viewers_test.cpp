@@ -138,6 +138,18 @@ TEST(RelayViewers, AreNotAffectedByStoppedOrKilledViewers) {
   EXPECT_LE(after.threads, expected.threads);
 }
 
+// The first viewer sends reports over TCP, the second over UDP.
+TEST(RelayViewers, OverBothTransportsCauseNoWarning) {
+  const Camera camera;
+  Relay relay(camera.uri);
+  const Viewer first(relay.uri, "video", "tcp");
+  ASSERT_TRUE(first.sees(300));
+  const Viewer second(relay.uri, "video", "udp");
+  ASSERT_TRUE(second.sees(300));
+  relay.send_signal(SIGTERM);
+  EXPECT_EQ(relay.wait().err, "");
+}
+
 // If the only viewer over TCP is stopped, it must not block viewers over UDP.
 TEST(RelayViewers, OverUdpDoNotWaitForAStoppedViewerOverTcp) {
   const Camera camera({"--video", "jpeg", "--noise"});
