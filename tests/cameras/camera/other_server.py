@@ -52,17 +52,26 @@ def _parsed_arguments(description):
 
 
 def started(command):
-    """Starts a process that is killed when this process ends."""
-    return subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *command], stdin=subprocess.DEVNULL,
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    """Starts a process that is killed when this process ends. Its messages are in the file `errors`."""
+    errors = tempfile.TemporaryFile("w+", errors="replace")
+    process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *command], stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=errors)
+    process.errors = errors
+    return process
 
 
 def wait_until(condition, processes):
     deadline = time.monotonic() + STARTING_TIME
     while not condition():
         if any(process.poll() is not None for process in processes) or time.monotonic() > deadline:
-            sys.exit("the server does not respond")
+            messages = "".join(_messages(process) for process in processes)
+            sys.exit(f"{messages}the server does not respond")
         time.sleep(0.1)
+
+
+def _messages(process):
+    process.errors.seek(0)
+    return process.errors.read()
 
 
 def accepts_connections(port):
