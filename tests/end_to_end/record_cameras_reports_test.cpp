@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "recorder_service.h"
+#include "reserved_port.h"
 
 namespace kel::tavren::tests {
 namespace {
@@ -66,7 +67,8 @@ TEST_F(RecordCamerasReports, WritesTheStatusOfEachCamera) {
 }
 
 TEST_F(RecordCamerasReports, StatesTheLastGapAndItsCause) {
-  const Camera camera({"--misbehave", "gone:1@1"});
+  const Reserved_Port port;
+  const Camera camera({"--port", port.number(), "--misbehave", "gone:1@1"});
   configuration_.write(group("front", camera.uri, configuration_.file("front.mkv")));
   const std::string status = configuration_.file("status.json");
   Child_Process service(service_command(configuration_, {"--status", status}));
@@ -210,7 +212,8 @@ TEST_F(RecordCamerasReports, DiagnosesEachFailedAttemptWithoutThePassword) {
 }
 
 TEST_F(RecordCamerasReports, DiagnosesTheStreamsAndQueuesOfALostCamera) {
-  const Camera camera({"--misbehave", "gone:1@1"});
+  const Reserved_Port port;
+  const Camera camera({"--port", port.number(), "--misbehave", "gone:1@1"});
   configuration_.write(group("front", camera.uri, configuration_.file("front.mkv")));
   const std::filesystem::path folder = configuration_.file("diagnoses");
   Child_Process service(service_command(configuration_, {"--diagnose", folder.string()}));

@@ -9,6 +9,11 @@
 
 namespace kel::tavren::tests {
 
+// Matches the error if a camera ends. The system resets its connection if the camera has not read
+// everything that the relay sent.
+constexpr const char *camera_ended =
+    "gst-resource-error-quark 9: (the camera ended its stream|Could not read from resource.*)";
+
 struct Relay : Child_Process {
   // The URI is empty if the relay does not start to serve.
   explicit Relay(const std::string &camera, const std::vector<std::string> &options = {},

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "child_process.h"
+#include "reserved_port.h"
 #include "scratch_folder.h"
 #include "simulated_camera.h"
 #include "viewer.h"
@@ -103,17 +104,14 @@ TEST(SimulatedCamera, ServesViewersInQuickSuccession) {
 }
 
 TEST(SimulatedCamera, ListensOnTheRequestedPort) {
-  std::string port;
-  {
-    const Camera camera;
-    port = port_of(camera.uri);
-    const Outcome refused = run({SIMULATED_CAMERA, "--port", port});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.err.find("cannot listen on 127.0.0.1 port " + port), std::string::npos)
-        << refused.err;
-  }
+  const Reserved_Port reserved;
+  const std::string &port = reserved.number();
   const Camera camera({"--port", port});
   EXPECT_EQ(camera.uri, "rtsp://127.0.0.1:" + port + "/camera");
+  const Outcome refused = run({SIMULATED_CAMERA, "--port", port});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_NE(refused.err.find("cannot listen on 127.0.0.1 port " + port), std::string::npos)
+      << refused.err;
 }
 
 // A viewer may join in the middle of a key frame, so skip to a later one before decoding.
@@ -184,7 +182,8 @@ TEST(SimulatedCameraMisbehaviour, CloseEndsTheConnectionsButNotTheCamera) {
 }
 
 TEST(SimulatedCameraMisbehaviour, GoneRefusesConnectionsTemporarily) {
-  const Camera camera({"--misbehave", "gone:2@1"});
+  const Reserved_Port port;
+  const Camera camera({"--port", port.number(), "--misbehave", "gone:2@1"});
   const Viewer viewer(camera.uri, "video");
   ASSERT_TRUE(viewer.sees(10));
   EXPECT_TRUE(viewer.sees_end());
