@@ -16,6 +16,7 @@ using capture::Media_Helper;
 namespace {
 
 constexpr guint64 connection_timeout = guint64{10} * G_USEC_PER_SEC;
+constexpr guint64 stopping_timeout = G_USEC_PER_SEC;  // rtspsrc rounds it up to seconds
 constexpr GstClockTime late_start = GST_SECOND;
 
 using Error = std::unique_ptr<GError, decltype(&g_error_free)>;
@@ -150,6 +151,10 @@ GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Tr
                                           GINT_TO_POINTER(transport == Transport::udp));
   if (!options.ca_file.empty()) trust_authorities(source, options.ca_file);
   return source;
+}
+
+void expect_no_response(GstElement *source) noexcept {
+  g_object_set(source, "tcp-timeout", stopping_timeout, nullptr);
 }
 
 std::vector<GOptionEntry> Camera_Arguments::entries() {

@@ -31,6 +31,11 @@ std::vector<Transport> transports_to_try(Transport transport);
 // authorities cannot be read. Propagates the library's exception if the element is missing.
 GstElement *add_camera_source(GstElement *bin, const Camera_Options &options, Transport transport);
 
+// Call this before the source is stopped. rtspsrc asks the camera to pause, and cannot be
+// interrupted while it receives a message. If the message does not end, because the camera has
+// paused or sends garbage, rtspsrc would wait for as long as for a connection.
+void expect_no_response(GstElement *source) noexcept;
+
 // Parses the command line options --uri, --transport, --latency, --user, --password-file and
 // --ca-file.
 class Camera_Arguments {

@@ -30,13 +30,13 @@ GstPadProbeReturn drop_unframed(GstPad *pad, GstPadProbeInfo *, gpointer) noexce
 Camera_Session::Camera_Session(GstElement *pipeline, const Camera_Options &options,
                                Transport transport, const Container &container,
                                Refused_Streams refused)
-    : pipeline_(pipeline), container_(container), refused_(std::move(refused)), bin_(pipeline, "") {
+    : pipeline_(pipeline), container_(container), refused_(std::move(refused)), bin_(pipeline, ""),
+      source_(add_camera_source(bin_.element(), options, transport)) {
   //! [connect]
-  GstElement *const source = add_camera_source(bin_.element(), options, transport);
-  Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
+  Media_Helper::g_signal_connect_or_throw(source_, "select-stream", G_CALLBACK(on_select_stream),
                                           this);
-  Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
-  setup_.observe(source);
+  Media_Helper::g_signal_connect_or_throw(source_, "pad-added", G_CALLBACK(on_pad_added), this);
+  setup_.observe(source_);
   //! [connect]
 }
 
@@ -47,6 +47,7 @@ Camera_Session::~Camera_Session() {
     closing_ = true;
   }
   released_.notify_all();
+  expect_no_response(source_);
   // After the bin has stopped, no callback is called any more.
   bin_.stop();
 }

@@ -112,6 +112,7 @@ private:
   const Refused_Streams refused_;
   Stream_Setup setup_;
   Pipeline_Bin bin_;
+  GstElement *source_;  // the bin owns it
 
   std::mutex mutex_;  // guards all that follows
   std::condition_variable released_;

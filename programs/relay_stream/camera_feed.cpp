@@ -107,21 +107,22 @@ boost::intrusive_ptr<GstElement> make_pipeline() {
 Camera_Feed::Camera_Feed(const Camera_Options &camera, Transport transport,
                          const Running_Time &time, Relayed_Streams known, Refused_Streams refused)
     : known_(std::move(known)), refused_(std::move(refused)), pipeline_(make_pipeline()),
+      source_(add_camera_source(pipeline_.get(), camera, transport)),
       bus_(Media_Helper::gst_element_get_bus_or_throw(pipeline_.get()), false) {
   for (const Shared_Stream &stream : known_)
     stream->restart();
   time.set_for(GST_PIPELINE(pipeline_.get()));
-  GstElement *const source = add_camera_source(pipeline_.get(), camera, transport);
-  Media_Helper::g_signal_connect_or_throw(source, "select-stream", G_CALLBACK(on_select_stream),
+  Media_Helper::g_signal_connect_or_throw(source_, "select-stream", G_CALLBACK(on_select_stream),
                                           this);
-  Media_Helper::g_signal_connect_or_throw(source, "pad-added", G_CALLBACK(on_pad_added), this);
-  setup_.observe(source);
+  Media_Helper::g_signal_connect_or_throw(source_, "pad-added", G_CALLBACK(on_pad_added), this);
+  setup_.observe(source_);
   // If this fails, the source has posted the reason on the bus, where check() finds it.
   gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
 }
 
 // After the pipeline has stopped, no callback is called any more.
 Camera_Feed::~Camera_Feed() {
+  expect_no_response(source_);
   gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
 }
 

@@ -67,6 +67,7 @@ private:
   const Refused_Streams refused_;
   Stream_Setup setup_;
   const boost::intrusive_ptr<GstElement> pipeline_;
+  GstElement *source_;  // the pipeline owns it
   const boost::intrusive_ptr<GstBus> bus_;
   bool is_open_ = false;
 

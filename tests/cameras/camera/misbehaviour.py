@@ -25,13 +25,14 @@ KINDS = {
     "close": "close the connection",
     "reset": "reset the connection",
     "silent": "send neither packets nor responses, but keep the connection",
-    "garbage": "send VALUE random bytes on the connection",
+    "garbage": "send VALUE random bytes on the connection, none of them \"$\"",
+    "false-packet": "send garbage that resembles the start of a packet",
     "gone": "close all connections and refuse new ones for VALUE seconds",
 }
 NEED_VALUE = {"pause", "drop", "jump", "drift", "wall-clock", "loss", "reorder", "duplicate", "garbage", "gone"}
 CONTINUOUS = {"drift", "wall-clock", "wrap", "late", "loss", "reorder", "duplicate", "no-marker",
               "extension", "padding"}
-OF_CONNECTION = {"close", "reset", "silent", "garbage", "gone"}
+OF_CONNECTION = {"close", "reset", "silent", "garbage", "false-packet", "gone"}
 
 _FORM = re.compile(r"(?P<kind>[a-z-]+)(:(?P<value>-?[\d.]+))?(@(?P<time>[\d.]+))?(/(?P<stream>\d+))?")
 

@@ -177,7 +177,7 @@ class Session:
 
     def _misbehave(self, misbehaviour):
         if misbehaviour.claim(self):
-            getattr(self, f"_do_{misbehaviour.kind}")(misbehaviour.value)
+            getattr(self, "_do_" + misbehaviour.kind.replace("-", "_"))(misbehaviour.value)
 
     def _do_close(self, _):
         self.close()
@@ -192,7 +192,12 @@ class Session:
         self._silent = True
 
     def _do_garbage(self, count):
-        self._writer.write(os.urandom(int(count)))
+        # "$" would start a packet, whose end the receiver has to wait for.
+        self._writer.write(os.urandom(int(count)).replace(b"$", b"?"))
+
+    def _do_false_packet(self, _):
+        # An invalid line, a byte that a receiver may read to find its end, and the header of a packet.
+        self._writer.write(b"?\n-$\xff\xff\xff")
 
     def _do_gone(self, seconds):
         self._camera.leave(seconds)
