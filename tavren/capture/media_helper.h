@@ -572,9 +572,9 @@ public:
   /// ignores any other value except `GST_CLOCK_TIME_NONE`, with a warning from GLib, and waits
   /// 15 s. The call takes longer if a source blocks while it is opened, as a FIFO does until it has
   /// a writer.
-  /// @return (not nullable) the result; the caller is its only owner. A stream of an RTSP server
-  /// can be missing if two streams begin at the same instant: rtspsrc may then signal no-more-pads
-  /// before it has added the pad of one of them. This is rare; call again if a stream is expected.
+  /// @return (not nullable) the result; the caller is its only owner. Rarely, a stream of an RTSP
+  /// server is missing if two streams begin at almost the same time: GStreamer's discoverer may
+  /// finish before it knows the second one. Call again if a stream is expected.
   /// @throws Backend_Error<std::runtime_error> `DISCOVERER_CREATION_FAILED` if no discoverer can be
   /// created, for example because the timeout is `GST_CLOCK_TIME_NONE` (which GStreamer 1.18
   /// ignores too); `DISCOVERY_FAILED` if it returns nothing at all; `DISCOVERER_RETURNED_ERROR`,

@@ -80,8 +80,8 @@ TEST(ProbeMedia, AcceptsAFileNameThatLooksLikeAUri) {
   EXPECT_NE(outcome.out.find("rtsp:a%20b%2520%C3%BC.mkv\n"), std::string::npos) << outcome.out;
 }
 
-// The discoverer rarely misses one of two streams that begin at the same instant, because rtspsrc
-// signals no-more-pads too early. Both are found if the program runs again.
+// The discoverer may finish before it knows the second of two streams that begin at almost the same
+// time. Both are found if the program runs again.
 TEST(ProbeMedia, DescribesTheStreamsOfACamera) {
   Child_Process camera({SIMULATED_CAMERA, "--video", "jpeg", "--audio", "mulaw"});
   const std::string uri = camera.first_line();

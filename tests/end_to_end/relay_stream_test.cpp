@@ -20,8 +20,8 @@ namespace {
 
 using capture::Media_Helper;
 
-// Discovers again if a stream is missing: rtspsrc may signal no-more-pads before it has added the
-// pad of one of two streams that begin at the same instant.
+// Discovers again if a stream is missing: the discoverer may finish before it knows the second of
+// two streams that begin at almost the same time.
 std::unique_ptr<capture::Media_Info> discovered(const std::string &uri) {
   std::unique_ptr<capture::Media_Info> info;
   for (int i = 0; i < 3; ++i) {
