@@ -87,9 +87,10 @@ TEST(ProbeMedia, DescribesTheStreamsOfACamera) {
   const std::string uri = camera.first_line();
   ASSERT_NE(uri, "");
   Outcome outcome = run({PROBE_MEDIA, uri});
-  for (int i = 0; i < 2 && (outcome.out.find("video 1") == std::string::npos ||
-                            outcome.out.find("audio 1") == std::string::npos);
-       ++i)
+  const auto finds = [&outcome](const char *stream) {
+    return outcome.out.find(stream) != std::string::npos;
+  };
+  for (int i = 0; i < 2 && finds("video 1") != finds("audio 1"); ++i)
     outcome = run({PROBE_MEDIA, uri});
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_EQ(outcome.out, uri + "\n"

@@ -20,13 +20,13 @@ namespace {
 
 using capture::Media_Helper;
 
-// Discovers again if a stream is missing: the discoverer may finish before it knows the second of
-// two streams that begin at almost the same time.
+// Discovers again if only one stream is found: the discoverer may finish before it knows the second
+// of two streams that begin at almost the same time.
 std::unique_ptr<capture::Media_Info> discovered(const std::string &uri) {
   std::unique_ptr<capture::Media_Info> info;
   for (int i = 0; i < 3; ++i) {
     info = Media_Helper::get_media_info(uri, 20 * GST_SECOND);
-    if (!info->video_caps.empty() && !info->audio_caps.empty()) break;
+    if (info->video_caps.empty() == info->audio_caps.empty()) break;
   }
   return info;
 }
